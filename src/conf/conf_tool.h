@@ -1,0 +1,88 @@
+// Lookup of one key of a configuration file, and editing of one entry.
+//
+// A file is made of "[Section]" headers and "Key = value" entries, a line each. Names that hold
+// blanks are quoted; names are compared without regard to case; a name of one to eight digits is
+// none. "#" starts a comment where a token would start. A section may stand in several places.
+// Lines that are neither are skipped without a word.
+#pragma once
+
+#include "conf/scan.h"
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace ov {
+
+// One entry as it stands in the file.
+struct Entry {
+    std::string_view section;
+    std::string_view key;
+    int line;              // of the key, as the scanner counts
+    std::string_view rest; // all that stands behind the "=" on its line
+};
+
+// The entries of a file from its first byte on, in file order.
+class EntryScan {
+  public:
+    explicit EntryScan(Source& source) : source_(source) { init_scan(source_); }
+    // The next entry; nothing at the end of the file. A header that lacks its "]" still renames
+    // the section that the entries behind it belong to.
+    std::optional<Entry> next();
+
+  private:
+    Source& source_;
+    std::string_view section_;
+    bool section_seen_ = false;
+};
+
+// The two values that an entry can be read as, each at most 8191 bytes long and ended by a NUL.
+
+// Line mode: the rest of the line without the blanks around it and, when it is longer than two
+// characters, without the double quotes around it. A "#" is text.
+std::string_view line_value(const Entry& entry);
+// Token mode: the one token behind the "=", empty when there is none. Nothing when it is a
+// bracket or another "=": then the line is no entry.
+std::optional<std::string_view> token_value(const Entry& entry);
+
+// Bit 0 of the mode argument of _getprofile.
+inline constexpr int TokenMode = 0;
+inline constexpr int LineMode = 1;
+
+// Finds the first entry of `sec` and `key` in the file, and gives its value, cut to `asiz` - 1
+// characters. Returns 0 with scan_linenumber at the entry's line; -1 with an empty `ans` and
+// scan_linenumber 0 when there is none.
+int _getprofile(Source& fp, std::string_view sec, std::string_view key, std::string& ans,
+                std::size_t asiz, int flg);
+
+// _getprofile in line mode.
+int conf_getprofile(Source& fp, std::string_view sec, std::string_view key, std::string& ans,
+                    std::size_t asiz);
+
+// conf_getprofile on the file `path`. When that cannot be opened, says so on standard error and
+// returns -1.
+int conf_fetch(const char* path, std::string_view sec, std::string_view key, std::string& ans,
+               std::size_t asiz);
+
+// Finds the first header of the section `sec`: 0 with scan_linenumber at its line, or -1. Unlike
+// the lookup it takes a "[" inside an entry's value for the start of a header.
+int get_sec(Source& fp, std::string_view sec);
+
+// Gives the entry of `sec` and `key` the value `value`, cut to 8191 characters: replaces its line
+// by "key = value", or puts that line right behind the first header of the section, or behind a
+// new header at the end of the file. Every other byte of the file stays.
+//
+// The file is locked without waiting and must exist. The edited text goes to a temporary file
+// beside it and from there back into the file itself, which so keeps its owner, mode and links.
+// Between the two the file is unlocked for a moment.
+//
+// Returns 0, or -1 after a message on standard error (a failed write to the temporary file gives
+// none). Up to the write-back a failure leaves the file as it was.
+int conf_modify(const char* configfile, const char* sec, const char* key, const char* value);
+
+// Removes the first entry of `sec` and `key`, in the same manner. The section keeps its header
+// even when nothing is left in it. A missing entry is a failure, too.
+int conf_delete(const char* configfile, const char* sec, const char* key);
+
+} // namespace ov

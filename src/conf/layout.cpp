@@ -1,0 +1,151 @@
+#include "conf/layout.h"
+
+#include "conf/conf_tool.h"
+#include "conf/settings.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <new>
+#include <sys/stat.h>
+
+namespace ov {
+
+namespace {
+
+// The bytes that the list of `fields` fields of a text of `length` characters is accounted with.
+int list_size(std::size_t length, std::size_t separators) {
+    return static_cast<int>(length + 9 + 4 * separators);
+}
+
+std::vector<std::string> fields_of(std::string_view str, std::string_view sep) {
+    std::vector<std::string> fields;
+    std::size_t start = str.find_first_not_of(sep);
+    while (start != str.npos) {
+        const std::size_t end = std::min(str.find_first_of(sep, start), str.size());
+        fields.emplace_back(str.substr(start, end - start));
+        start = str.find_first_not_of(sep, end);
+    }
+    return fields;
+}
+
+bool is_directory(const std::string& path) {
+    struct stat info {};
+    return path.size() <= MaxPath && ::stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+}
+
+// Sets the directory `setting` to its place under `root`. Returns whether it exists.
+bool establish(Text& setting, const char* root) {
+    std::optional<std::string> path = mk_dirpath(root, setting.c_str());
+    if (!path) {
+        return false;
+    }
+    setting.set(std::move(*path));
+    return is_directory(setting.c_str());
+}
+
+} // namespace
+
+int isfullpath(const char* path) {
+    return path && path[0] == '/';
+}
+
+std::optional<std::string> mk_dirpath(const char* root, const char* dir) {
+    if (!dir || (!isfullpath(dir) && !root)) {
+        return std::nullopt;
+    }
+    const std::string_view base = isfullpath(dir) ? "" : root;
+    const std::string_view name = dir;
+    const bool ends_in_slash = name.empty() ? base.ends_with('/') : name.ends_with('/');
+    if (base.size() + name.size() + (ends_in_slash ? 0 : 1) > MaxPath) {
+        return std::nullopt;
+    }
+    try {
+        std::string path(base);
+        path += name;
+        if (!ends_in_slash) {
+            path += '/';
+        }
+        return path;
+    } catch (const std::bad_alloc&) {
+        std::fputs("mk_dirpath: malloc failed\n", stderr);
+        return std::nullopt;
+    }
+}
+
+std::optional<std::string> mk_filepath(const char* dir, const char* file) {
+    if (!file || (!isfullpath(file) && !dir)) {
+        return std::nullopt;
+    }
+    const std::string_view base = isfullpath(file) ? "" : dir;
+    const std::string_view name = file;
+    const bool needs_slash = !isfullpath(file) && !base.ends_with('/');
+    if (base.size() + name.size() + (needs_slash ? 1 : 0) > MaxPath) {
+        return std::nullopt;
+    }
+    try {
+        std::string path(base);
+        if (needs_slash) {
+            path += '/';
+        }
+        path += name;
+        return path;
+    } catch (const std::bad_alloc&) {
+        std::fputs("mk_filepath: malloc failed\n", stderr);
+        return std::nullopt;
+    }
+}
+
+std::optional<std::vector<std::string>> split_str(std::string_view str, std::string_view sep) {
+    try {
+        return fields_of(str, sep);
+    } catch (const std::bad_alloc&) {
+        const auto separators = std::count_if(str.begin(), str.end(),
+                                              [sep](char c) { return sep.find(c) != sep.npos; });
+        std::fprintf(stderr, "%s: calloc error: sz = %d\n", "split_str",
+                     list_size(str.size(), static_cast<std::size_t>(separators)));
+        return std::nullopt;
+    }
+}
+
+int setdir(const char* configfile) {
+    std::optional<Source> file = Source::open(configfile);
+    if (!file) {
+        std::fprintf(stderr, "cannot open configfile \"%s\" (%d)\n", configfile, errno);
+        return -1;
+    }
+    std::string value;
+    const auto given = [&](const char* key) {
+        return conf_getprofile(*file, "Directories", key, value, MaxText + 1) == 0;
+    };
+    if (given("RootDirectory")) {
+        std::optional<std::string> root = mk_dirpath("", value.c_str());
+        if (!isfullpath(value.c_str()) || !root) {
+            return -1;
+        }
+        RootDirectory.set(std::move(*root));
+    }
+    if (!is_directory(RootDirectory.c_str())) {
+        return -1;
+    }
+    if (given("TemplateDirectory")) {
+        if (value.empty()) {
+            TemplateDirectory.unset();
+        } else {
+            TemplateDirectory.set(value);
+        }
+    }
+    if (TemplateDirectory && !establish(TemplateDirectory, RootDirectory.c_str())) {
+        return -1;
+    }
+    if (given("EtcDirectory")) {
+        if (value.empty()) {
+            return -1;
+        }
+        EtcDirectory.set(value);
+    }
+    return establish(EtcDirectory, RootDirectory.c_str()) ? 0 : -1;
+}
+
+} // namespace ov

@@ -1,0 +1,35 @@
+// The installation's directories, the joining of paths, and the splitting of lists.
+//
+// A relative directory lies under the installation root, a relative file under its own directory.
+// No path longer than 4095 characters is made.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ov {
+
+// Whether `path` is given and begins with "/".
+int isfullpath(const char* path);
+
+// The path of a directory, with a "/" at its end: `dir` itself when it is absolute, otherwise
+// `root` directly followed by `dir` (a root ends in "/"). Nothing when either is missing, when
+// the path would be too long or, after a message on standard error, when memory is exhausted.
+std::optional<std::string> mk_dirpath(const char* root, const char* dir);
+
+// The path of a file: `file` itself when it is absolute, otherwise `file` in the directory `dir`,
+// with a "/" between them where `dir` lacks it. Nothing as for mk_dirpath.
+std::optional<std::string> mk_filepath(const char* dir, const char* file);
+
+// The fields of `str`, which any character of `sep` separates. Runs of separators make no empty
+// fields. Nothing, after a message on standard error, when memory is exhausted.
+std::optional<std::vector<std::string>> split_str(std::string_view str, std::string_view sep);
+
+// Establishes RootDirectory, TemplateDirectory and EtcDirectory from the configuration file. All
+// three are absolute afterwards and end in "/"; an empty TemplateDirectory is unset. Returns 0
+// when they exist, -1 otherwise; says only of an unopenable file why.
+int setdir(const char* configfile);
+
+} // namespace ov

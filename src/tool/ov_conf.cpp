@@ -1,0 +1,177 @@
+#include "conf/conf_tool.h"
+#include "conf/settings.h"
+#include "tool/commands.h"
+#include "util/log.h"
+#include "util/text.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <optional>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace ov {
+
+namespace {
+
+constexpr std::size_t LongestNewValue = 1000;
+
+// What the command line asks for.
+struct Options {
+    std::optional<std::string> section;
+    std::optional<std::string> key;
+    bool replace = false;
+    bool remove = false;
+    bool show = false;   // -l and -a
+    int show_loaded = 0; // 1 for -a: the loaded value in its printed form
+    bool check = false;
+    bool check_msp = false;
+    bool load = false;
+};
+
+// Says what is wrong and ends the command.
+[[noreturn]] __attribute__((format(printf, 1, 2))) void refuse(const char* format, ...) {
+    std::va_list args;
+    va_start(args, format);
+    std::vfprintf(stderr, format, args);
+    va_end(args);
+    std::exit(EXIT_FAILURE);
+}
+
+// Ends a command that has answered. An answer that cannot be delivered is a failure.
+[[noreturn]] void finish() {
+    std::exit(std::fflush(stdout) == 0 ? EXIT_SUCCESS : EXIT_FAILURE);
+}
+
+[[noreturn]] void print_version() {
+    std::printf("ORVANTA\nVERSION: %s (%s)\nCMD: configuration tool\n", Version, Build);
+    finish();
+}
+
+void refuse_combination(bool combined, char named) {
+    if (combined) {
+        refuse("510 Illegal combined options: -%c ...\n", named);
+    }
+}
+
+Options parse_options(int argc, char** argv) {
+    Options options;
+    for (int c; (c = ::getopt(argc, argv, "f:vs:k:drlacmp")) != -1;) {
+        switch (c) {
+        case 'f':
+            ConfigFile.set(optarg);
+            break;
+        case 's':
+            options.section = optarg;
+            break;
+        case 'k':
+            options.key = optarg;
+            break;
+        case 'v':
+            print_version();
+        case 'l':
+        case 'a':
+            refuse_combination(options.remove || options.replace || options.check, 'l');
+            options.show = true;
+            options.show_loaded = c == 'a';
+            break;
+        case 'c':
+            refuse_combination(options.remove || options.replace || options.show, 'c');
+            options.check = true;
+            break;
+        case 'd':
+            refuse_combination(options.replace || options.show || options.check, 'd');
+            options.remove = true;
+            break;
+        case 'r':
+            refuse_combination(options.remove || options.show || options.check, 'r');
+            options.replace = true;
+            break;
+        case 'm':
+            refuse_combination(options.remove || options.replace || options.show, 'c');
+            options.load = true;
+            break;
+        case 'p':
+            refuse_combination(options.remove || options.replace || options.show, 'c');
+            options.check_msp = true;
+            break;
+        default:
+            refuse("510 Unknown option: %c\n", c);
+        }
+    }
+    return options;
+}
+
+[[noreturn]] void fetch(const Options& options) {
+    std::string value;
+    if (conf_fetch(ConfigFile.c_str(), *options.section, *options.key, value, MaxText + 1) == 0) {
+        std::printf("1: %s\n", value.c_str());
+    } else {
+        std::puts("0: not found");
+    }
+    finish();
+}
+
+[[noreturn]] void replace(const Options& options, int arguments, char** argument) {
+    if (arguments != 1) {
+        refuse("513 value required\n");
+    }
+    if (std::strlen(argument[0]) > LongestNewValue) {
+        refuse("ERROR: too long value\n");
+    }
+    ::umask(0);
+    if (conf_modify(ConfigFile.c_str(), options.section->c_str(), options.key->c_str(),
+                    argument[0]) != 0) {
+        refuse("553 entry replace failed\n");
+    }
+    finish();
+}
+
+[[noreturn]] void remove(const Options& options, int arguments, char** argument) {
+    if (arguments != 0) {
+        refuse("512 invalid arguments: %s\n", argument[0]);
+    }
+    if (conf_delete(ConfigFile.c_str(), options.section->c_str(), options.key->c_str()) != 0) {
+        refuse("552 entry delete failed\n");
+    }
+    finish();
+}
+
+} // namespace
+
+void ov_conf(int argc, char** argv) {
+    const Options options = parse_options(argc, argv);
+    const int arguments = argc - optind;
+    char** argument = argv + optind;
+
+    if (options.load || options.check_msp) {
+        refuse("510 Not available in this version: -%c\n", options.load ? 'm' : 'p');
+    }
+    if (!options.section) {
+        refuse("510 section name required: -s <Section> \n");
+    }
+    if (!options.key) {
+        refuse("510 key name required:  -k <Key> \n");
+    }
+    if (options.check) {
+        refuse("510 Not available in this version: -c\n");
+    }
+    if ((options.replace || options.remove) && ::getuid() != 0) {
+        refuse("530 Permission denied\n");
+    }
+    if (options.show) {
+        refuse("510 Not available in this version: -%c\n", options.show_loaded ? 'a' : 'l');
+    }
+    if (options.replace) {
+        replace(options, arguments, argument);
+    }
+    if (options.remove) {
+        remove(options, arguments, argument);
+    }
+    fetch(options);
+}
+
+} // namespace ov

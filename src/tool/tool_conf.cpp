@@ -1,0 +1,68 @@
+#include "tool/commands.h"
+#include "util/log.h"
+#include "util/text.h"
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <new>
+
+namespace ov {
+
+namespace {
+
+// A role command: its name, the rank of its role, and whether it is of the search side.
+struct RoleCommand {
+    const char* name;
+    int rank;
+    int is_search;
+};
+
+constexpr const char* SystemCommand = "ov_conf";
+constexpr std::array<RoleCommand, 6> RoleCommands{{
+    {"ov_admconf", 0, 0},
+    {"ov_mgrconf", 1, 0},
+    {"ov_sysadmconf", 2, 0},
+    {"srch_admconf", 3, 1},
+    {"srch_mgrconf", 4, 1},
+    {"srch_sysadmconf", 5, 1},
+}};
+
+const char* base_name(const char* path) {
+    const std::string_view text(path);
+    const std::size_t slash = text.rfind('/');
+    return slash == text.npos ? path : path + slash + 1;
+}
+
+// Runs the command whose name is ProgName. Returns the exit status of one that comes back.
+int run_command(int argc, char** argv) {
+    if (same_word(ProgName, SystemCommand)) {
+        ov_conf(argc, argv);
+    }
+    for (const RoleCommand& command : RoleCommands) {
+        if (same_word(ProgName, command.name)) {
+            ov_usrconf(argc, argv, command.rank, command.is_search);
+            return EXIT_SUCCESS;
+        }
+    }
+    std::fprintf(stderr, "510 Syntax error: unknown command: %s\n", ProgName);
+    return EXIT_FAILURE;
+}
+
+} // namespace
+
+void mss_exit(int status) {
+    std::exit(status);
+}
+
+} // namespace ov
+
+int main(int argc, char** argv) {
+    try {
+        ov::ProgName = ov::base_name(argc > 0 ? argv[0] : "");
+        std::exit(ov::run_command(argc, argv));
+    } catch (const std::bad_alloc&) {
+        std::fputs("550 Out of memory: malloc error\n", stderr);
+        std::exit(EXIT_FAILURE);
+    }
+}

@@ -1,0 +1,227 @@
+#include "util/log.h"
+
+#include "util/handle.h"
+#include "util/text.h"
+#include "util/util.h"
+#include "util/util_settings.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <string_view>
+#include <sys/stat.h>
+#include <sys/time.h>
+
+namespace ov {
+
+const char* ProgName = nullptr;
+std::string logfile;
+std::string::size_type logptr = 0;
+int log_initialized = 0;
+
+namespace {
+
+constexpr std::size_t LineBufferSize = 65536;
+constexpr std::string_view CutMark = "...\n";
+constexpr unsigned LogMilliseconds = 0x10000;
+
+// How a line was stamped: all three parts are of one moment.
+struct Stamp {
+    std::array<char, 32> suffix; // ".20261115"
+    std::array<char, 32> date;   // "2026/11/15"
+    std::array<char, 32> time;   // "08:30:00" or "08:30:00.125"
+};
+
+unsigned long host_id = 0; // 0 until it is known
+
+Stamp stamp_now(bool milliseconds) {
+    timeval now{};
+    if (milliseconds) {
+        ::gettimeofday(&now, nullptr);
+    } else {
+        now.tv_sec = curtime();
+    }
+    std::tm local{};
+    ::localtime_r(&now.tv_sec, &local);
+
+    Stamp stamp{};
+    std::snprintf(stamp.suffix.data(), stamp.suffix.size(), ".%04d%02d%02d", local.tm_year + 1900,
+                  local.tm_mon + 1, local.tm_mday);
+    std::snprintf(stamp.date.data(), stamp.date.size(), "%04d/%02d/%02d", local.tm_year + 1900,
+                  local.tm_mon + 1, local.tm_mday);
+    if (milliseconds) {
+        std::snprintf(stamp.time.data(), stamp.time.size(), "%02d:%02d:%02d.%03ld", local.tm_hour,
+                      local.tm_min, local.tm_sec, static_cast<long>(now.tv_usec / 1000));
+    } else {
+        std::snprintf(stamp.time.data(), stamp.time.size(), "%02d:%02d:%02d", local.tm_hour,
+                      local.tm_min, local.tm_sec);
+    }
+    return stamp;
+}
+
+// Puts the day behind the base path and returns the whole path.
+const char* daily_file(const Stamp& stamp) {
+    logfile.resize(logptr);
+    logfile += stamp.suffix.data();
+    return logfile.c_str();
+}
+
+void give_owner(const char* path) {
+    // The log belongs to whom it can be given to; an unprivileged process keeps what it wrote.
+    [[maybe_unused]] const int ignored = ::chown(path, Log_uid, Log_gid);
+}
+
+// One write for one line, so that the lines of several processes never interleave. The alarm
+// signal is held off, or a timer could interrupt a line half-way.
+void write_line(int fd, std::string_view line) {
+    const int was_blocked = blocksignal(SIGALRM);
+    while (::write(fd, line.data(), line.size()) == -1 && errno == EINTR) {
+    }
+    if (was_blocked == 0) {
+        releasesignal(SIGALRM);
+    }
+}
+
+void write_header(int fd, const Stamp& stamp) {
+    std::array<char, 256> line{};
+    const int length = std::snprintf(line.data(), line.size(), "%s %s ORVANTA V%s (%s)\n",
+                                     stamp.date.data(), stamp.time.data(), Version, Platform);
+    write_line(fd, {line.data(), static_cast<std::size_t>(length)});
+}
+
+// A line under construction. One that does not fit the buffer is cut, and the cut marked.
+class LineBuffer {
+  public:
+    void clear() { used_ = 0; }
+
+    __attribute__((format(printf, 2, 3))) void print(const char* format, ...) {
+        std::va_list args;
+        va_start(args, format);
+        vprint(format, args);
+        va_end(args);
+    }
+
+    void vprint(const char* format, std::va_list args) {
+        const std::size_t room = LineBufferSize - used_;
+        // The byte behind the buffer takes the NUL of a line that fills it.
+        const int length = std::vsnprintf(bytes_.data() + used_, room + 1, format, args);
+        if (length > 0) {
+            used_ += std::min(static_cast<std::size_t>(length), room);
+        }
+    }
+
+    std::string_view finish() {
+        if (used_ == LineBufferSize) { // no room for the line feed
+            CutMark.copy(bytes_.data() + used_ - CutMark.size(), CutMark.size());
+        } else {
+            bytes_[used_++] = '\n';
+        }
+        return {bytes_.data(), used_};
+    }
+
+  private:
+    std::array<char, LineBufferSize + 1> bytes_{};
+    std::size_t used_ = 0;
+};
+
+void append_line(bool with_program, const char* format, std::va_list args) {
+    if (!log_initialized) {
+        return;
+    }
+    const int error = errno; // logging leaves no trace in the caller's errno
+    const Stamp stamp = stamp_now((SystemLogOption & LogMilliseconds) != 0);
+    const char* path = daily_file(stamp);
+    const auto mode = static_cast<mode_t>(LogPerm);
+    Fd file(::open(path, O_WRONLY | O_APPEND | O_CLOEXEC, mode));
+    if (!file) {
+        file.reset(::open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, mode));
+        if (!file) {
+            errno = error;
+            return;
+        }
+        write_header(file.get(), stamp);
+    }
+
+    static LineBuffer buffer;
+    buffer.clear();
+    buffer.print("%s %s ", stamp.date.data(), stamp.time.data());
+    if (with_program && ProgName && *ProgName) {
+        buffer.print("%s[%d]: ", ProgName, static_cast<int>(::getpid()));
+    }
+    buffer.vprint(format, args);
+    write_line(file.get(), buffer.finish());
+    file.reset();
+    give_owner(path);
+    errno = error;
+}
+
+} // namespace
+
+void log_init() {
+    if (log_initialized) {
+        return;
+    }
+    host_id = AlternateHostID;
+    logfile = LogDirectory.view();
+    if (logfile.empty() || logfile.back() != '/') {
+        logfile += '/';
+    }
+    logfile += "log";
+    logfile.resize(std::min(logfile.size(), MaxPath));
+    logptr = logfile.size();
+    log_initialized = 1;
+}
+
+unsigned long HostID() {
+    if (log_initialized && host_id == 0) {
+        host_id = static_cast<unsigned long>(::gethostid());
+    }
+    return host_id;
+}
+
+void syserr(const char* format, ...) {
+    std::va_list args;
+    va_start(args, format);
+    append_line(true, format, args);
+    va_end(args);
+}
+
+void ov_syslog(const char* format, ...) {
+    std::va_list args;
+    va_start(args, format);
+    append_line(false, format, args);
+    va_end(args);
+}
+
+void log_put(const char* format, ...) {
+    if (!log_initialized) {
+        return;
+    }
+    const Stamp stamp = stamp_now(false);
+    const char* path = daily_file(stamp);
+    Stream file(std::fopen(path, "ae"));
+    if (!file) {
+        return;
+    }
+    std::fprintf(file.get(), "%s %s ", stamp.date.data(), stamp.time.data());
+    std::va_list args;
+    va_start(args, format);
+    std::vfprintf(file.get(), format, args);
+    va_end(args);
+    std::fputc('\n', file.get());
+    file.reset();
+    ::chmod(path, static_cast<mode_t>(LogPerm));
+    give_owner(path);
+}
+
+int is_oldlogfile(const char* name) {
+    const std::string_view text(name);
+    return text.size() == 12 && text.starts_with("log.") && is_alldigit(text.substr(4));
+}
+
+} // namespace ov

@@ -1,0 +1,131 @@
+#include "util/util.h"
+
+#include "util/log.h"
+#include "util/text.h"
+#include "util/util_settings.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <fcntl.h>
+#include <limits>
+#include <sys/resource.h>
+#include <sys/statfs.h>
+
+namespace ov {
+
+namespace {
+
+constexpr int LockAttempts = 9;
+
+// The lower-case form of an ASCII letter, any other byte as it is: names in the files are
+// compared so whatever the locale is.
+unsigned char lower(char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return byte >= 'A' && byte <= 'Z' ? static_cast<unsigned char>(byte - 'A' + 'a') : byte;
+}
+
+void set_limit(__rlimit_resource resource, rlim_t value) {
+    const rlimit limit{value, value};
+    ::setrlimit(resource, &limit);
+}
+
+// Changes the signal mask by `sig`; the result is that of blocksignal.
+int change_mask(int how, int sig) {
+    sigset_t change;
+    sigset_t before;
+    ::sigemptyset(&change);
+    if (::sigaddset(&change, sig) != 0 || ::sigprocmask(how, &change, &before) != 0) {
+        return -1;
+    }
+    return ::sigismember(&before, sig);
+}
+
+} // namespace
+
+bool same_word(std::string_view a, std::string_view b) {
+    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(),
+                                              [](char x, char y) { return lower(x) == lower(y); });
+}
+
+int lockfile(int fd, int type) {
+    struct flock64 request {};
+    request.l_type = F_RDLCK;
+    if (type & LockRelease) {
+        request.l_type = F_UNLCK;
+    } else if (type & LockExclusive) {
+        request.l_type = F_WRLCK;
+    }
+    request.l_whence = SEEK_SET;
+    const int command = type & LockNoWait ? F_SETLK64 : F_SETLKW64;
+
+    int result = -1;
+    for (int attempt = 0; attempt < LockAttempts; ++attempt) {
+        result = ::fcntl(fd, command, &request);
+        if (result != -1 || errno != EINTR) {
+            break;
+        }
+    }
+    if (result != -1) {
+        return 0;
+    }
+    const int error = errno;
+    if (LogLevel >= 2) {
+        syserr("%s: fcntl failed: l_type = %d, (%d)", "lockfile", type, error);
+    }
+    errno = error;
+    return error == EINVAL ? 0 : -1;
+}
+
+void resetlimits() {
+    set_limit(RLIMIT_CPU, RLIM_INFINITY);
+    set_limit(RLIMIT_FSIZE, RLIM_INFINITY);
+    if (DBG_NoCore != 0) {
+        set_limit(RLIMIT_CORE, 0);
+    }
+    set_limit(RLIMIT_NOFILE, RLIM_INFINITY);
+    errno = 0;
+}
+
+int blocksignal(int sig) {
+    return change_mask(SIG_BLOCK, sig);
+}
+
+int releasesignal(int sig) {
+    return change_mask(SIG_UNBLOCK, sig);
+}
+
+std::time_t curtime() {
+    return std::time(nullptr);
+}
+
+std::int64_t freeblocks(const char* dir, long* bsize) {
+    struct statfs64 info {};
+    if (::statfs64(dir, &info) != 0) {
+        return -1;
+    }
+    if (bsize) {
+        *bsize = static_cast<long>(info.f_bsize);
+    }
+    constexpr auto most = std::numeric_limits<std::int64_t>::max();
+    return info.f_bavail > static_cast<std::uint64_t>(most)
+               ? most
+               : static_cast<std::int64_t>(info.f_bavail);
+}
+
+std::size_t strlcpy(char* dst, const char* src, std::size_t len) {
+    const std::string_view text(src);
+    if (len > 0) {
+        const std::size_t copied = text.copy(dst, len - 1);
+        dst[copied] = '\0';
+    }
+    return text.size();
+}
+
+int is_alldigit(std::string_view text) {
+    return !text.empty() &&
+           std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+}
+
+} // namespace ov

@@ -1,0 +1,110 @@
+#include "util/host.h"
+
+#include <array>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <netdb.h>
+
+namespace {
+
+// The host as the functions under test see it.
+struct Host {
+    const char* own = "mx1";        // null: it has no name
+    const char* official = nullptr; // null: it cannot be resolved
+    const char* alias = nullptr;
+};
+Host host;
+
+} // namespace
+
+extern "C" int gethostname(char* name, size_t size) noexcept {
+    if (!host.own) {
+        return -1;
+    }
+    std::strncpy(name, host.own, size);
+    return 0;
+}
+
+extern "C" hostent* gethostbyname(const char* name) {
+    static std::array<char*, 3> aliases{};
+    static std::array<char, 16> plain{"plain"};
+    static hostent answer{};
+    if (!host.official || std::strcmp(name, host.own ? host.own : "localhost") != 0) {
+        return nullptr;
+    }
+    aliases = {plain.data(), const_cast<char*>(host.alias), nullptr};
+    answer.h_name = const_cast<char*>(host.official);
+    answer.h_aliases = aliases.data();
+    return &answer;
+}
+
+namespace ov {
+namespace {
+
+TEST(Host, RegistrableDomains) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"user@mail.example.com", "example.com"},
+        {"a@b@c.example.com", "example.com"},
+        {"mail.example.COM", "example.COM"},
+        {"example.com", "example.com"},
+        {"a.example.museum", "example.museum"},
+        {"a.example.aero", "example.aero"},
+        {"a.b.example.co.jp", "example.co.jp"},
+        {"example.co.jp", "example.co.jp"},
+        {"co.jp", "co.jp"},
+        {"a.example.jp", "example.jp"},
+        {"a.co.jp", "a.co.jp"},
+        {"x.y.jp", "y.jp"}, // too short to have a second level
+        {"example.jp", "example.jp"},
+        {"mx1.example.de", "mx1.example.de"},
+        {"a.mx1.example.de", "mx1.example.de"},
+        {"example.de", "example.de"},
+        {"host.example.to", "example.to"},
+    };
+    for (const auto& [name, expected] : cases) {
+        std::string domain;
+        EXPECT_EQ(get_domain(name, domain, 256), 0) << name;
+        EXPECT_EQ(domain, expected) << name;
+    }
+    std::string domain = "kept";
+    EXPECT_EQ(get_domain("localhost", domain, 256), -1);
+    EXPECT_EQ(get_domain("a.b@localhost", domain, 256), -1);
+    EXPECT_EQ(domain, "kept");
+    EXPECT_EQ(get_domain("a.example.com", domain, 8), 0);
+    EXPECT_EQ(domain, "example");
+}
+
+TEST(Host, NameAndInternalDomain) {
+    struct Case {
+        Host host;
+        int result;
+        const char* name;
+        const char* domain; // null: there is none
+    };
+    const Case cases[] = {
+        {{"mx1", "mx1.example.com", nullptr}, 0, "mx1.example.com", "example.com"},
+        {{"mx1", "mx1", "mx1.example.net"}, 0, "mx1.example.net", "example.net"},
+        {{"mx1", "mx1", nullptr}, 0, "mx1", nullptr},
+        {{"mx1.example.org", "mx1", "mx1.example.net"}, 0, "mx1.example.org", "example.org"},
+        {{nullptr, "localhost.localdomain", nullptr},
+         0,
+         "localhost.localdomain",
+         "localhost.localdomain"},
+        {{"mx1.example.org", nullptr, nullptr}, -1, "unknown", nullptr},
+    };
+    for (const Case& c : cases) {
+        host = c.host;
+        std::string name;
+        EXPECT_EQ(getmyhostname(name, 512), c.result);
+        EXPECT_EQ(name, c.name);
+        std::string domain;
+        EXPECT_EQ(get_internaldomain(domain, 512), c.domain ? 0 : -1) << c.name;
+        EXPECT_EQ(domain, c.domain ? c.domain : "");
+    }
+    std::string name;
+    EXPECT_EQ(getmyhostname(name, 4), -1);
+    EXPECT_EQ(name, "unk");
+}
+
+} // namespace
+} // namespace ov

@@ -1,0 +1,179 @@
+#include "conf/conf_tool.h"
+#include "support.h"
+#include "util/log.h"
+#include "util/util_settings.h"
+
+#include <gtest/gtest.h>
+
+namespace ov {
+namespace {
+
+using namespace std::string_literals;
+
+constexpr int NotFound = -1;
+
+struct Lookup {
+    int line = 0; // of the entry; 0 when there is none
+    std::string value;
+
+    bool operator==(const Lookup&) const = default;
+};
+
+void PrintTo(const Lookup& lookup, std::ostream* stream) {
+    *stream << "line " << lookup.line << " \"" << lookup.value << '"';
+}
+
+Lookup look_up(std::string_view text, std::string_view sec, std::string_view key, int mode,
+               std::size_t size = 8192) {
+    Source source(text);
+    std::string value = "stale";
+    const int result = _getprofile(source, sec, key, value, size, mode);
+    EXPECT_EQ(result, scan_linenumber == 0 ? NotFound : 0);
+    return {scan_linenumber, value};
+}
+
+TEST(Lookup, FindsTheFirstEntryOfSectionAndKey) {
+    const std::pair<std::string, Lookup> cases[] = {
+        {"[Mail]\nMaxSize = 10\n", {2, "10"}},
+        {"[MAIL]\nmaxsize=10\nMaxSize = 11\n", {2, "10"}},
+        {"[ Mail ] # note\n\n \tMaxSize\t=10", {3, "10"}},
+        {"[\"Mail\"]\n\"MaxSize\" = 10\n", {2, "10"}},
+        {"[Mail] MaxSize = 10\n", {1, "10"}},
+        {"MaxSize = 1\n[Mail]\nMaxSize = 2\n", {3, "2"}},
+        {"[Other]\nMaxSize = 1\n[Mail]\n[Other]\n[Mail]\nMaxSize = 2\n", {6, "2"}},
+        {"[Mail][Other]\nMaxSize = 1\n", {}},
+        {"\n[Mail]\nMaxSize = 10\n", {2, "10"}}, // the first line feed is not counted
+        {"[Mail]\n12 = 1\n123456789 = 1\nMaxSize = 2\n", {4, "2"}},
+        {"[12]\n[Mail\nMaxSize = 1\n[x]\nMaxSize = 2\n[Mail]\nMaxSize = 3\n", {7, "3"}},
+        {"[Mail]\n] MaxSize = 1\n= MaxSize = 1\nx MaxSize = 1\nMaxSize\nMaxSize = 2", {6, "2"}},
+        {"[Mail]\nword\nMaxSize = 2\n", {3, "2"}},   // a bare word hides no line
+        {"[Mail]\r\nMaxSize = 2\r\n", {2, "2\r"}},   // nor does the carriage return
+        {"[Mail]\n[Cut\nMaxSize = 2\n[Mail]\n", {}}, // a cut header renames the section
+        {"[x]\n[Mail\nMaxSize = 2\n", {3, "2"}},     // even so
+        {"[x]\n[Mail more] MaxSize = 1\nMaxSize = 2\n", {3, "2"}},
+        {"[Mail\nMaxSize = 2\n", {}},              // but is no header
+        {"[Mail]\n[12]\nMaxSize = 2\n", {3, "2"}}, // a number as name is nothing
+        {"[Mail]\n#MaxSize = 1\nMaxSize = 2\n", {3, "2"}},
+        {"[Mail]\nMaxSize # = 1\nMaxSize = 2\n", {3, "2"}},
+        {"[Mail]\nMaxSize == 1\n", {2, "= 1"}},
+        {"[Mail]\nMaxSize", {}},
+        {"[Mail]\nMaxSize ", {}},
+        {"[Mail]\nMaxSize =", {2, ""}},
+        {"[Mail", {}},
+        {"[", {}},
+        {"", {}},
+        {"[Mail]\nOther = "s + std::string(100000, 'x') + "\nMaxSize = 2\n", {3, "2"}},
+        {"[Mail]\nMaxSize\0x = 2\n"s, {2, "2"}}, // a name ends at its NUL
+    };
+    for (const auto& [text, expected] : cases) {
+        EXPECT_EQ(look_up(text, "mail", "maxsize", LineMode), expected)
+            << testing::PrintToString(text.substr(0, 200));
+    }
+}
+
+TEST(Lookup, ValueModes) {
+    struct Case {
+        std::string rest;
+        std::string line;
+        std::string token;
+    };
+    const Case cases[] = {
+        {" \"a b\"", "a b", "a b"},
+        {"\"\"", "\"\"", ""},
+        {"\"x\"", "x", "x"},
+        {"\"", "\"", ""},
+        {"\"\"\"", "\"", ""},
+        {"  abc # note \t", "abc # note", "abc"},
+        {"# note", "# note", ""},
+        {"", "", ""},
+        {" \t ", "", ""},
+        {"12 34", "12 34", "12"},
+        {"a]b", "a]b", "a"},
+        {"\"a\" b", "\"a\" b", "a"},
+        {"\"open", "\"open", "open"},
+        {"v\r", "v\r", "v\r"},
+        {" a\0b "s, "a", "a"},
+        {"\"a\0b\""s, "\"a", "a"},
+        {std::string(8190, 'x') + "yz", std::string(8190, 'x') + "y", std::string(8190, 'x') + "y"},
+        {std::string(8000, ' ') + std::string(300, 'x'), std::string(191, 'x'),
+         std::string(300, 'x')},
+    };
+    for (const Case& c : cases) {
+        for (const std::string end : {"", "\n", "\nKey = later\n"}) {
+            const std::string text = "[s]\nKey =" + c.rest + end;
+            EXPECT_EQ(look_up(text, "s", "Key", LineMode), (Lookup{2, c.line})) << c.rest;
+            EXPECT_EQ(look_up(text, "s", "Key", TokenMode), (Lookup{2, c.token})) << c.rest;
+        }
+    }
+}
+
+TEST(Lookup, ABracketOrEqualSignAsTokenIsNoEntry) {
+    for (const std::string rest : {"[x]", "]", "= 1"}) {
+        const std::string text = "[s]\nKey = " + rest + "\nKey = later\n";
+        EXPECT_EQ(look_up(text, "s", "Key", TokenMode), (Lookup{3, "later"})) << rest;
+        EXPECT_EQ(look_up(text, "s", "Key", LineMode), (Lookup{2, rest})) << rest;
+    }
+}
+
+TEST(Lookup, ValueIsCutToTheCallersSize) {
+    const std::string text = "[s]\nk = 12345\n";
+    EXPECT_EQ(look_up(text, "s", "k", LineMode, 4), (Lookup{2, "123"}));
+    EXPECT_EQ(look_up(text, "s", "k", LineMode, 1), (Lookup{2, ""}));
+}
+
+TEST(Lookup, FirstHeaderOfASection) {
+    const std::pair<std::string, int> cases[] = {
+        {"[a]\n[b]\n[B]\n", 2},
+        {"[a]\nKey = x [b]\n[b]\n", 2}, // a bracket in a value starts a header
+        {"[a]\nKey = \"[b]\"\n# [b]\n[b]\n", 4},
+        {"[[b]\n[1][b]\n[b x]\n[b\n[b]\n", 5},
+        {"\n[b]\n", 1},
+        {"[b", NotFound},
+        {"[b]x", 1},
+        {"", NotFound},
+    };
+    for (const auto& [text, line] : cases) {
+        Source source(text);
+        const int result = get_sec(source, "b");
+        EXPECT_EQ(result == 0 ? scan_linenumber : result, line) << text;
+    }
+}
+
+TEST(Lookup, FetchReadsAFileAndNamesOneItCannotOpen) {
+    const test::TempDir dir;
+    const std::string path = dir.file("c", "[s]\nk = v\n");
+    std::string value;
+    EXPECT_EQ(conf_fetch(path.c_str(), "s", "k", value, 8192), 0);
+    EXPECT_EQ(value, "v");
+
+    test::CapturedErrors errors;
+    EXPECT_EQ(conf_fetch("/no/such", "s", "k", value, 8192), -1);
+    EXPECT_EQ(errors.text(), "cannot open \"/no/such\"\n");
+
+    EXPECT_EQ(conf_fetch(dir.path().c_str(), "s", "k", value, 8192), -1); // a directory is empty
+    EXPECT_EQ(value, "");
+}
+
+TEST(Lookup, FoundEntriesAreLoggedForDebugging) {
+    const test::TempDir dir;
+    LogDirectory.set(dir.path());
+    log_initialized = 0;
+    log_init();
+    for (const auto& [facility, level, lines] :
+         {std::tuple{0x2000U, 90, 1}, {0x2000U, 89, 0}, {0x1fffU, 90, 0}}) {
+        LogFacility = facility;
+        LogLevel = level;
+        look_up("[s]\nk = v\n", "S", "K", LineMode);
+        look_up("[s]\nk = v\n", "S", "none", LineMode);
+        const std::vector<std::string> logs = dir.names();
+        ASSERT_EQ(logs.size(), static_cast<std::size_t>(lines));
+        if (lines > 0) {
+            const std::string log = test::read_file(dir.path(logs[0]));
+            EXPECT_NE(log.find(" CONF SCAN: DEBUG sec=S key=K  val=v\n"), log.npos) << log;
+            std::filesystem::remove(dir.path(logs[0]));
+        }
+    }
+}
+
+} // namespace
+} // namespace ov

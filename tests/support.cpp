@@ -1,0 +1,172 @@
+#include "support.h"
+
+#include <array>
+#include <cstdlib>
+#include <fcntl.h>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <sstream>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace ov::test {
+
+namespace {
+
+constexpr uid_t Nobody = 65534;
+
+// A file that collects what a command prints.
+class Collector {
+  public:
+    Collector() : file_(std::tmpfile()) {}
+    ~Collector() { std::fclose(file_); }
+    Collector(const Collector&) = delete;
+    Collector& operator=(const Collector&) = delete;
+
+    int fd() const { return ::fileno(file_); }
+    std::string text() const {
+        std::string text;
+        std::array<char, 4096> buffer{};
+        std::rewind(file_);
+        while (const std::size_t got = std::fread(buffer.data(), 1, buffer.size(), file_)) {
+            text.append(buffer.data(), got);
+        }
+        return text;
+    }
+
+  private:
+    std::FILE* file_;
+};
+
+[[noreturn]] void become(const std::vector<std::string>& words, const Setting& setting, int out,
+                         int err) {
+    // Opened now: the unprivileged user may not be allowed into the build folder.
+    const bool is_path = words[0].starts_with('/');
+    const int program =
+        ::open(((is_path ? "" : OV_BIN_DIR "/") + words[0]).c_str(), O_RDONLY | O_CLOEXEC);
+    ::dup2(::open("/dev/null", O_RDONLY), 0);
+    ::dup2(setting.out ? ::open(setting.out, O_WRONLY) : out, 1);
+    ::dup2(err, 2);
+    for (const auto& [name, value] : setting.environment) {
+        ::setenv(name.c_str(), value.c_str(), 1);
+    }
+    if (setting.unprivileged && is_root() && ::setuid(Nobody) != 0) {
+        ::_exit(126);
+    }
+    std::vector<std::string> own = words;
+    std::vector<char*> arguments;
+    for (std::string& word : own) {
+        arguments.push_back(word.data());
+    }
+    arguments.push_back(nullptr);
+    ::fexecve(program, arguments.data(), environ);
+    ::_exit(127);
+}
+
+} // namespace
+
+TempDir::TempDir() {
+    std::string name = (std::filesystem::temp_directory_path() / "ov-test-XXXXXX").string();
+    path_ = ::mkdtemp(name.data());
+    ::chmod(name.c_str(), 0755);
+}
+
+TempDir::~TempDir() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+}
+
+std::string TempDir::path(std::string_view name) const {
+    return (path_ / name).string();
+}
+
+std::string TempDir::file(std::string_view name, std::string_view text) const {
+    write_file(path(name), text);
+    return path(name);
+}
+
+std::vector<std::string> TempDir::names() const {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(path_)) {
+        names.push_back(entry.path().filename().string());
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+std::string read_file(const std::string& path) {
+    std::ostringstream text;
+    text << std::ifstream(path, std::ios::binary).rdbuf();
+    return text.str();
+}
+
+void write_file(const std::string& path, std::string_view text) {
+    std::ofstream(path, std::ios::binary) << text;
+}
+
+CapturedErrors::CapturedErrors() {
+    testing::internal::CaptureStderr();
+}
+
+std::string CapturedErrors::text() {
+    return std::exchange(active_, false) ? testing::internal::GetCapturedStderr() : "";
+}
+
+void PrintTo(const Result& result, std::ostream* stream) {
+    *stream << "status " << result.status << ", out \"" << result.out << "\", err \"" << result.err
+            << '"';
+}
+
+Result run(const std::vector<std::string>& words, const Setting& setting) {
+    const Collector out;
+    const Collector err;
+    const pid_t child = ::fork();
+    if (child == 0) {
+        become(words, setting, out.fd(), err.fd());
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : 256 + WTERMSIG(status), out.text(),
+            err.text()};
+}
+
+Setting failing(std::string_view call, int number, int error) {
+    return {{{"LD_PRELOAD", OV_FAULTS},
+             {"ASAN_OPTIONS", "verify_asan_link_order=0"},
+             {"OV_FAULT_CALL", std::string(call)},
+             {"OV_FAULT_NUMBER", std::to_string(number)},
+             {"OV_FAULT_ERROR", std::to_string(error)}}};
+}
+
+ForeignLock::ForeignLock(const std::string& path, int type) {
+    std::array<int, 2> ready{};
+    EXPECT_EQ(::pipe(ready.data()), 0);
+    process_ = ::fork();
+    if (process_ == 0) {
+        struct flock request {};
+        request.l_type = static_cast<short>(type);
+        const int fd = ::open(path.c_str(), O_RDWR);
+        const char locked = ::fcntl(fd, F_SETLK, &request) == 0 ? 1 : 0;
+        if (::write(ready[1], &locked, 1) == 1) {
+            ::pause();
+        }
+        ::_exit(0);
+    }
+    char locked = 0;
+    EXPECT_EQ(::read(ready[0], &locked, 1), 1);
+    EXPECT_TRUE(locked);
+    ::close(ready[0]);
+    ::close(ready[1]);
+}
+
+ForeignLock::~ForeignLock() {
+    ::kill(process_, SIGKILL);
+    ::waitpid(process_, nullptr, 0);
+}
+
+bool is_root() {
+    return ::getuid() == 0;
+}
+
+} // namespace ov::test

@@ -1,0 +1,83 @@
+// What the tests share: throwaway files, and the commands run as a user runs them.
+#pragma once
+
+#include <algorithm>
+#include <filesystem>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ov::test {
+
+// A directory that lives as long as the object. Anybody may enter it.
+class TempDir {
+  public:
+    TempDir();
+    ~TempDir();
+    TempDir(const TempDir&) = delete;
+    TempDir& operator=(const TempDir&) = delete;
+
+    std::string path(std::string_view name = "") const;
+    // Writes the file `name` and returns its path.
+    std::string file(std::string_view name, std::string_view text) const;
+    // The names in the directory, sorted.
+    std::vector<std::string> names() const;
+
+  private:
+    std::filesystem::path path_;
+};
+
+std::string read_file(const std::string& path);
+void write_file(const std::string& path, std::string_view text);
+
+// Standard error of this process while the object lives.
+class CapturedErrors {
+  public:
+    CapturedErrors();
+    ~CapturedErrors() { text(); }
+    // What has been written so far; ends the capture.
+    std::string text();
+
+  private:
+    bool active_ = true;
+};
+
+struct Result {
+    int status = -1; // the exit status, or 256 plus the number of the signal that ended it
+    std::string out;
+    std::string err;
+
+    bool operator==(const Result&) const = default;
+};
+void PrintTo(const Result& result, std::ostream* stream);
+
+// How a command is run.
+struct Setting {
+    std::map<std::string, std::string> environment = {}; // added to ours
+    bool unprivileged = false;                           // as nobody, for a test that runs as root
+    const char* out = nullptr; // where standard output goes instead of into the result
+};
+
+// Runs a command, by its path or by its name in the build's bin folder, with its arguments.
+Result run(const std::vector<std::string>& words, const Setting& setting = {});
+
+// The environment in which the `number`-th call of the system call `call` (mkstemp, fdopen, open,
+// fcntl, read or write) on a path or descriptor fails with `error`.
+Setting failing(std::string_view call, int number, int error);
+
+// Holds a lock on a file from another process while the object lives.
+class ForeignLock {
+  public:
+    ForeignLock(const std::string& path, int type);
+    ~ForeignLock();
+    ForeignLock(const ForeignLock&) = delete;
+    ForeignLock& operator=(const ForeignLock&) = delete;
+
+  private:
+    int process_ = -1;
+};
+
+bool is_root();
+
+} // namespace ov::test

@@ -1,0 +1,111 @@
+#include "support.h"
+#include "util/log.h"
+#include "util/util.h"
+#include "util/util_settings.h"
+
+#include <csignal>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/statvfs.h>
+
+namespace ov {
+namespace {
+
+TEST(Util, LocksExcludeOtherProcesses) {
+    const test::TempDir dir;
+    const std::string path = dir.file("f", "text");
+    const int fd = ::open(path.c_str(), O_RDWR);
+    {
+        const test::ForeignLock lock(path, F_WRLCK);
+        EXPECT_EQ(lockfile(fd, 6), -1);
+        EXPECT_EQ(errno, EAGAIN);
+        EXPECT_EQ(lockfile(fd, 4), -1);
+    }
+    {
+        const test::ForeignLock lock(path, F_RDLCK);
+        EXPECT_EQ(lockfile(fd, 4), 0); // readers share
+        EXPECT_EQ(lockfile(fd, 6), -1);
+        EXPECT_EQ(lockfile(fd, 8), 0);
+    }
+    EXPECT_EQ(lockfile(fd, 6), 0);
+    EXPECT_EQ(lockfile(fd, 8 | 2), 0); // released: another process can lock it
+    const test::ForeignLock lock(path, F_WRLCK);
+    ::close(fd);
+}
+
+TEST(Util, AFailedLockIsLogged) {
+    const test::TempDir dir;
+    LogDirectory.set(dir.path());
+    log_initialized = 0;
+    log_init();
+    LogLevel = 1;
+    EXPECT_EQ(lockfile(-1, 6), -1);
+    EXPECT_TRUE(dir.names().empty());
+    LogLevel = 2;
+    EXPECT_EQ(lockfile(-1, 6), -1);
+    EXPECT_EQ(errno, EBADF);
+    const std::string log = test::read_file(dir.path(dir.names().at(0)));
+    EXPECT_NE(log.find(" lockfile: fcntl failed: l_type = 6, (9)\n"), log.npos) << log;
+}
+
+TEST(Util, LimitsAreLifted) {
+    rlimit core{};
+    ::getrlimit(RLIMIT_CORE, &core);
+    const rlimit low{0, core.rlim_max};
+    for (const unsigned no_core : {0U, 1U}) {
+        DBG_NoCore = no_core;
+        for (const auto resource : {RLIMIT_CPU, RLIMIT_FSIZE}) {
+            rlimit limit{};
+            ::getrlimit(resource, &limit);
+            limit.rlim_cur = 100000;
+            ::setrlimit(resource, &limit);
+        }
+        errno = EDOM;
+        resetlimits();
+        EXPECT_EQ(errno, 0);
+        rlimit limit{};
+        ::getrlimit(RLIMIT_FSIZE, &limit);
+        EXPECT_EQ(limit.rlim_cur, RLIM_INFINITY);
+        ::getrlimit(RLIMIT_CPU, &limit);
+        EXPECT_EQ(limit.rlim_cur, RLIM_INFINITY);
+        ::getrlimit(RLIMIT_CORE, &limit);
+        EXPECT_EQ(limit.rlim_max, no_core ? 0 : low.rlim_max);
+    }
+}
+
+TEST(Util, OneSignalIsBlockedAndReleased) {
+    EXPECT_EQ(releasesignal(SIGUSR1), 0);
+    EXPECT_EQ(blocksignal(SIGUSR1), 0);
+    EXPECT_EQ(blocksignal(SIGUSR1), 1);
+    EXPECT_EQ(releasesignal(SIGUSR1), 1);
+    EXPECT_EQ(blocksignal(100000), -1);
+}
+
+TEST(Util, FreeBlocksOfAFileSystem) {
+    struct statvfs info {};
+    ASSERT_EQ(::statvfs("/proc", &info), 0);
+    long size = 0;
+    EXPECT_EQ(freeblocks("/proc", &size), static_cast<std::int64_t>(info.f_bavail));
+    EXPECT_EQ(size, static_cast<long>(info.f_bsize));
+    EXPECT_GT(freeblocks("/", nullptr), 0);
+    EXPECT_EQ(freeblocks("/no/such", &size), -1);
+}
+
+TEST(Util, Texts) {
+    std::array<char, 4> buffer{'x', 'x', 'x', 'x'};
+    EXPECT_EQ(strlcpy(buffer.data(), "abc", 0), 3U);
+    EXPECT_EQ(buffer[0], 'x');
+    EXPECT_EQ(strlcpy(buffer.data(), "abcdef", buffer.size()), 6U);
+    EXPECT_STREQ(buffer.data(), "abc");
+    EXPECT_EQ(strlcpy(buffer.data(), "", buffer.size()), 0U);
+    EXPECT_STREQ(buffer.data(), "");
+
+    for (const auto& [text, result] :
+         {std::pair{"", 0}, {"007", 1}, {"-1", 0}, {" 1", 0}, {"1a", 0}}) {
+        EXPECT_EQ(is_alldigit(text), result) << text;
+    }
+}
+
+} // namespace
+} // namespace ov
