@@ -140,7 +140,8 @@ TEST_F(OvConf, ReplacesAndDeletes) {
 }
 
 TEST_F(OvConf, AReplyThatCannotBeDeliveredIsAFailure) {
-    EXPECT_EQ(conf({"-s", "SMTP", "-k", "SmtpPort"}, {.out = "/dev/full"}), (Result{1, "", ""}));
+    EXPECT_EQ(conf({"-s", "SMTP", "-k", "SmtpPort"}, {.out = "/dev/full"}),
+              (Result{1, "", "write error: standard output\n"}));
 }
 
 } // namespace

@@ -192,7 +192,8 @@ TEST(Edit, FailingSystemCalls) {
             if (!removing) {
                 words.back() = "2";
             }
-            const test::Result result = test::run(words, test::failing(c.call, c.number, c.error));
+            const test::Result result =
+                test::run(words, test::failing(path, c.call, c.number, c.error));
 
             std::string said = result.err;
             if (const std::size_t temporary = said.find(path + ".tmp."); temporary != said.npos) {
@@ -217,7 +218,7 @@ TEST(Edit, AShortWriteIsAnError) {
     const TempDir dir;
     const std::string path = dir.file("conf", "[s]\nk = 1\n");
     const test::Result result = test::run({"ov_conf", "-f", path, "-s", "s", "-k", "k", "-r", "2"},
-                                          test::failing("write", 1, 0));
+                                          test::failing(path, "write", 1, 0));
     EXPECT_EQ(result.status, 1);
     EXPECT_NE(result.err.find("write error: "), std::string::npos);
     EXPECT_EQ(read_file(path), "[s]\nk = 2");

@@ -1,42 +1,7 @@
+#include "fake_host.h"
 #include "util/host.h"
 
-#include <array>
-#include <cstring>
 #include <gtest/gtest.h>
-#include <netdb.h>
-
-namespace {
-
-// The host as the functions under test see it.
-struct Host {
-    const char* own = "mx1";        // null: it has no name
-    const char* official = nullptr; // null: it cannot be resolved
-    const char* alias = nullptr;
-};
-Host host;
-
-} // namespace
-
-extern "C" int gethostname(char* name, size_t size) noexcept {
-    if (!host.own) {
-        return -1;
-    }
-    std::strncpy(name, host.own, size);
-    return 0;
-}
-
-extern "C" hostent* gethostbyname(const char* name) {
-    static std::array<char*, 3> aliases{};
-    static std::array<char, 16> plain{"plain"};
-    static hostent answer{};
-    if (!host.official || std::strcmp(name, host.own ? host.own : "localhost") != 0) {
-        return nullptr;
-    }
-    aliases = {plain.data(), const_cast<char*>(host.alias), nullptr};
-    answer.h_name = const_cast<char*>(host.official);
-    answer.h_aliases = aliases.data();
-    return &answer;
-}
 
 namespace ov {
 namespace {
@@ -76,7 +41,7 @@ TEST(Host, RegistrableDomains) {
 
 TEST(Host, NameAndInternalDomain) {
     struct Case {
-        Host host;
+        test::FakeHost host;
         int result;
         const char* name;
         const char* domain; // null: there is none
@@ -93,7 +58,7 @@ TEST(Host, NameAndInternalDomain) {
         {{"mx1.example.org", nullptr, nullptr}, -1, "unknown", nullptr},
     };
     for (const Case& c : cases) {
-        host = c.host;
+        test::host = c.host;
         std::string name;
         EXPECT_EQ(getmyhostname(name, 512), c.result);
         EXPECT_EQ(name, c.name);

@@ -39,9 +39,17 @@ TEST(Layout, PathsEndAt4095Characters) {
     EXPECT_EQ(mk_dirpath(root.c_str(), name(4095).c_str()), Path());
     EXPECT_EQ(mk_dirpath(root.c_str(), (name(4094) + "/").c_str()).value_or("").size(), 4095U);
     EXPECT_EQ(mk_dirpath(root.c_str(), (name(4095) + "/").c_str()), Path());
-    EXPECT_EQ(mk_dirpath(nullptr, ("/" + std::string(4094, 'a')).c_str()), Path());
     EXPECT_EQ(mk_filepath(root.c_str(), name(4095).c_str()).value_or("").size(), 4095U);
     EXPECT_EQ(mk_filepath(root.c_str(), name(4096).c_str()), Path());
+    // The "/" between the two does not count.
+    const std::string bare = root.substr(0, root.size() - 1);
+    EXPECT_EQ(mk_filepath(bare.c_str(), name(4096).c_str()).value_or("").size(), 4096U);
+    EXPECT_EQ(mk_filepath(bare.c_str(), name(4097).c_str()), Path());
+    // An absolute path is taken as it is, while no "/" has to be added.
+    const std::string deep = "/" + std::string(4999, 'a');
+    EXPECT_EQ(mk_filepath("/x", deep.c_str()), Path(deep));
+    EXPECT_EQ(mk_dirpath("/x", (deep + "/").c_str()), Path(deep + "/"));
+    EXPECT_EQ(mk_dirpath("/x", deep.c_str()), Path());
 }
 
 TEST(Layout, SplitsLists) {

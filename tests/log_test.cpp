@@ -1,3 +1,4 @@
+#include "fake_host.h"
 #include "support.h"
 #include "util/log.h"
 #include "util/util_settings.h"
@@ -9,18 +10,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace {
-
-int host_id_questions = 0;
-
-} // namespace
-
-// Stands in for the system's, which may ask a name service.
-extern "C" long gethostid() {
-    ++host_id_questions;
-    return 4711;
-}
-
 namespace ov {
 namespace {
 
@@ -30,7 +19,7 @@ class Log : public testing::Test {
     void SetUp() override {
         ::umask(022);
         log_initialized = 0;
-        host_id_questions = 0;
+        test::host_id_questions = 0;
         SystemLogOption = 255;
         AlternateHostID = 0;
         LogDirectory.set(dir.path("logs")); // without the "/" at its end
@@ -140,7 +129,7 @@ TEST_F(Log, TheAlarmSignalIsLeftAsItWas) {
 
 TEST_F(Log, HostIdIsAskedForWhenItIsWanted) {
     log_init();
-    EXPECT_EQ(host_id_questions, 0);
+    EXPECT_EQ(test::host_id_questions, 0);
     EXPECT_EQ(HostID(), 4711U);
 }
 
@@ -150,7 +139,7 @@ TEST_F(Log, AlternateHostIdIsTakenWhenLoggingStarts) {
     AlternateHostID = 0;
     log_init();
     EXPECT_EQ(HostID(), 99U);
-    EXPECT_EQ(host_id_questions, 0);
+    EXPECT_EQ(test::host_id_questions, 0);
 }
 
 TEST(LogNames, DailyFiles) {

@@ -23,7 +23,7 @@ void PrintTo(const Lookup& lookup, std::ostream* stream) {
     *stream << "line " << lookup.line << " \"" << lookup.value << '"';
 }
 
-Lookup look_up(std::string_view text, std::string_view sec, std::string_view key, int mode,
+Lookup look_up(std::string_view text, const char* sec, const char* key, int mode,
                std::size_t size = 8192) {
     Source source(text);
     std::string value = "stale";
@@ -119,6 +119,7 @@ TEST(Lookup, ValueIsCutToTheCallersSize) {
     const std::string text = "[s]\nk = 12345\n";
     EXPECT_EQ(look_up(text, "s", "k", LineMode, 4), (Lookup{2, "123"}));
     EXPECT_EQ(look_up(text, "s", "k", LineMode, 1), (Lookup{2, ""}));
+    EXPECT_EQ(look_up("[\"\"]\n\"\" = x\n", nullptr, nullptr, LineMode), (Lookup{2, "x"}));
 }
 
 TEST(Lookup, FirstHeaderOfASection) {
@@ -136,6 +137,35 @@ TEST(Lookup, FirstHeaderOfASection) {
         Source source(text);
         const int result = get_sec(source, "b");
         EXPECT_EQ(result == 0 ? scan_linenumber : result, line) << text;
+    }
+}
+
+TEST(Lookup, FilesLargerThanAWindow) {
+    const test::TempDir dir;
+    const std::string path = dir.path("c");
+    // Blank lines, headers and long lines wherever a window may end.
+    std::string text = "\n";
+    for (int i = 0; text.size() < 300000; ++i) {
+        text += i % 7 == 0 ? "\n"
+                           : "[s" + std::to_string(i % 5) + "]\nk" + std::to_string(i) + " = v\n";
+    }
+    for (const std::size_t size : {0UL, 65530UL, 65536UL, 1000000UL}) {
+        test::write_file(path, text + "x = " + std::string(size, 'y') + "\n\n[last]\nk = v");
+        const std::string whole = test::read_file(path);
+        for (const char* section : {"s0", "s4", "last"}) {
+            for (const char* key : {"k1", "k20004", "k7999", "k"}) {
+                std::optional<Source> source = Source::open(path.c_str());
+                std::string value;
+                const int result = conf_getprofile(*source, section, key, value, 8192);
+                EXPECT_EQ((Lookup{scan_linenumber, value}), look_up(whole, section, key, LineMode));
+                EXPECT_EQ(get_sec(*source, section), 0);
+                const int line = scan_linenumber;
+                Source memory(whole);
+                EXPECT_EQ(get_sec(memory, section), 0);
+                EXPECT_EQ(line, scan_linenumber);
+                EXPECT_EQ(conf_getprofile(*source, section, key, value, 8192), result);
+            }
+        }
     }
 }
 
@@ -163,13 +193,13 @@ TEST(Lookup, FoundEntriesAreLoggedForDebugging) {
          {std::tuple{0x2000U, 90, 1}, {0x2000U, 89, 0}, {0x1fffU, 90, 0}}) {
         LogFacility = facility;
         LogLevel = level;
-        look_up("[s]\nk = v\n", "S", "K", LineMode);
+        look_up("[s]\nk = value\n", "S", "K", LineMode, 3); // the log has all of it
         look_up("[s]\nk = v\n", "S", "none", LineMode);
         const std::vector<std::string> logs = dir.names();
         ASSERT_EQ(logs.size(), static_cast<std::size_t>(lines));
         if (lines > 0) {
             const std::string log = test::read_file(dir.path(logs[0]));
-            EXPECT_NE(log.find(" CONF SCAN: DEBUG sec=S key=K  val=v\n"), log.npos) << log;
+            EXPECT_NE(log.find(" CONF SCAN: DEBUG sec=S key=K  val=value\n"), log.npos) << log;
             std::filesystem::remove(dir.path(logs[0]));
         }
     }

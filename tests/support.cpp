@@ -47,7 +47,11 @@ class Collector {
         ::open(((is_path ? "" : OV_BIN_DIR "/") + words[0]).c_str(), O_RDONLY | O_CLOEXEC);
     ::dup2(::open("/dev/null", O_RDONLY), 0);
     ::dup2(setting.out ? ::open(setting.out, O_WRONLY) : out, 1);
-    ::dup2(err, 2);
+    if (setting.errors_closed) {
+        ::close(2);
+    } else {
+        ::dup2(err, 2);
+    }
     for (const auto& [name, value] : setting.environment) {
         ::setenv(name.c_str(), value.c_str(), 1);
     }
@@ -55,6 +59,7 @@ class Collector {
         ::_exit(126);
     }
     std::vector<std::string> own = words;
+    own[0] = setting.name ? setting.name : own[0];
     std::vector<char*> arguments;
     for (std::string& word : own) {
         arguments.push_back(word.data());
@@ -131,9 +136,10 @@ Result run(const std::vector<std::string>& words, const Setting& setting) {
             err.text()};
 }
 
-Setting failing(std::string_view call, int number, int error) {
+Setting failing(const std::string& file, std::string_view call, int number, int error) {
     return {{{"LD_PRELOAD", OV_FAULTS},
              {"ASAN_OPTIONS", "verify_asan_link_order=0"},
+             {"OV_FAULT_FILE", file},
              {"OV_FAULT_CALL", std::string(call)},
              {"OV_FAULT_NUMBER", std::to_string(number)},
              {"OV_FAULT_ERROR", std::to_string(error)}}};
@@ -160,8 +166,12 @@ ForeignLock::ForeignLock(const std::string& path, int type) {
     ::close(ready[1]);
 }
 
-ForeignLock::~ForeignLock() {
+void ForeignLock::release() const {
     ::kill(process_, SIGKILL);
+}
+
+ForeignLock::~ForeignLock() {
+    release();
     ::waitpid(process_, nullptr, 0);
 }
 

@@ -56,15 +56,17 @@ void PrintTo(const Result& result, std::ostream* stream);
 struct Setting {
     std::map<std::string, std::string> environment = {}; // added to ours
     bool unprivileged = false;                           // as nobody, for a test that runs as root
-    const char* out = nullptr; // where standard output goes instead of into the result
+    const char* out = nullptr;  // where standard output goes instead of into the result
+    bool errors_closed = false; // without a standard error
+    const char* name = nullptr; // the name that it is started under, when that is not its own
 };
 
 // Runs a command, by its path or by its name in the build's bin folder, with its arguments.
 Result run(const std::vector<std::string>& words, const Setting& setting = {});
 
 // The environment in which the `number`-th call of the system call `call` (mkstemp, fdopen, open,
-// fcntl, read or write) on a path or descriptor fails with `error`.
-Setting failing(std::string_view call, int number, int error);
+// fcntl, read or write) for `file`, or a temporary file beside it, fails with `error`.
+Setting failing(const std::string& file, std::string_view call, int number, int error);
 
 // Holds a lock on a file from another process while the object lives.
 class ForeignLock {
@@ -73,6 +75,7 @@ class ForeignLock {
     ~ForeignLock();
     ForeignLock(const ForeignLock&) = delete;
     ForeignLock& operator=(const ForeignLock&) = delete;
+    void release() const;
 
   private:
     int process_ = -1;

@@ -8,6 +8,8 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/statvfs.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace ov {
 namespace {
@@ -49,28 +51,45 @@ TEST(Util, AFailedLockIsLogged) {
     EXPECT_NE(log.find(" lockfile: fcntl failed: l_type = 6, (9)\n"), log.npos) << log;
 }
 
+TEST(Util, ALockIsWaitedFor) {
+    const test::TempDir dir;
+    const std::string path = dir.file("f", "text");
+    const int fd = ::open(path.c_str(), O_RDWR);
+    const test::ForeignLock lock(path, F_WRLCK);
+    const pid_t killer = ::fork();
+    if (killer == 0) {
+        ::usleep(50000);
+        lock.release();
+        ::_exit(0);
+    }
+    EXPECT_EQ(lockfile(fd, 2), 0);
+    ::waitpid(killer, nullptr, 0);
+    ::close(fd);
+}
+
 TEST(Util, LimitsAreLifted) {
-    rlimit core{};
-    ::getrlimit(RLIMIT_CORE, &core);
-    const rlimit low{0, core.rlim_max};
+    const auto limit_of = [](auto resource) {
+        rlimit limit{};
+        ::getrlimit(resource, &limit);
+        return limit;
+    };
+    const rlim_t core = limit_of(RLIMIT_CORE).rlim_max;
     for (const unsigned no_core : {0U, 1U}) {
         DBG_NoCore = no_core;
         for (const auto resource : {RLIMIT_CPU, RLIMIT_FSIZE}) {
-            rlimit limit{};
-            ::getrlimit(resource, &limit);
-            limit.rlim_cur = 100000;
-            ::setrlimit(resource, &limit);
+            rlimit limit = limit_of(resource);
+            if (limit.rlim_max == RLIM_INFINITY) { // or only the super-user could lift it
+                limit.rlim_cur = 100000;
+                ::setrlimit(resource, &limit);
+            }
         }
         errno = EDOM;
         resetlimits();
         EXPECT_EQ(errno, 0);
-        rlimit limit{};
-        ::getrlimit(RLIMIT_FSIZE, &limit);
-        EXPECT_EQ(limit.rlim_cur, RLIM_INFINITY);
-        ::getrlimit(RLIMIT_CPU, &limit);
-        EXPECT_EQ(limit.rlim_cur, RLIM_INFINITY);
-        ::getrlimit(RLIMIT_CORE, &limit);
-        EXPECT_EQ(limit.rlim_max, no_core ? 0 : low.rlim_max);
+        for (const auto resource : {RLIMIT_CPU, RLIMIT_FSIZE}) {
+            EXPECT_EQ(limit_of(resource).rlim_cur, limit_of(resource).rlim_max);
+        }
+        EXPECT_EQ(limit_of(RLIMIT_CORE).rlim_max, no_core ? 0 : core);
     }
 }
 
@@ -101,9 +120,13 @@ TEST(Util, Texts) {
     EXPECT_EQ(strlcpy(buffer.data(), "", buffer.size()), 0U);
     EXPECT_STREQ(buffer.data(), "");
 
-    for (const auto& [text, result] :
-         {std::pair{"", 0}, {"007", 1}, {"-1", 0}, {" 1", 0}, {"1a", 0}}) {
-        EXPECT_EQ(is_alldigit(text), result) << text;
+    for (const auto& [text, result] : {std::pair<const char*, int>{nullptr, 0},
+                                       {"", 0},
+                                       {"007", 1},
+                                       {"-1", 0},
+                                       {" 1", 0},
+                                       {"1a", 0}}) {
+        EXPECT_EQ(is_alldigit(text), result) << (text ? text : "null");
     }
 }
 

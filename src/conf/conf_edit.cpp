@@ -89,13 +89,25 @@ Fd open_locked(const Editor& editor, const char* path) {
 }
 
 // Reads the locked file. One that cannot be read to its end must not be written back.
-std::optional<Source> read_whole(const Editor& editor, const char* path, const Fd& file) {
-    Source source(file.get());
-    if (const int error = source.read_error()) {
-        report(editor, "read error", path, error);
-        return std::nullopt;
+std::optional<std::string> read_whole(const Editor& editor, const char* path, const Fd& file) {
+    std::string text;
+    struct stat info {};
+    if (::fstat(file.get(), &info) == 0 && info.st_size > 0) {
+        text.reserve(static_cast<std::size_t>(info.st_size));
     }
-    return source;
+    std::array<char, 8 * BufferSize> buffer;
+    for (;;) {
+        const ssize_t got = ::read(file.get(), buffer.data(), buffer.size());
+        if (got == 0) {
+            return text;
+        }
+        if (got > 0) {
+            text.append(buffer.data(), static_cast<std::size_t>(got));
+        } else if (errno != EINTR) {
+            report(editor, "read error", path, errno);
+            return std::nullopt;
+        }
+    }
 }
 
 // Writes the edited text to a new file beside the configuration file. Returns that file's name,
@@ -200,19 +212,20 @@ int conf_modify(const char* configfile, const char* sec, const char* key, const 
     if (!file) {
         return -1;
     }
-    std::optional<Source> source = read_whole(Modify, configfile, file);
-    if (!source) {
+    const std::optional<std::string> whole = read_whole(Modify, configfile, file);
+    if (!whole) {
         return -1;
     }
-    const std::string_view text = source->text();
+    const std::string_view text = *whole;
+    Source source(text);
     const std::string entry =
         concat({key, " = ", std::string_view(value).substr(0, MaxText), "\n"});
     Edit edit{text, concat({"[", sec, "]\n", entry}), {}};
     std::string old_value;
-    if (conf_getprofile(*source, sec, key, old_value, BufferSize) == 0) {
+    if (conf_getprofile(source, sec, key, old_value, BufferSize) == 0) {
         const Range line = numbered_line(text, scan_linenumber);
         edit = {text.substr(0, line.begin), entry, text.substr(line.end)};
-    } else if (get_sec(*source, sec) == 0) {
+    } else if (get_sec(source, sec) == 0) {
         const Range header = numbered_line(text, scan_linenumber);
         edit = {text.substr(0, header.end), entry, text.substr(header.end)};
     }
@@ -224,16 +237,17 @@ int conf_delete(const char* configfile, const char* sec, const char* key) {
     if (!file) {
         return -1;
     }
-    std::optional<Source> source = read_whole(Delete, configfile, file);
-    if (!source) {
+    const std::optional<std::string> whole = read_whole(Delete, configfile, file);
+    if (!whole) {
         return -1;
     }
+    const std::string_view text = *whole;
+    Source source(text);
     std::string old_value;
-    if (conf_getprofile(*source, sec, key, old_value, BufferSize) != 0) {
+    if (conf_getprofile(source, sec, key, old_value, BufferSize) != 0) {
         std::fprintf(stderr, "No such entry [%s] %s\n", sec, key);
         return -1;
     }
-    const std::string_view text = source->text();
     const Range line = numbered_line(text, scan_linenumber);
     return rewrite(Delete, configfile, std::move(file),
                    Edit{text.substr(0, line.begin), {}, text.substr(line.end)});

@@ -1,8 +1,8 @@
 // Lookup of one key of a configuration file, and editing of one entry.
 //
 // A file is made of "[Section]" headers and "Key = value" entries, a line each. Names that hold
-// blanks are quoted; names are compared without regard to case; a name of one to eight digits is
-// none. "#" starts a comment where a token would start. A section may stand in several places.
+// blanks are quoted; names are compared without regard to case; one to eight bare digits are no
+// name. "#" starts a comment where a token would start. A section may stand in several places.
 // Lines that are neither are skipped without a word.
 #pragma once
 
@@ -15,9 +15,10 @@
 
 namespace ov {
 
-// One entry as it stands in the file.
+// One entry as it stands in the file. Its texts live until the next entry is read.
 struct Entry {
     std::string_view section;
+    int header; // how many headers have been read; the section changes with it
     std::string_view key;
     int line;              // of the key, as the scanner counts
     std::string_view rest; // all that stands behind the "=" on its line
@@ -31,9 +32,16 @@ class EntryScan {
     // the section that the entries behind it belong to.
     std::optional<Entry> next();
 
+    // Passes over the other entries of the section of the entry that next has just given: to the
+    // next line that begins with a "[".
+    void skip_section();
+
   private:
+    std::optional<Entry> plain_entry();
+
     Source& source_;
-    std::string_view section_;
+    std::string section_;
+    int headers_ = 0;
     bool section_seen_ = false;
 };
 
@@ -50,19 +58,25 @@ std::optional<std::string_view> token_value(const Entry& entry);
 inline constexpr int TokenMode = 0;
 inline constexpr int LineMode = 1;
 
-// Finds the first entry of `sec` and `key` in the file, and gives its value, cut to `asiz` - 1
-// characters. Returns 0 with scan_linenumber at the entry's line; -1 with an empty `ans` and
-// scan_linenumber 0 when there is none.
-int _getprofile(Source& fp, std::string_view sec, std::string_view key, std::string& ans,
+// What a lookup does with the entry that it has found for `sec` and `key`: gives its value in the
+// mode asked for, cut to `asiz` - 1 characters, and sets scan_linenumber to its line. Returns
+// whether the entry has a value in that mode.
+bool take_value(const Entry& entry, const char* sec, const char* key, std::string& ans,
                 std::size_t asiz, int flg);
 
+// Finds the first entry of `sec` and `key` (null is like empty) in the file, and gives its value,
+// cut to `asiz` - 1 characters. Returns 0 with scan_linenumber at the entry's line; -1 with an
+// empty `ans` and scan_linenumber 0 when there is none.
+int _getprofile(Source& fp, const char* sec, const char* key, std::string& ans, std::size_t asiz,
+                int flg);
+
 // _getprofile in line mode.
-int conf_getprofile(Source& fp, std::string_view sec, std::string_view key, std::string& ans,
+int conf_getprofile(Source& fp, const char* sec, const char* key, std::string& ans,
                     std::size_t asiz);
 
 // conf_getprofile on the file `path`. When that cannot be opened, says so on standard error and
 // returns -1.
-int conf_fetch(const char* path, std::string_view sec, std::string_view key, std::string& ans,
+int conf_fetch(const char* path, const char* sec, const char* key, std::string& ans,
                std::size_t asiz);
 
 // Finds the first header of the section `sec`: 0 with scan_linenumber at its line, or -1. Unlike

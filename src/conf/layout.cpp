@@ -57,8 +57,9 @@ std::optional<std::string> mk_dirpath(const char* root, const char* dir) {
     }
     const std::string_view base = isfullpath(dir) ? "" : root;
     const std::string_view name = dir;
-    const bool ends_in_slash = name.empty() ? base.ends_with('/') : name.ends_with('/');
-    if (base.size() + name.size() + (ends_in_slash ? 0 : 1) > MaxPath) {
+    const std::size_t length = base.size() + name.size();
+    const bool ends_in_slash = (name.empty() ? base : name).ends_with('/');
+    if ((!isfullpath(dir) && length > MaxPath) || (!ends_in_slash && length > MaxPath - 1)) {
         return std::nullopt;
     }
     try {
@@ -80,13 +81,12 @@ std::optional<std::string> mk_filepath(const char* dir, const char* file) {
     }
     const std::string_view base = isfullpath(file) ? "" : dir;
     const std::string_view name = file;
-    const bool needs_slash = !isfullpath(file) && !base.ends_with('/');
-    if (base.size() + name.size() + (needs_slash ? 1 : 0) > MaxPath) {
+    if (!isfullpath(file) && base.size() + name.size() > MaxPath) {
         return std::nullopt;
     }
     try {
         std::string path(base);
-        if (needs_slash) {
+        if (!isfullpath(file) && !base.ends_with('/')) {
             path += '/';
         }
         path += name;

@@ -1,7 +1,7 @@
 // The installation's directories, the joining of paths, and the splitting of lists.
 //
 // A relative directory lies under the installation root, a relative file under its own directory.
-// No path longer than 4095 characters is made.
+// Two pieces that are longer than 4095 characters together are not joined.
 #pragma once
 
 #include <optional>
@@ -16,7 +16,8 @@ int isfullpath(const char* path);
 
 // The path of a directory, with a "/" at its end: `dir` itself when it is absolute, otherwise
 // `root` directly followed by `dir` (a root ends in "/"). Nothing when either is missing, when
-// the path would be too long or, after a message on standard error, when memory is exhausted.
+// they are too long, when a "/" would be the 4096th character or, after a message on standard
+// error, when memory is exhausted.
 std::optional<std::string> mk_dirpath(const char* root, const char* dir);
 
 // The path of a file: `file` itself when it is absolute, otherwise `file` in the directory `dir`,

@@ -8,7 +8,6 @@
 #include <array>
 #include <cerrno>
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace ov {
@@ -22,14 +21,8 @@ namespace {
 
 constexpr std::size_t LongestNumber = 8;
 
-// Configuration files are read whole.
-constexpr std::size_t SmallestBuffer = 4096;
-// What is read at most from a pipe or a device: one without an end must not take all memory.
-constexpr std::size_t LargestDevice = std::size_t{64} << 20;
-
-bool is_blank(char c) {
-    return c == ' ' || c == '\t';
-}
+// Grows for a file with a longer line.
+constexpr std::size_t BufferSize = 65536;
 
 // The characters that end a bare word.
 constexpr std::array<bool, 256> word_ends = [] {
@@ -64,11 +57,11 @@ Token one_character(Source& source, Token token, std::string_view text) {
 }
 
 std::size_t end_of_line(const Source& source, std::size_t from) {
-    return std::min(source.text().find('\n', from), source.text().size());
+    return std::min(source.window().find('\n', from), source.window().size());
 }
 
 Token quoted_string(Source& source) {
-    const std::string_view text = source.text();
+    const std::string_view text = source.window();
     const std::size_t start = source.position() + 1;
     const std::size_t end = std::min(text.find_first_of("\"\n", start), text.size());
     advance(source, end);
@@ -80,14 +73,11 @@ Token quoted_string(Source& source) {
 }
 
 Token bare_word(Source& source) {
-    const std::string_view text = source.text();
     const std::size_t start = source.position();
-    const auto end = std::find_if(text.begin() + static_cast<std::ptrdiff_t>(start), text.end(),
-                                  [](char c) { return word_ends[static_cast<unsigned char>(c)]; });
-    const auto length = static_cast<std::size_t>(end - text.begin()) - start;
-    advance(source, start + length);
-    set_token(text.substr(start, length));
-    if (length > LongestNumber || !is_alldigit(scan_str)) {
+    const std::size_t end = word_end(source.window(), start);
+    advance(source, end);
+    set_token(source.window().substr(start, end - start));
+    if (!is_number(scan_str)) {
         return TokenString;
     }
     scan_num = 0;
@@ -99,59 +89,79 @@ Token bare_word(Source& source) {
 
 } // namespace
 
-Source::Source(int fd) {
-    struct stat info {};
-    const bool regular = ::fstat(fd, &info) == 0 && S_ISREG(info.st_mode);
-    // One byte more than a file has shows its end with the first read.
-    std::size_t room = regular ? static_cast<std::size_t>(info.st_size) + 1 : 0;
-    room = std::max(room, SmallestBuffer);
-    bytes_ = std::make_unique_for_overwrite<char[]>(room);
-    std::size_t size = 0;
-    for (;;) {
-        if (size == room) {
-            if (!regular && size >= LargestDevice) {
-                break;
-            }
-            auto larger = std::make_unique_for_overwrite<char[]>(room * 2);
-            std::copy_n(bytes_.get(), size, larger.get());
-            bytes_ = std::move(larger);
-            room *= 2;
-        }
-        const ssize_t got = ::read(fd, bytes_.get() + size, room - size);
-        if (got == -1 && errno == EINTR) {
-            continue;
-        }
-        if (got == -1) {
-            read_error_ = errno;
-        }
-        if (got <= 0) {
-            break;
-        }
-        size += static_cast<std::size_t>(got);
-    }
-    text_ = std::string_view(bytes_.get(), size);
+Source::Source(Fd file) : file_(std::move(file)), at_end_(false) {
+    capacity_ = BufferSize;
+    buffer_ = std::make_unique_for_overwrite<char[]>(capacity_);
+    next_window();
+    at_start_ = true;
 }
 
 std::optional<Source> Source::open(const char* path) {
-    const Fd file(::open(path, O_RDONLY | O_CLOEXEC));
+    Fd file(::open(path, O_RDONLY | O_CLOEXEC));
     if (!file) {
         return std::nullopt;
     }
-    return Source(file.get());
+    return Source(std::move(file));
+}
+
+void Source::rewind() {
+    position_ = 0;
+    if (at_start_) {
+        return;
+    }
+    ::lseek(file_.get(), 0, SEEK_SET);
+    at_end_ = false;
+    used_ = 0;
+    window_ = {};
+    next_window();
+    at_start_ = true;
+}
+
+void Source::next_window() {
+    if (at_end_) {
+        return;
+    }
+    // The beginning of a line that has not been read to its end comes to the front.
+    const std::size_t begun = used_ - window_.size();
+    std::copy_n(buffer_.get() + window_.size(), begun, buffer_.get());
+    used_ = begun;
+    position_ = 0;
+    at_start_ = false;
+    for (;;) {
+        if (used_ == capacity_) {
+            auto larger = std::make_unique_for_overwrite<char[]>(capacity_ * 2);
+            std::copy_n(buffer_.get(), used_, larger.get());
+            buffer_ = std::move(larger);
+            capacity_ *= 2;
+        }
+        const ssize_t got = ::read(file_.get(), buffer_.get() + used_, capacity_ - used_);
+        if (got == -1 && errno == EINTR) {
+            continue;
+        }
+        if (got <= 0) {
+            at_end_ = true;
+            window_ = {buffer_.get(), used_};
+            return;
+        }
+        const std::string_view read(buffer_.get() + used_, static_cast<std::size_t>(got));
+        const std::size_t feed = read.rfind('\n');
+        used_ += read.size();
+        if (feed != read.npos) {
+            window_ = {buffer_.get(), used_ - read.size() + feed + 1};
+            return;
+        }
+    }
 }
 
 void init_scan(Source& source) {
-    source.move_to(0);
+    source.rewind();
     scan_linenumber = 1;
 }
 
 Token ini_scan(Source& source) {
-    const std::string_view text = source.text();
     for (;;) {
-        std::size_t position = source.position();
-        while (position < text.size() && is_blank(text[position])) {
-            ++position;
-        }
+        const std::string_view text = source.window();
+        const std::size_t position = blanks_end(text, source.position());
         advance(source, position);
         switch (source.lookahead()) {
         case '=':
@@ -176,11 +186,29 @@ Token ini_scan(Source& source) {
     }
 }
 
+std::size_t blanks_end(std::string_view text, std::size_t from) {
+    while (from < text.size() && (text[from] == ' ' || text[from] == '\t')) {
+        ++from;
+    }
+    return from;
+}
+
+std::size_t word_end(std::string_view text, std::size_t from) {
+    while (from < text.size() && !word_ends[static_cast<unsigned char>(text[from])]) {
+        ++from;
+    }
+    return from;
+}
+
+bool is_number(std::string_view word) {
+    return word.size() <= LongestNumber && is_alldigit(word);
+}
+
 void skip_eol(Source& source) {
     const std::size_t start = source.position();
     const std::size_t end = end_of_line(source, start);
     advance(source, end);
-    set_token(source.text().substr(start, end - start));
+    set_token(source.window().substr(start, end - start));
 }
 
 } // namespace ov

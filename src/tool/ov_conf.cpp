@@ -43,7 +43,10 @@ struct Options {
 
 // Ends a command that has answered. An answer that cannot be delivered is a failure.
 [[noreturn]] void finish() {
-    std::exit(std::fflush(stdout) == 0 ? EXIT_SUCCESS : EXIT_FAILURE);
+    if (std::fflush(stdout) != 0) {
+        refuse("write error: standard output\n");
+    }
+    std::exit(EXIT_SUCCESS);
 }
 
 [[noreturn]] void print_version() {
@@ -107,7 +110,8 @@ Options parse_options(int argc, char** argv) {
 
 [[noreturn]] void fetch(const Options& options) {
     std::string value;
-    if (conf_fetch(ConfigFile.c_str(), *options.section, *options.key, value, MaxText + 1) == 0) {
+    if (conf_fetch(ConfigFile.c_str(), options.section->c_str(), options.key->c_str(), value,
+                   MaxText + 1) == 0) {
         std::printf("1: %s\n", value.c_str());
     } else {
         std::puts("0: not found");

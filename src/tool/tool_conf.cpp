@@ -5,7 +5,9 @@
 #include <array>
 #include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
 #include <new>
+#include <unistd.h>
 
 namespace ov {
 
@@ -34,6 +36,17 @@ const char* base_name(const char* path) {
     return slash == text.npos ? path : path + slash + 1;
 }
 
+// A closed standard descriptor would be given to the next file that is opened, and messages would
+// end up in that file.
+void open_standard_descriptors() {
+    for (int fd = ::open("/dev/null", O_RDWR); fd != -1; fd = ::open("/dev/null", O_RDWR)) {
+        if (fd > STDERR_FILENO) {
+            ::close(fd);
+            return;
+        }
+    }
+}
+
 // Runs the command whose name is ProgName. Returns the exit status of one that comes back.
 int run_command(int argc, char** argv) {
     if (same_word(ProgName, SystemCommand)) {
@@ -59,6 +72,7 @@ void mss_exit(int status) {
 
 int main(int argc, char** argv) {
     try {
+        ov::open_standard_descriptors();
         ov::ProgName = ov::base_name(argc > 0 ? argv[0] : "");
         std::exit(ov::run_command(argc, argv));
     } catch (const std::bad_alloc&) {

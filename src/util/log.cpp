@@ -129,8 +129,12 @@ class LineBuffer {
     std::size_t used_ = 0;
 };
 
+bool is_silent() {
+    return !log_initialized || logptr == 0;
+}
+
 void append_line(bool with_program, const char* format, std::va_list args) {
-    if (!log_initialized) {
+    if (is_silent()) {
         return;
     }
     const int error = errno; // logging leaves no trace in the caller's errno
@@ -167,14 +171,13 @@ void log_init() {
         return;
     }
     host_id = AlternateHostID;
-    logfile = LogDirectory.view();
-    if (logfile.empty() || logfile.back() != '/') {
-        logfile += '/';
-    }
-    logfile += "log";
-    logfile.resize(std::min(logfile.size(), MaxPath));
-    logptr = logfile.size();
     log_initialized = 1;
+    logfile = LogDirectory.view();
+    if (!logfile.empty()) { // without a directory logging stays silent
+        logfile += logfile.back() == '/' ? "log" : "/log";
+        logfile.resize(std::min(logfile.size(), MaxPath));
+    }
+    logptr = logfile.size();
 }
 
 unsigned long HostID() {
@@ -199,7 +202,7 @@ void ov_syslog(const char* format, ...) {
 }
 
 void log_put(const char* format, ...) {
-    if (!log_initialized) {
+    if (is_silent()) {
         return;
     }
     const Stamp stamp = stamp_now(false);

@@ -1,5 +1,5 @@
 // The gateway's daily log: one file a day in LogDirectory, one line an event. Every writer stays
-// silent until log_init has run, and no failure to log is ever shown.
+// silent until log_init has run with a LogDirectory, and no failure to log is ever shown.
 #pragma once
 
 #include <string>

@@ -1,7 +1,6 @@
 #include "util/util.h"
 
 #include "util/log.h"
-#include "util/text.h"
 #include "util/util_settings.h"
 
 #include <algorithm>
@@ -18,13 +17,6 @@ namespace ov {
 namespace {
 
 constexpr int LockAttempts = 9;
-
-// The lower-case form of an ASCII letter, any other byte as it is: names in the files are
-// compared so whatever the locale is.
-unsigned char lower(char c) {
-    const auto byte = static_cast<unsigned char>(c);
-    return byte >= 'A' && byte <= 'Z' ? static_cast<unsigned char>(byte - 'A' + 'a') : byte;
-}
 
 void set_limit(__rlimit_resource resource, rlim_t value) {
     const rlimit limit{value, value};
@@ -43,11 +35,6 @@ int change_mask(int how, int sig) {
 }
 
 } // namespace
-
-bool same_word(std::string_view a, std::string_view b) {
-    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(),
-                                              [](char x, char y) { return lower(x) == lower(y); });
-}
 
 int lockfile(int fd, int type) {
     struct flock64 request {};

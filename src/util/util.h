@@ -42,5 +42,8 @@ std::size_t strlcpy(char* dst, const char* src, std::size_t len);
 
 // Whether the text is not empty and made of decimal digits only (no sign, no blank).
 int is_alldigit(std::string_view text);
+inline int is_alldigit(const char* text) {
+    return text && is_alldigit(std::string_view(text));
+}
 
 } // namespace ov

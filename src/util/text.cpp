@@ -1,0 +1,29 @@
+#include "util/text.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace ov {
+
+namespace {
+
+// The lower-case form of an ASCII letter, any other byte as it is: names in the files are
+// compared so whatever the locale is.
+unsigned char lower(char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return byte >= 'A' && byte <= 'Z' ? static_cast<unsigned char>(byte - 'A' + 'a') : byte;
+}
+
+} // namespace
+
+bool same_word(std::string_view a, std::string_view b) {
+    if (a.size() != b.size()) {
+        return false;
+    }
+    // Most names are written as they are spelled here.
+    return a.empty() || std::memcmp(a.data(), b.data(), a.size()) == 0 ||
+           std::equal(a.begin(), a.end(), b.begin(),
+                      [](char x, char y) { return lower(x) == lower(y); });
+}
+
+} // namespace ov
