@@ -153,60 +153,116 @@ TEST(Edit, AFullTemporaryFileLosesNothing) {
     EXPECT_EQ(dir.names(), std::vector<std::string>{"conf"});
 }
 
-// One system call after the other fails while the command edits. What the command says, and what
-// it leaves: "CONF" in a message stands for the file, "TEMP" for the temporary one.
+// One system call after the other fails while the command edits; before that it opens the file
+// once, and reads it twice, to load the settings. What the command says and logs, and what it
+// leaves: "CONF" in a message stands for the file, "TEMP" for the temporary one.
 TEST(Edit, FailingSystemCalls) {
     if (!test::is_root()) {
         GTEST_SKIP() << "editing takes the super-user";
     }
-    const std::string old = "[s]\nk = 1\n";
+    enum Left { Untouched, Emptied, WithTemporary };
+    struct Outcome {
+        const char* message;
+        const char* log; // behind the name of the function; empty: nothing is logged
+    };
     struct Case {
         const char* call;
         int number;
         int error;
-        std::string modify; // the message
-        std::string remove;
-        std::string left; // the file's text
-        bool leftover;    // the temporary file is still there
+        Outcome modified;
+        Outcome deleted;
+        Left left;
     };
     const Case cases[] = {
-        {"open", 1, EACCES, "cannot open: CONF (13)\n", "cannot open: CONF\n", old, false},
-        {"fcntl", 1, EACCES, "cannot lock: CONF\n", "cannot lock: CONF\n", old, false},
-        {"read", 1, EIO, "read error: CONF\n", "read error: CONF\n", old, false},
-        {"mkstemp", 1, EACCES, "cannot create tmp file: TEMP\n", "cannot create tmp file: TEMP\n",
-         old, false},
-        {"fdopen", 1, ENOMEM, "cannot open tmp file: TEMP\n", "cannot open tmp file: TEMP\n", old,
-         true},
-        {"open", 2, EACCES, "cannot open: CONF\n", "cannot open: CONF\n", old, true},
-        {"fcntl", 2, EAGAIN, "cannot lock: CONF\n", "cannot lock: CONF\n", "", false},
-        {"open", 3, EMFILE, "cannot open: TEMP\n", "cannot open: TEMP\n", "", false},
-        {"write", 1, ENOSPC, "write error: TEMP\n", "write error: TEMP\n", "", false},
-        {"read", 3, EIO, "read error: CONF\n", "read error: TEMP\n", "", false},
+        {"open", 2, 13, {"cannot open: CONF (13)", ""}, {"cannot open: CONF", ""}, Untouched},
+        {"fcntl", 1, 13, {"cannot lock: CONF", ""}, {"cannot lock: CONF", ""}, Untouched},
+        {"read",
+         3,
+         5,
+         {"read error: CONF", "read error: CONF (5)"},
+         {"read error: CONF", "read error: CONF (5)"},
+         Untouched},
+        {"mkstemp",
+         1,
+         13,
+         {"cannot create tmp file: TEMP", ""},
+         {"cannot create tmp file: TEMP", "cannot create tmp file: TEMP (13)"},
+         Untouched},
+        {"fdopen",
+         1,
+         12,
+         {"cannot open tmp file: TEMP", ""},
+         {"cannot open tmp file: TEMP", "cannot open tmp file: TEMP (12)\n"},
+         WithTemporary},
+        {"open",
+         3,
+         13,
+         {"cannot open: CONF", "cannot open: CONF (13)"},
+         {"cannot open: CONF", "cannot open: CONF (13)"},
+         WithTemporary},
+        {"fcntl",
+         2,
+         11,
+         {"cannot lock: CONF", "cannot lock: CONF (11)"},
+         {"cannot lock: CONF", "cannot lock: CONF (11)"},
+         Emptied},
+        {"open",
+         4,
+         24,
+         {"cannot open: TEMP", "cannot open: TEMP (24)"},
+         {"cannot open: TEMP", "cannot open: TEMP (24)"},
+         Emptied},
+        {"write",
+         1,
+         28,
+         {"write error: TEMP", "write error: TEMP (28)"},
+         {"write error: TEMP", "write error: TEMP (28)"},
+         Emptied},
+        {"read",
+         5,
+         5,
+         {"read error: CONF", "read error CONF (5)"},
+         {"read error: TEMP", "read error: TEMP (5)"},
+         Emptied},
     };
     for (const Case& c : cases) {
         for (const bool removing : {false, true}) {
             const TempDir dir;
+            const std::string old =
+                "[Directories]\nRootDirectory = " + dir.path() + "\n[s]\nk = 1\n";
             const std::string path = dir.file("conf", old);
-            std::vector<std::string> words = {"ov_conf", "-f", path, "-s", "s", "-k", "k"};
-            words.insert(words.end(), removing ? 1 : 2, removing ? "-d" : "-r");
+            std::filesystem::create_directory(dir.path("logs"));
+            std::vector<std::string> words = {"ov_conf", "-f", path, "-s", "s", "-k", "k", "-d"};
             if (!removing) {
-                words.back() = "2";
+                words.back() = "-r";
+                words.emplace_back("2");
             }
             const test::Result result =
                 test::run(words, test::failing(path, c.call, c.number, c.error));
 
-            std::string said = result.err;
-            if (const std::size_t temporary = said.find(path + ".tmp."); temporary != said.npos) {
-                said.replace(temporary, path.size() + 11, "TEMP");
-            } else if (const std::size_t named = said.find(path); named != said.npos) {
-                said.replace(named, path.size(), "CONF");
-            }
+            const auto masked = [&path](std::string text) {
+                if (const std::size_t temporary = text.find(path + ".tmp.");
+                    temporary != text.npos) {
+                    return text.replace(temporary, path.size() + 11, "TEMP");
+                }
+                const std::size_t named = text.find(path);
+                return named == text.npos ? text : text.replace(named, path.size(), "CONF");
+            };
+            const Outcome& outcome = removing ? c.deleted : c.modified;
             const std::string reply =
-                removing ? "552 entry delete failed\n" : "553 entry replace failed\n";
-            EXPECT_EQ(said, (removing ? c.remove : c.modify) + reply) << c.call << c.number;
+                removing ? "\n552 entry delete failed\n" : "\n553 entry replace failed\n";
+            EXPECT_EQ(masked(result.err), outcome.message + reply) << c.call << c.number;
             EXPECT_EQ(result.status, 1);
-            EXPECT_EQ(read_file(path), c.left) << c.call << c.number;
-            EXPECT_EQ(dir.names().size(), c.leftover ? 2U : 1U) << c.call << c.number;
+            EXPECT_EQ(read_file(path), c.left == Emptied ? "" : old) << c.call << c.number;
+            EXPECT_EQ(dir.names().size(), c.left == WithTemporary ? 3U : 2U) << c.call << c.number;
+
+            std::string log;
+            for (const auto& file : std::filesystem::directory_iterator(dir.path("logs"))) {
+                log = read_file(file.path());
+                log = masked(log.substr(log.find("]: ") + 3));
+            }
+            const std::string name = removing ? "conf_delete: " : "conf_modify: ";
+            EXPECT_EQ(log, *outcome.log ? name + outcome.log + "\n" : "") << c.call << c.number;
         }
     }
 }

@@ -1,18 +1,83 @@
 // The settings: one variable for each key of the main configuration file, holding the key's
-// default until the file gives another value.
+// default until the file gives another value. And the words of keys whose values are words.
 #pragma once
 
+#include "addr/addr_list.h"
+#include "conf/validate.h"
 #include "util/text.h"
 
+#include <array>
+#include <ctime>
+#include <optional>
+#include <string>
 #include <sys/types.h>
+#include <vector>
 
 namespace ov {
+
+// Lists that are set differ from those that are not, even when nothing is in them.
+using WordList = std::optional<std::vector<std::string>>;
+using IpList = std::optional<IpConditions>;
+
+// One server of a list: a host and a port, or a marker.
+struct SVRLIST {
+    Text host;
+    int port = 0;
+    int flg = 0; // 1: the mail submission program ("_MSP_"), 2: a command ("_CMD_")
+};
+using ServerList = std::array<SVRLIST, 8>;
 
 // The main configuration file; the option -f names another.
 extern Text ConfigFile;
 
 #define SETTING(section, key, variable, type, ...) extern type variable;
+#define STEP(gate, step)
 #include "conf/catalogue.def"
+#undef STEP
 #undef SETTING
+
+// What the values of some keys become beside the key's own setting.
+extern ServerList SvrList;        // [SMTP] ServerHost
+extern ServerList NTF_SvrList;    // [SMTP] NTF_ServerHost
+extern long ArchiveMinFreeBlocks; // [Archive] MinFree, in blocks of its file system
+extern long CoopMinFreeBlocks;    // [Cooperation] MinFree, likewise
+
+// One row of a value table: a word and the number that it stands for. A table ends with a row
+// without a word and the number -1.
+struct VTAB {
+    const char* str;
+    int val;
+};
+extern const VTAB Tab_LogLevel[];
+extern const VTAB Tab_ArcMode[];
+extern const VTAB Tab_FwdMode[];
+extern const VTAB Tab_CoopMode[];
+extern const VTAB Tab_AppendMode[];
+extern const VTAB Tab_NotifyOption[];
+extern const VTAB Tab_AddrSelect[];
+extern const VTAB Tab_MSPSelect[];
+
+// The numbers of the tables, and the tables by their numbers.
+enum Table : int {
+    LogLevelTable,
+    ArcModeTable,
+    FwdModeTable,
+    CoopModeTable,
+    AppendModeTable,
+    NotifyOptionTable,
+    AddrSelectTable,
+    MSPSelectTable,
+};
+inline constexpr int Tables = 8;
+extern const VTAB* const VTable[Tables];
+
+// The number of `word` in a table, in any case; -1 when there is no such word or table.
+int val_vtab(int table, std::string_view word);
+
+// The first word of the number `val` in a table; null when there is none.
+const char* str_vtab(int table, int val);
+
+// str_vtab of the table of address selections.
+const char* str_addrselect(int val);
 
 } // namespace ov

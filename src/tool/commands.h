@@ -10,7 +10,7 @@ namespace ov {
 // the search side.
 void ov_usrconf(int argc, char** argv, int rank, int is_search);
 
-// Ends the process with `status`.
+// Releases the settings and ends the process with `status`.
 [[noreturn]] void mss_exit(int status);
 
 } // namespace ov

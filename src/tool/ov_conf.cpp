@@ -1,8 +1,11 @@
+#include "conf/aux_sections.h"
+#include "conf/conf.h"
 #include "conf/conf_tool.h"
 #include "conf/settings.h"
 #include "tool/commands.h"
 #include "util/log.h"
 #include "util/text.h"
+#include "util/util.h"
 
 #include <cstdarg>
 #include <cstdio>
@@ -18,6 +21,11 @@ namespace ov {
 namespace {
 
 constexpr std::size_t LongestNewValue = 1000;
+
+// What is loaded to validate the file: all groups. To work on one entry, nothing need exist but
+// the directories.
+constexpr unsigned MaskToValidate = 0x00FF;
+constexpr unsigned MaskToEdit = MaskToValidate | RC_NOCHECK;
 
 // What the command line asks for.
 struct Options {
@@ -151,8 +159,12 @@ void ov_conf(int argc, char** argv) {
     const int arguments = argc - optind;
     char** argument = argv + optind;
 
-    if (options.load || options.check_msp) {
-        refuse("510 Not available in this version: -%c\n", options.load ? 'm' : 'p');
+    if (options.load) {
+        setconfig(ConfigFile.c_str(), MaskToValidate, NoRole, nullptr);
+        finish();
+    }
+    if (options.check_msp) {
+        refuse("510 Not available in this version: -p\n");
     }
     if (!options.section) {
         refuse("510 section name required: -s <Section> \n");
@@ -166,6 +178,9 @@ void ov_conf(int argc, char** argv) {
     if ((options.replace || options.remove) && ::getuid() != 0) {
         refuse("530 Permission denied\n");
     }
+    setconfig(ConfigFile.c_str(), MaskToEdit, NoRole, nullptr);
+    read_config_search(ConfigFile.c_str(), MaskToEdit);
+    resetlimits();
     if (options.show) {
         refuse("510 Not available in this version: -%c\n", options.show_loaded ? 'a' : 'l');
     }

@@ -1,3 +1,4 @@
+#include "conf/conf.h"
 #include "tool/commands.h"
 #include "util/log.h"
 #include "util/text.h"
@@ -65,6 +66,7 @@ int run_command(int argc, char** argv) {
 } // namespace
 
 void mss_exit(int status) {
+    conf_free();
     std::exit(status);
 }
 

@@ -1,0 +1,135 @@
+#include "conf/loader.h"
+
+#include "conf/settings.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <list>
+#include <new>
+#include <sys/stat.h>
+
+namespace ov {
+
+namespace {
+
+// A file that has been scanned, and what it looked like then.
+struct Scan {
+    std::string path;
+    struct stat seen;
+    Snapshot snapshot;
+};
+std::list<Scan> scans; // the main file and the local supplement
+
+bool same_time(const timespec& a, const timespec& b) {
+    return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec;
+}
+
+bool unchanged(const struct stat& then, const struct stat& now) {
+    return then.st_dev == now.st_dev && then.st_ino == now.st_ino && then.st_size == now.st_size &&
+           same_time(then.st_mtim, now.st_mtim) && same_time(then.st_ctim, now.st_ctim);
+}
+
+// Whether the caller of a reader with the load mask `mask` wants what stands behind `gate`.
+bool is_open(const Gate& gate, unsigned mask, Reader reader) {
+    if (!(gate.readers & reader)) {
+        return false;
+    }
+    return (gate.any == 0 || (mask & gate.any) != 0) && (mask & gate.unless) == 0 &&
+           (gate.program == 0 || gate.program == MailSubmissionProgram);
+}
+
+// The form in which the readers report: file, line, section, key, value.
+void print_invalid(const Loading& loading) {
+    const char* file = loading.file ? loading.file : "<null>";
+    const char* value = loading.value.c_str();
+    const Row& row = loading.row;
+    switch (loading.reader) {
+    case MainReader:
+        std::fprintf(stderr, "%s:%d: [%s] %s: \"%s\" invalid value \n", file, scan_linenumber,
+                     row.section, row.key, value);
+        break;
+    case SearchReader:
+        std::fprintf(stderr, "%s:%d: [%s] %s: \"%s\" invalid value\n", file, scan_linenumber,
+                     row.section, row.key, value);
+        break;
+    default:
+        std::fprintf(stderr, "%s:%d: invalid value, [%s] %s: %s\n", file, scan_linenumber,
+                     row.section, row.key, value);
+    }
+}
+
+// Reports a value that has been refused and ends the process.
+[[noreturn]] void refuse(const Loading& loading, Verdict verdict) {
+    const Row& row = loading.row;
+    const bool full_message = loading.reader == MainReader || loading.reader == SearchReader;
+    if (verdict == Verdict::NotFullPath && full_message) {
+        std::fprintf(stderr, "%s:%d: [%s] %s: \"%s\" must be specified full pathname.\n",
+                     loading.file, scan_linenumber, row.section, row.key, loading.value.c_str());
+    } else if (verdict == Verdict::NotConfigured) {
+        std::fprintf(stderr, "%s:%d: [%s] %s: \"%s\" cannnot configuration \n", loading.file,
+                     scan_linenumber, row.section, row.key, loading.value.c_str());
+    } else {
+        if (verdict == Verdict::MemoryExhausted) {
+            std::fputs("Out of memory!\n", stderr);
+        }
+        print_invalid(loading);
+    }
+    std::exit(EXIT_FAILURE);
+}
+
+Verdict apply(LoadRule::Function function, const Loading& loading) {
+    try {
+        return function(loading);
+    } catch (const std::bad_alloc&) {
+        return Verdict::MemoryExhausted;
+    }
+}
+
+} // namespace
+
+const Snapshot* scan_for_loading(const char* path) {
+    struct stat now {};
+    const bool there = ::stat(path, &now) == 0;
+    for (auto scan = scans.begin(); scan != scans.end(); ++scan) {
+        if (scan->path == path) {
+            if (there && unchanged(scan->seen, now)) {
+                return &scan->snapshot;
+            }
+            scans.erase(scan);
+            break;
+        }
+    }
+    std::optional<Snapshot> snapshot = Snapshot::open(path);
+    if (!snapshot) {
+        std::fprintf(stderr, "cannot open configfile \"%s\" (%d)\n", path, errno);
+        return nullptr;
+    }
+    return &scans.emplace_back(Scan{path, now, std::move(*snapshot)}).snapshot;
+}
+
+void forget_scans() {
+    scans.clear();
+}
+
+void load_rows(const Snapshot& snapshot, const char* file, unsigned mask, Reader reader) {
+    std::string value;
+    for (const Row& row : catalogue()) {
+        if (!is_open(row.gate, mask, reader)) {
+            continue;
+        }
+        const bool is_step = !row.section;
+        const bool found = !is_step && snapshot.lookup(row, value, row.rule.mode) == 0;
+        const LoadRule::Function function = found || is_step ? row.rule.load : row.rule.absent;
+        if (!function) {
+            continue;
+        }
+        const Loading loading{row, value, file, mask, reader};
+        const Verdict verdict = apply(function, loading);
+        if (verdict != Verdict::Taken) {
+            refuse(loading, verdict);
+        }
+    }
+}
+
+} // namespace ov

@@ -1,0 +1,326 @@
+#include "conf/validate.h"
+
+#include "conf/layout.h"
+#include "conf/settings.h"
+#include "util/log.h"
+#include "util/text.h"
+#include "util/util.h"
+
+#include <algorithm>
+#include <arpa/inet.h>
+#include <charconv>
+#include <cstdio>
+#include <new>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace ov {
+
+namespace {
+
+constexpr int AddressParts = 4;
+constexpr std::size_t LongestPart = 3;
+constexpr std::size_t LongestHostName = 255;
+constexpr std::size_t LongestSizeNumber = 9;
+constexpr std::int64_t LargestSize = 0x7FFFFFFFFFFFFFFE;
+
+bool is_digit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+bool is_letter_or_digit(char c) {
+    return is_digit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+
+// The number that `text`, decimal digits only, stands for when it is at most `highest`.
+std::optional<unsigned> number_up_to(std::string_view text, unsigned highest) {
+    unsigned value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (!is_alldigit(text) || error != std::errc() || value > highest) {
+        return std::nullopt;
+    }
+    return value;
+}
+
+// The length of a mask as it stands behind "/": one to three digits, at most 32.
+std::optional<unsigned> mask_length(std::string_view text) {
+    return text.size() <= LongestPart ? number_up_to(text, 32) : std::nullopt;
+}
+
+// Whether `part` may stand between two dots of an address.
+bool is_address_part(std::string_view part, bool wildcard_allowed) {
+    if (part.empty() || part.size() > LongestPart) {
+        return false;
+    }
+    if (wildcard_allowed && part.find('*') != part.npos) {
+        return std::all_of(part.begin(), part.end(),
+                           [](char c) { return c == '*' || is_digit(c); });
+    }
+    return number_up_to(part, 255).has_value();
+}
+
+// Takes the text up to the next dot off the front of `rest`; the dot goes with it.
+std::string_view take_part(std::string_view& rest) {
+    const std::size_t dot = std::min(rest.find('.'), rest.size());
+    const std::string_view part = rest.substr(0, dot);
+    rest.remove_prefix(std::min(dot + 1, rest.size()));
+    return part;
+}
+
+bool is_regular_file(const char* path) {
+    struct stat info {};
+    return ::stat(path, &info) == 0 && S_ISREG(info.st_mode);
+}
+
+// A unit of sizes, in units of `base` bytes; nothing for any other character.
+struct Size {
+    std::int64_t factor;
+    std::int64_t divisor;
+};
+std::optional<Size> size_unit(char unit, bool in_bytes) {
+    constexpr std::int64_t K = 1024;
+    switch (unit) {
+    case 'B':
+    case 'b':
+        return in_bytes ? Size{1, 1} : Size{1, K};
+    case 'K':
+    case 'k':
+        return Size{in_bytes ? K : 1, 1};
+    case 'M':
+    case 'm':
+        return Size{in_bytes ? K * K : K, 1};
+    case 'G':
+    case 'g':
+        return Size{in_bytes ? K * K * K : K * K, 1};
+    default:
+        return std::nullopt;
+    }
+}
+
+std::int64_t conv_size(std::string_view text, char defunit, bool in_bytes) {
+    if (defunit != 'B' && defunit != 'M' && defunit != 'G') {
+        defunit = 'K';
+    }
+    std::int64_t total = 0;
+    while (!text.empty()) {
+        const auto end = std::find_if_not(text.begin(), text.end(), is_digit);
+        const auto digits = static_cast<std::size_t>(end - text.begin());
+        if (digits > LongestSizeNumber) {
+            return -1;
+        }
+        std::int64_t number = 0; // nine digits and the largest unit stay below the limit
+        std::from_chars(text.data(), text.data() + digits, number);
+        const std::optional<Size> unit =
+            size_unit(digits < text.size() ? text[digits] : defunit, in_bytes);
+        if (!unit) {
+            return -1;
+        }
+        const std::int64_t size = number * unit->factor / unit->divisor;
+        if (size > LargestSize - total) {
+            return -1;
+        }
+        total += size;
+        text.remove_prefix(std::min(digits + 1, text.size()));
+    }
+    return total;
+}
+
+// Whether the file of the set `name` in the directory `dir` can be read.
+int isvalid_set(const Text& dir, std::string_view name, const char* suffix) {
+    if (name.empty() || !valid_str(name) || !std::all_of(name.begin(), name.end(), [](char c) {
+            return is_letter_or_digit(c) || c == '_';
+        })) {
+        return 0;
+    }
+    // No settings may have been loaded yet; then the directory is still a relative one.
+    std::optional<std::string> path = mk_dirpath(RootDirectory.c_str(), dir.c_str());
+    if (!path) {
+        return 0;
+    }
+    *path += '/';
+    *path += name;
+    *path += suffix;
+    return path->size() <= MaxPath && ::access(path->c_str(), R_OK) == 0;
+}
+
+} // namespace
+
+int isvalid_ipaddr(const char* addr, int hostonly) {
+    if (!addr) {
+        return 0;
+    }
+    std::string_view rest(addr);
+    if (rest.size() > (hostonly ? MaxIpAddress : MaxIpCondition)) {
+        return 0;
+    }
+    if (const std::size_t slash = rest.find('/'); slash != rest.npos) {
+        if (hostonly || !mask_length(rest.substr(slash + 1)) ||
+            rest.substr(0, slash).ends_with('.')) {
+            return 0;
+        }
+        rest = rest.substr(0, slash);
+    }
+    const bool trailing_dot = rest.ends_with('.');
+    int parts = 0;
+    int zeros = 0;     // parts with the value 0
+    int broadcast = 0; // parts with the value 255
+    for (; !rest.empty(); ++parts) {
+        const std::string_view part = take_part(rest);
+        if (parts == AddressParts || !is_address_part(part, !hostonly)) {
+            return 0;
+        }
+        const std::optional<unsigned> value = number_up_to(part, 255);
+        zeros += value == 0U;
+        broadcast += value == 255U;
+    }
+    if (parts == AddressParts) {
+        return !trailing_dot && zeros < AddressParts && broadcast < AddressParts;
+    }
+    return !hostonly && parts > 0;
+}
+
+int isvalid_hostname(const char* name) {
+    if (!name) {
+        return 0;
+    }
+    std::string_view rest(name);
+    if (rest.size() > LongestHostName) {
+        return 0;
+    }
+    if (std::all_of(rest.begin(), rest.end(), [](char c) { return c == '.' || is_digit(c); })) {
+        return isvalid_ipaddr(name, 1);
+    }
+    while (!rest.empty()) {
+        const std::string_view label = take_part(rest);
+        if (label.empty() || !std::all_of(label.begin(), label.end(), [](char c) {
+                return is_letter_or_digit(c) || c == '-' || c == '_';
+            })) {
+            return 0;
+        }
+    }
+    return 1;
+}
+
+int _makeaddr(const char* text, std::uint32_t* ip, std::uint32_t* mask) {
+    if (!text) {
+        return -1;
+    }
+    std::string_view rest(text);
+    if (rest.size() > MaxIpCondition) {
+        return -1;
+    }
+    std::uint32_t address = 0; // in host byte order
+    unsigned bits = 0;
+    if (const std::size_t slash = rest.find('/'); slash != rest.npos) {
+        const in_addr_t converted = ::inet_addr(std::string(rest.substr(0, slash)).c_str());
+        const std::optional<unsigned> length = mask_length(rest.substr(slash + 1));
+        if (converted == INADDR_NONE || !length) {
+            return -1;
+        }
+        address = ntohl(converted);
+        bits = *length;
+    } else {
+        if (rest.size() > MaxIpAddress) {
+            return -1;
+        }
+        if (rest.ends_with('.')) {
+            rest.remove_suffix(1);
+        }
+        if (rest.empty() || rest.ends_with('.')) {
+            return -1;
+        }
+        while (!rest.empty()) {
+            const std::string_view part = take_part(rest);
+            if (bits == 32 || !is_address_part(part, false)) {
+                return -1;
+            }
+            bits += 8;
+            address |= *number_up_to(part, 255) << (32 - bits);
+        }
+    }
+    const std::uint32_t ones = bits == 0 ? 0 : ~std::uint32_t{0} << (32 - bits);
+    *mask = htonl(ones);
+    *ip = htonl(address & ones);
+    return 0;
+}
+
+std::optional<IpConditions> ipaddr_makeaddr(std::string_view text, int* err) {
+    if (err) {
+        *err = 0;
+    }
+    std::optional<std::vector<std::string>> words = split_str(text, ":");
+    IpConditions conditions;
+    try {
+        conditions.reserve(words ? words->size() : 0);
+    } catch (const std::bad_alloc&) {
+        std::fprintf(stderr, "%s: calloc error: sz = %d\n", "ipaddr_makeaddr",
+                     static_cast<int>(words->size() * sizeof(IPADDRCOND)));
+        words.reset();
+    }
+    if (!words) {
+        if (err) {
+            *err = 1;
+        }
+        return std::nullopt;
+    }
+    for (const std::string& word : *words) {
+        IPADDRCOND condition{};
+        condition.cmp = word.find('*') == word.npos;
+        if (word.size() > MaxIpCondition ||
+            (condition.cmp && _makeaddr(word.c_str(), &condition.ip, &condition.mask) != 0)) {
+            syserr("%s: wrong ip address: %s", "ipaddr_makeaddr", word.c_str());
+            return std::nullopt;
+        }
+        word.copy(condition.str.data(), MaxIpCondition);
+        conditions.push_back(condition);
+    }
+    return conditions;
+}
+
+int isvalid_file(const char* dir, const char* file) {
+    const std::optional<std::string> path = mk_filepath(dir, file);
+    return path && is_regular_file(path->c_str());
+}
+
+int isvalid_dir(const char* path) {
+    struct stat info {};
+    return path && std::string_view(path).size() <= MaxPath && ::stat(path, &info) == 0 &&
+           S_ISDIR(info.st_mode);
+}
+
+int truefalse(std::string_view word, int* out) {
+    constexpr std::array<std::string_view, 4> true_words{"true", "yes", "on", "1"};
+    constexpr std::array<std::string_view, 4> false_words{"false", "no", "off", "0"};
+    const auto is_word = [word](std::string_view known) { return same_word(word, known); };
+    if (std::any_of(true_words.begin(), true_words.end(), is_word)) {
+        *out = 1;
+        return 0;
+    }
+    if (std::any_of(false_words.begin(), false_words.end(), is_word)) {
+        *out = 0;
+        return 0;
+    }
+    return -1;
+}
+
+std::int64_t conv_byte(std::string_view text, char defunit) {
+    return conv_size(text, defunit, true);
+}
+
+std::int64_t conv_Kbyte(std::string_view text, char defunit) {
+    return conv_size(text, defunit, false);
+}
+
+int valid_str(std::string_view text) {
+    return std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; });
+}
+
+int isvalid_keywd(std::string_view name) {
+    return isvalid_set(KEYWD_Dir, name, ".keywd");
+}
+
+int isvalid_mtype(std::string_view name) {
+    return isvalid_set(MTYPE_Dir, name, ".mtype");
+}
+
+} // namespace ov
