@@ -5,6 +5,9 @@
 
 #include <algorithm>
 #include <array>
+#include <climits>
+#include <type_traits>
+#include <utility>
 
 namespace ov {
 
@@ -40,7 +43,7 @@ constexpr Gate gate(int any) {
 }
 
 constexpr Row rows[] = {
-#define SETTING(section, key, variable, type, initial, when, rule)                                 \
+#define SETTING(section, key, variable, type, initial, when, rule, ...)                            \
     {(section), (key), &(variable), gate(when), (rule)},
 #define STEP(when, step) {nullptr, #step, {}, gate(when), {.load = (step)}},
 #include "conf/catalogue.def"
@@ -103,6 +106,32 @@ constexpr std::array<Bucket, Buckets> buckets = [] {
 }();
 
 } // namespace
+
+std::int64_t number_in(const Variable& variable) {
+    return std::visit(
+        [](const auto* setting) -> std::int64_t {
+            if constexpr (std::is_integral_v<std::remove_cvref_t<decltype(*setting)>>) {
+                return static_cast<std::int64_t>(*setting);
+            } else {
+                return 0;
+            }
+        },
+        variable);
+}
+
+bool fits(const Variable& variable, std::int64_t number) {
+    return std::visit(
+        [number](const auto* setting) {
+            using Type = std::remove_cvref_t<decltype(*setting)>;
+            if constexpr (std::is_integral_v<Type>) {
+                return std::in_range<Type>(number) ||
+                       (std::is_unsigned_v<Type> && number < 0 && number >= INT_MIN);
+            } else {
+                return false;
+            }
+        },
+        variable);
+}
 
 int find_section(std::string_view name) {
     for (std::size_t i = 0; i < sections.count; ++i) {

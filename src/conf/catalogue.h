@@ -32,6 +32,13 @@ struct Gate {
 using Variable = std::variant<int*, unsigned*, long*, unsigned long*, Text*, WordList*, IpList*,
                               AddressList*, ServerList*>;
 
+// The number in an integer setting of any type; 0 for a setting of another kind.
+std::int64_t number_in(const Variable& variable);
+
+// Whether an integer setting can hold `number`. One without a sign takes a negative number that
+// fits an int, and wraps it.
+bool fits(const Variable& variable, std::int64_t number);
+
 // What became of a value.
 enum class Verdict {
     Taken,

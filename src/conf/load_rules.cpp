@@ -22,8 +22,7 @@ namespace ov::load_rules {
 
 namespace {
 
-constexpr long DefaultPort = 25;
-constexpr long HighestServerPort = 60000;
+constexpr int DefaultPort = 25;
 constexpr std::size_t LongestDomainList = 4096;
 constexpr mode_t LogDirectoryMode = 0755;
 constexpr mode_t TestFileMode = 0644;
@@ -39,36 +38,19 @@ Type& setting(const Loading& loading) {
 }
 
 // Stores a number in a setting of any integer type. Returns whether it fits.
-bool store(const Variable& variable, std::int64_t value) {
-    return std::visit(
-        [value](auto* target) {
-            using Type = std::remove_reference_t<decltype(*target)>;
+bool store(const Variable& variable, std::int64_t number) {
+    if (!fits(variable, number)) {
+        return false;
+    }
+    std::visit(
+        [number](auto* setting) {
+            using Type = std::remove_reference_t<decltype(*setting)>;
             if constexpr (std::is_integral_v<Type>) {
-                const bool wraps = std::is_unsigned_v<Type> && value < 0 && value >= INT_MIN;
-                if (!wraps && !std::in_range<Type>(value)) {
-                    return false;
-                }
-                *target = static_cast<Type>(value);
-                return true;
-            } else {
-                return false;
+                *setting = static_cast<Type>(number);
             }
         },
         variable);
-}
-
-// The number in an integer setting that a rule or a row names.
-template <class Holder>
-std::int64_t number_in(const Holder& holder) {
-    return std::visit(
-        [](const auto& source) -> std::int64_t {
-            if constexpr (requires { static_cast<std::int64_t>(*source); }) {
-                return static_cast<std::int64_t>(*source);
-            } else {
-                return 0;
-            }
-        },
-        holder);
+    return true;
 }
 
 // What the rule of the row works on.
@@ -155,14 +137,12 @@ void clear(ServerList& servers) {
 // Reads "host" or "host:port". Returns whether the port is one.
 bool read_server(const std::string& word, SVRLIST& server) {
     const std::size_t colon = word.find(':');
-    server.port = DefaultPort;
-    if (colon != word.npos) {
-        const std::optional<long> port = number_at(word.substr(colon + 1));
-        if (!port || *port < 1 || *port > HighestServerPort) {
-            return false;
-        }
-        server.port = static_cast<int>(*port);
+    const std::optional<int> port =
+        colon == word.npos ? DefaultPort : server_port(word.substr(colon + 1));
+    if (!port) {
+        return false;
     }
+    server.port = *port;
     server.host.set(word.substr(0, colon));
     return true;
 }
@@ -214,7 +194,22 @@ void try_queues(int& flag, const char* name, const Text& from, const Text& to,
     ::unlink(target.c_str());
 }
 
+std::int64_t limit_in(const Operand& operand) {
+    if (auto* const* number = std::get_if<int*>(&operand)) {
+        return **number;
+    }
+    return *std::get<long*>(operand);
+}
+
 } // namespace
+
+std::int64_t lower_limit(const LoadRule& rule) {
+    return std::max<std::int64_t>(limit_in(rule.first), 0);
+}
+
+std::int64_t upper_limit(const LoadRule& rule) {
+    return limit_in(rule.second);
+}
 
 Verdict load_boolean(const Loading& loading) {
     int value = 0;
@@ -247,8 +242,7 @@ Verdict load_digits(const Loading& loading) {
 
 Verdict load_within(const Loading& loading) {
     const LoadRule& rule = loading.row.rule;
-    return take_digits(loading, std::max<std::int64_t>(number_in(rule.first), 0),
-                       number_in(rule.second));
+    return take_digits(loading, lower_limit(rule), upper_limit(rule));
 }
 
 Verdict load_word(const Loading& loading) {

@@ -59,7 +59,11 @@ constexpr LoadRule digits(std::int64_t lowest = 0, std::int64_t highest = NoBoun
                           std::uint16_t longest = NoLength) {
     return {.load = load_digits, .lowest = lowest, .highest = highest, .longest = longest};
 }
-// Digits only, within the two settings as they stand.
+// The settings that bound a value by the rule `within`, as they stand.
+std::int64_t lower_limit(const LoadRule& rule);
+std::int64_t upper_limit(const LoadRule& rule);
+
+// Digits only, within these two.
 template <class Bound>
 constexpr LoadRule within(Bound& low, Bound& high) {
     return {.load = load_within, .first = &low, .second = &high};

@@ -10,6 +10,7 @@
 #include <arpa/inet.h>
 #include <charconv>
 #include <cstdio>
+#include <cstdlib>
 #include <new>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -280,6 +281,16 @@ std::optional<IpConditions> ipaddr_makeaddr(std::string_view text, int* err) {
 int isvalid_file(const char* dir, const char* file) {
     const std::optional<std::string> path = mk_filepath(dir, file);
     return path && is_regular_file(path->c_str());
+}
+
+int isvalid_program(const char* path) {
+    return isfullpath(path) && isvalid_file(nullptr, path);
+}
+
+std::optional<int> server_port(const std::string& text) {
+    constexpr long Highest = 60000;
+    const long port = std::strtol(text.c_str(), nullptr, 10); // an overflow is above it, too
+    return port >= 1 && port <= Highest ? std::optional(static_cast<int>(port)) : std::nullopt;
 }
 
 int isvalid_dir(const char* path) {

@@ -43,6 +43,12 @@ std::optional<IpConditions> ipaddr_makeaddr(std::string_view text, int* err);
 // Whether `file`, taken in the directory `dir` unless it is absolute, is a regular file.
 int isvalid_file(const char* dir, const char* file);
 
+// Whether `path` is the absolute path of a regular file, such as a program is.
+int isvalid_program(const char* path);
+
+// The port of a server that `text` begins with, decimal, from 1 to 60000; nothing for any other.
+std::optional<int> server_port(const std::string& text);
+
 // Whether `path` is a directory.
 int isvalid_dir(const char* path);
 

@@ -1,6 +1,10 @@
 #include "conf/aux_sections.h"
+#include "conf/check_config.h"
 #include "conf/conf.h"
 #include "conf/conf_tool.h"
+#include "conf/get_vals.h"
+#include "conf/isvalid_msp.h"
+#include "conf/layout.h"
 #include "conf/settings.h"
 #include "tool/commands.h"
 #include "util/log.h"
@@ -116,6 +120,32 @@ Options parse_options(int argc, char** argv) {
     return options;
 }
 
+[[noreturn]] void check(const Options& options, int arguments, char** argument) {
+    if (arguments != 1) {
+        refuse("510 value required\n");
+    }
+    if (std::strlen(argument[0]) > MaxText) {
+        refuse("ERROR: too long value\n");
+    }
+    if (setdir(ConfigFile.c_str()) != 0) {
+        refuse("ERROR: fatal\n");
+    }
+    if (check_config(options.section->c_str(), options.key->c_str(), argument[0]) != 0) {
+        refuse("ERROR: invalid value\n");
+    }
+    finish();
+}
+
+[[noreturn]] void show(const Options& options, const char* file) {
+    const std::optional<std::string> text =
+        get_vals(file, options.section->c_str(), options.key->c_str(), options.show_loaded);
+    if (!text) {
+        refuse("501 ??? default value get failed\n");
+    }
+    std::printf("%1d: %s\n", options.show_loaded, text->c_str());
+    finish();
+}
+
 [[noreturn]] void fetch(const Options& options) {
     std::string value;
     if (conf_fetch(ConfigFile.c_str(), options.section->c_str(), options.key->c_str(), value,
@@ -164,7 +194,7 @@ void ov_conf(int argc, char** argv) {
         finish();
     }
     if (options.check_msp) {
-        refuse("510 Not available in this version: -p\n");
+        std::exit(isvalid_msp(ConfigFile.c_str()) ? EXIT_SUCCESS : EXIT_FAILURE);
     }
     if (!options.section) {
         refuse("510 section name required: -s <Section> \n");
@@ -173,7 +203,7 @@ void ov_conf(int argc, char** argv) {
         refuse("510 key name required:  -k <Key> \n");
     }
     if (options.check) {
-        refuse("510 Not available in this version: -c\n");
+        check(options, arguments, argument);
     }
     if ((options.replace || options.remove) && ::getuid() != 0) {
         refuse("530 Permission denied\n");
@@ -182,7 +212,7 @@ void ov_conf(int argc, char** argv) {
     read_config_search(ConfigFile.c_str(), MaskToEdit);
     resetlimits();
     if (options.show) {
-        refuse("510 Not available in this version: -%c\n", options.show_loaded ? 'a' : 'l');
+        show(options, arguments > 0 ? argument[0] : ConfigFile.c_str());
     }
     if (options.replace) {
         replace(options, arguments, argument);

@@ -1,0 +1,166 @@
+// ov_conf -l, -a and -p: a key's value as written and as loaded, and the submission program.
+#include "conf/get_vals.h"
+#include "conf/settings.h"
+#include "fake_host.h"
+#include "installation.h"
+
+#include <gtest/gtest.h>
+
+namespace ov {
+namespace {
+
+using test::Installation;
+using test::Result;
+
+const Result NotShown{1, "", "501 ??? default value get failed\n"};
+
+class Show : public testing::Test {
+  protected:
+    Result show(const char* mode, const char* section, const std::string& key) const {
+        return test::run({"ov_conf", "-f", gateway.file, mode, "-s", section, "-k", key});
+    }
+
+    Installation gateway;
+};
+
+TEST_F(Show, PrintedForms) {
+    struct Case {
+        const char* section;
+        const char* key;
+        std::string written;
+        std::string printed; // of what is written
+        std::string initial; // while the file is silent
+    };
+    const std::string root = gateway.path();
+    const Case cases[] = {
+        {"smtp", "smtpport", "00026", "26", "25"},
+        {"SMTP", "MailSubmissionProgram", "Postfix", "postfix", "sendmail"},
+        {"SMTP", "CheckSendmailMqueue", "0", "false", "true"},
+        {"SMTP", "MaxMessageSize", "2048K", "2M", "0"},
+        {"SMTP", "MaxMessageSize", "1025B", "1K1B", "0"},
+        {"SMTP", "MaxMessageSize", "3G1M512K7B", "3G1M512K7B", "0"},
+        {"SMTP", "DenyIP", "10.1:*.2.", "10.1:*.2.", ""},
+        {"SMTP", "TransmissionMode", "-3", "-3", "0"},
+        {"SMTP", "SendmailOption", "\"a b\"", "a b", ""},
+        {"SMTP", "PostfixProgram", "/bin/sh", "/usr/lib/sendmail",
+         "/usr/lib/sendmail"}, // not chosen
+        {"Mail", "GroupMaxAddresses", "7", "7", "1024"},
+        {"Queue", "DirectoryLimitSize", "2M", "2048", "0"},
+        {"Admin", "AdminMailAddress", "a@b,c@d; e", "a@b;c@d; e", ""},
+        {"Admin", "AdminMailAddress", "a\x01\xe9z\tb", "a??z b", ""},
+        {"Screening", "MIMELogLevel", "weak", "1", "none"},
+        {"Screening", "DPINFOngLevel", "none", "none", "50"},
+        {"Screening", "DPINFOthreshold", "none", "9999", "1"},
+        {"Screening", "DPInfo_Option", "255", "0x000000ff", "0x00000000"},
+        {"Screening", "DPInfo_Type", "-1", "0xffffffff", "0xffffffff"},
+        {"Screening", "DPInfo_Size", "1572864", "1M512K", "0"},
+        {"Screening", "MIMEDefaultSet", "strict", "strict", "main"},
+        {"Directories", "LogDirectory", "etc", root + "etc/", root + "logs/"},
+        {"Directories", "MessageQueue", "/tmp", "/tmp/", root + "mqueue/"},
+        {"Archive", "ArchiveMode", "RULE", "rule", "none"},
+        {"Archive", "TSAProxy_auth", "on", "true", "false"},
+        {"Expire", "MaxDeliverLogSize", "1G", "1048576", "0"},
+        {"Appender", "AppendOption", "255", "ff", "42"},
+        {"Cooperation", "CoopQueue", "cqueue", root + "cqueue/", root + "cqueue/"},
+        {"Cooperation", "MaxMessageSize", "1K", "1024", "52428800"},
+        {"Cooperation", "TransPidFile", "/x", "/x", root + "etc/trans.pid"},
+        {"Search", "MaxFullScanMessages", "200000", "200000", "100000"},
+        {"Search", "UseArchiveDirectories", "no", "false", "true"},
+        {"Cypher", "UserGroup", ":a::b:", "a:b", ""},
+        {"Cypher", "encode", "0", "0", "2"},
+    };
+    for (const Case& c : cases) {
+        gateway.configure(std::string("[") + c.section + "]\n" + c.key + " = " + c.written + "\n");
+        const std::string raw = c.written == "\"a b\"" ? "a b" : c.written;
+        EXPECT_EQ(show("-l", c.section, c.key), (Result{0, "0: " + raw + "\n", ""})) << c.key;
+        EXPECT_EQ(show("-a", c.section, c.key), (Result{0, "1: " + c.printed + "\n", ""})) << c.key;
+        gateway.configure("");
+        EXPECT_EQ(show("-l", c.section, c.key), (Result{0, "0: " + c.initial + "\n", ""})) << c.key;
+        EXPECT_EQ(show("-a", c.section, c.key), (Result{0, "1: " + c.initial + "\n", ""})) << c.key;
+    }
+}
+
+TEST_F(Show, KeysThatAreNotShown) {
+    gateway.configure("[Log]\nLogLevel = 1\n[Extra]\nNote = any\n");
+    EXPECT_EQ(show("-l", "Log", "LogLevel"), (Result{0, "0: 1\n", ""}));
+    EXPECT_EQ(show("-a", "Log", "LogLevel"), NotShown);
+    EXPECT_EQ(show("-l", "extra", "note"), (Result{0, "0: any\n", ""}));
+    EXPECT_EQ(show("-a", "extra", "note"), NotShown);
+    EXPECT_EQ(show("-l", "SMTP", "None"), NotShown);
+    MailSubmissionProgram = 4; // no word stands for it
+    EXPECT_FALSE(get_vals(gateway.file.c_str(), "SMTP", "MailSubmissionProgram", 1));
+}
+
+TEST_F(Show, AnotherFileAndTheLaterMode) {
+    const std::string other = gateway.dir.file("other", "[SMTP]\nSmtpPort = text\n");
+    const auto with = [&](std::vector<std::string> words) {
+        words.insert(words.begin(),
+                     {"ov_conf", "-f", gateway.file, "-s", "SMTP", "-k", "SmtpPort"});
+        return test::run(words);
+    };
+    EXPECT_EQ(with({"-a", "-l", other, "ignored"}), (Result{0, "0: text\n", ""}));
+    EXPECT_EQ(with({"-l", "-a", other}), (Result{0, "1: 25\n", ""}));
+    EXPECT_EQ(with({"-l", "/no/such"}),
+              (Result{1, "", "cannot open: /no/such\n501 ??? default value get failed\n"}));
+}
+
+TEST_F(Show, LongTexts) {
+    const std::string address(1000, 'a');
+    const std::string text = address + "," + address + "," + address + "," + address + "x," + "b";
+    gateway.configure("[Admin]\nAdminMailAddress = " + text + "\n");
+    const std::string joined = address + ";" + address + ";" + address + ";" + address + "x;b";
+    EXPECT_EQ(show("-a", "Admin", "AdminMailAddress").out, "1: " + joined + "\n");
+    const std::string more(4095 - joined.size() - 1, 'c');
+    gateway.configure("[Admin]\nAdminMailAddress = " + text + "," + more + "\n");
+    EXPECT_EQ(show("-a", "Admin", "AdminMailAddress").out, "1: " + joined + ";" + more + "\n");
+    gateway.configure("[Admin]\nAdminMailAddress = " + text + "," + more + "c,d\n");
+    EXPECT_EQ(show("-a", "Admin", "AdminMailAddress").out, "1: " + joined + "\n");
+
+    const std::string longest(8191, 't');
+    gateway.configure("[Archive]\nTSAProxy_user =" + longest + "x\n");
+    EXPECT_EQ(show("-l", "Archive", "TSAProxy_user").out, "0: " + longest + "\n");
+    EXPECT_EQ(show("-a", "Archive", "TSAProxy_user").out, "1: " + longest + "\n");
+}
+
+TEST_F(Show, InternalDomains) {
+    test::write_file(gateway.file, "");
+    const auto shown = [&] { return get_vals(gateway.file.c_str(), "Mail", "InternalDomains", 1); };
+    EXPECT_EQ(shown(), "");
+    test::host = {"mx1", "mx1.example.com", nullptr};
+    EXPECT_EQ(shown(), "example.com");
+    InternalDomains = {"a", "b"};
+    EXPECT_EQ(shown(), "a:b");
+}
+
+TEST_F(Show, SubmissionProgram) {
+    const std::string sh = "/bin/sh";
+    const std::string sendmail = "SendmailProgram = /bin/sh\nSendmailQueueDirectory = /tmp\n";
+    const std::pair<std::string, int> cases[] = {
+        {sendmail + "SendmailQueueListProgram = /bin/sh -Ac\n", 1},
+        {sendmail + "SendmailQueueListProgram = sh\n", 0},
+        {sendmail + "SendmailQueueListProgram =\n", 0},
+        {sendmail + "SendmailQueueListProgram = /bin\n", 0},
+        {"SendmailProgram = sh\nSendmailQueueDirectory = /tmp\n", 0},
+        {"SendmailProgram = /tmp\nSendmailQueueDirectory = /tmp\n", 0},
+        {"SendmailProgram = /bin/sh\nSendmailQueueDirectory = /bin/sh\n", 0},
+        {"SendmailProgram = /bin/sh\nSendmailQueueDirectory = .\n", 0},
+        {"MailSubmissionProgram = exim\n" + sendmail, 0},
+        {"MailSubmissionProgram = POSTFIX\n" + sendmail, 0},
+        {"MailSubmissionProgram = qmail\nQmailProgram = /bin/sh\nQmailQueueDirectory = /tmp\n"
+         "QmailQueueListProgram = /bin/sh\n",
+         1},
+        {"MailSubmissionProgram = postfix\nPostfixProgram = /bin/sh\n"
+         "PostfixQueueDirectory = /tmp\nPostfixQueueListProgram = /bin/sh\n",
+         1},
+    };
+    for (const auto& [text, usable] : cases) {
+        gateway.configure("[SMTP]\n" + text);
+        EXPECT_EQ(test::run({"ov_conf", "-p", "-f", gateway.file}), (Result{1 - usable, "", ""}))
+            << text;
+    }
+    EXPECT_EQ(test::run({"ov_conf", "-p", "-f", "/no/such"}),
+              (Result{1, "", "cannot open configfile \"/no/such\" (2)\n"}));
+}
+
+} // namespace
+} // namespace ov
