@@ -39,6 +39,11 @@ TEST(Check, EveryRule) {
     const Values yes = {"TRUE", "off", "1"};
     const Values no = {"", "2", "maybe"};
     const Values size = {"", "0", "1g512M", "K", "10"};
+    // Nine of these are more bytes than a size can be, and not too many kilobytes.
+    std::string huge;
+    for (int i = 0; i < 9; ++i) {
+        huge += "999999999G";
+    }
     const Values no_size = {"x", "1234567890", "-1", "1 K"};
     const Values directory = {root, root + "logs"};
     const Values no_directory = {"/no/such", file};
@@ -57,7 +62,7 @@ TEST(Check, EveryRule) {
          {"1.2.3.4/33", "256.1", "10.1:x"}},
         {"SMTP", {"MailSubmissionProgram"}, {"Sendmail", "postfix", "qmail"}, {"exim", ""}},
         {"SMTP", {"SendmailOption"}, {"", "-oi"}, {"-o i", " "}},
-        {"SMTP", {"MaxMessageSize"}, size, no_size},
+        {"SMTP", {"MaxMessageSize"}, size, no_size + Values{huge}},
         {"SMTP",
          {"MaxConnections"},
          {"0", "999", "0000999"},
@@ -66,7 +71,7 @@ TEST(Check, EveryRule) {
         {"SMTP",
          {"TransmissionMode"},
          {"abc", "0x7fffffff", "-2147483648", "017", " 1"},
-         {"", "0x80000000", "2147483648", "99999999999999999999"}},
+         {"", "0x80000000", "2147483648", "99999999999999999999", "010000000000"}},
         {"SMTP",
          {"ServerCommand"},
          {"/bin/sh -c x", " /bin/sh"},
@@ -86,7 +91,7 @@ TEST(Check, EveryRule) {
          {"/bin/sh -v", "/no/such", "/tmp"}},
         {"Mail", {"InternalDomains"}, {"a.b&c-d:e_f", "&"}, {"", "a b", "a/b", "d\xe9"}},
         {"Mail", {"IgnoreExternalMail"}, yes, no},
-        {"Queue", {"DirectoryLimitSize"}, size, no_size},
+        {"Queue", {"DirectoryLimitSize"}, size + Values{huge}, no_size},
         {"Queue", {"ErrorAction"}, {"0", "99999999999999999999"}, {"", "-1", "1x"}},
         {"Admin",
          {"AdminMailAddress"},
@@ -160,8 +165,8 @@ TEST(Check, EveryRule) {
         {"cooperation", {"FTPOnBoot"}, yes, no},
         {"cooperation", {"CoopQueue"}, directory, no_directory + Values{"", "none"}},
         {"cooperation", {"QueueLimitSize", "MinFree"}, size, no_size},
-        {"cooperation", {"MaxMessageSize"}, size, no_size},
-        {"cooperation", {"FTPPort"}, {"1", "65535"}, {"0", "65536", ""}},
+        {"cooperation", {"MaxMessageSize"}, size, no_size + Values{huge}},
+        {"cooperation", {"FTPPort"}, {"1", "65535"}, {"0", "65536", "000025", ""}},
         {"cooperation", {"FTPInterval"}, {"0", "9939"}, {"9940", "09939", ""}},
         {"Search", {"HistoryDirectory"}, {"history", "/tmp"}, no_directory + Values{""}},
         {"Search", {"MaxSearchProcs"}, {"1", "5", "05"}, {"0", "6", "", "x"}},
@@ -212,10 +217,45 @@ TEST(Check, LongValues) {
     EXPECT_EQ(check("UserGroup", std::string(8191, 'g')), (Result{0, "", ""}));
     EXPECT_EQ(check("UserGroup", std::string(8192, 'g')),
               (Result{1, "", "ERROR: too long value\n"}));
-    // Of a server only the first 4095 characters count: the port is cut off behind its zero.
+    // Of a proxy only the first 1023 characters count, of a server the first 4095: the port is cut
+    // off behind its zeros.
+    const auto proxy = [&](std::size_t zeros) {
+        return test::run({"ov_conf", "-f", gateway.file, "-c", "-s", "Archive", "-k", "TSAProxy",
+                          "host:" + std::string(zeros, '0') + "1"});
+    };
+    EXPECT_EQ(proxy(1017).status, 0);
+    EXPECT_EQ(proxy(1018).status, 1);
     const std::string zeros = "host:" + std::string(4089, '0');
     EXPECT_EQ(check("Server_in", zeros + "1"), (Result{0, "", ""}));
     EXPECT_EQ(check("Server_in", zeros + "01"), (Result{1, "", "ERROR: invalid value\n"}));
+}
+
+TEST(Check, BackupDevicesHaveToBeWritable) {
+    const Installation gateway;
+    const std::string device = gateway.dir.file("device", "");
+    ::chmod(device.c_str(), 0444);
+    EXPECT_EQ(test::run({"ov_conf", "-f", gateway.file, "-c", "-s", "Archive", "-k", "BackupDevice",
+                         device},
+                        {.unprivileged = true}),
+              (Result{1, "", "ERROR: invalid value\n"}));
+}
+
+TEST(Check, RefusalsInTheirOrder) {
+    const auto check = [](std::vector<std::string> words) {
+        words.insert(words.begin(),
+                     {"ov_conf", "-f", "/no/such", "-s", "Cypher", "-k", "encode", "-c"});
+        return test::run(words);
+    };
+    EXPECT_EQ(check({}), (Result{1, "", "510 value required\n"}));
+    EXPECT_EQ(check({"1", "2"}), (Result{1, "", "510 value required\n"}));
+    EXPECT_EQ(check({std::string(8192, '1')}), (Result{1, "", "ERROR: too long value\n"}));
+    EXPECT_EQ(check({"x"}),
+              (Result{1, "", "cannot open configfile \"/no/such\" (2)\nERROR: fatal\n"}));
+    const std::string cannot = "cannot open configfile \"/no/such\" (2)\n";
+    EXPECT_EQ(check({"-p"}), (Result{1, "", cannot})); // -p wins over -c, and -m over both
+    EXPECT_EQ(check({"-m"}), (Result{1, "", cannot}));
+    const Installation gateway;
+    EXPECT_EQ(test::run({"ov_conf", "-f", gateway.file, "-m", "-p", "-c"}), (Result{0, "", ""}));
 }
 
 TEST(Check, NothingIsLoaded) {

@@ -31,13 +31,6 @@ TEST(Command, TheNameChoosesTheCommand) {
     EXPECT_EQ(run_as(dir, "ov_conf.sh", {"-v"}), (Result{1, "", Unknown + "ov_conf.sh\n"}));
     EXPECT_EQ(run_as(dir, "v_conf", {"-v"}), (Result{1, "", Unknown + "v_conf\n"}));
     EXPECT_EQ(run({"ov_conf"}, {.name = "dir/"}), (Result{1, "", Unknown + "\n"}));
-    const std::vector<std::string> roles = {"ov_admconf",   "ov_mgrconf",   "ov_sysadmconf",
-                                            "srch_admconf", "srch_mgrconf", "srch_sysadmconf"};
-    for (std::size_t rank = 0; rank < roles.size(); ++rank) {
-        EXPECT_EQ(run({roles[rank]}), (Result{1, "",
-                                              "510 Not available in this version: " + roles[rank] +
-                                                  " (role " + std::to_string(rank) + ")\n"}));
-    }
 }
 
 class OvConf : public testing::Test {
@@ -137,9 +130,15 @@ TEST_F(OvConf, ReplacesAndDeletes) {
     EXPECT_EQ(read_file(file), edited);
     EXPECT_EQ(conf({"-s", "Mail", "-k", "MaxSize", "-r", std::string(1000, 'v')}), done);
 
-    const test::ForeignLock lock(file, F_WRLCK);
-    EXPECT_EQ(conf({"-s", "Mail", "-k", "MaxSize", "-r", "1"}),
-              (Result{1, "", "cannot lock: " + file + "\n553 entry replace failed\n"}));
+    {
+        const test::ForeignLock lock(file, F_WRLCK);
+        EXPECT_EQ(conf({"-s", "Mail", "-k", "MaxSize", "-r", "1"}),
+                  (Result{1, "", "cannot lock: " + file + "\n553 entry replace failed\n"}));
+    }
+    // The file is loaded before anything is said of the arguments.
+    test::write_file(file, "[SMTP]\nSmtpPort = x\n");
+    EXPECT_EQ(conf({"-s", "Mail", "-k", "MaxSize", "-r"}),
+              (Result{1, "", file + ":2: [SMTP] SmtpPort: \"x\" invalid value \n"}));
 }
 
 TEST_F(OvConf, MessagesNeverEndUpInTheFile) {

@@ -6,6 +6,9 @@
 #include "installation.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/statfs.h>
+#include <variant>
 
 namespace ov {
 namespace {
@@ -155,8 +158,8 @@ TEST(Load, EveryRuleTakesAndRefuses) {
         {"Archive", "MailAddress", {"a@b"}, {"a:b"}, Main, "Invalid mail address. \"VALUE\"\n"},
         {"SMTP",
          "ServerHost",
-         {eight, " ", "_msp_ _CMD_ a:1 b:60000", "a:25x"},
-         {eight + "m9", "a:0", "a:60001", "a:", "a:99999999999999999999"}},
+         {eight, " ", "_msp_ _CMD_ a:1 b:60000", "a:25x", "_MSP_:25"},
+         {eight + "m9", "_MSP_:0", "a:0", "a:60001", "a:", "a:99999999999999999999"}},
         {"SMTP", "NTF_ServerHost", {eight}, {"a:-1"}},
         {"Cooperation", "CoopMode", {"out"}, {"rule"}, Aux},
         {"Cooperation", "FTPPort", {"0"}, {"x", ""}, Aux},
@@ -234,9 +237,15 @@ TEST(Load, TheChosenProgramsKeysAreReadAndTaken) {
     EXPECT_EQ(SendmailQueueListProgram.view(), "/var/qmail/bin/qmail-qstat");
     EXPECT_EQ(SendmailNullFrom.view(), "\"\"");
     EXPECT_EQ(CheckSendmailMqueue, 0);
+    gateway.configure("[SMTP]\nMailSubmissionProgram = postfix\nPostfixProgram = /bin/cat\n");
+    read_config(gateway.file.c_str(), All);
+    EXPECT_EQ(SendmailProgram.view(), "/bin/cat");
+    EXPECT_EQ(SendmailQueueDirectory.view(), "/var/spool/postfix");
+    EXPECT_EQ(SendmailNullFrom.view(), "<>");
 }
 
 TEST(Load, EveryDirectoryIsAbsoluteAfterwards) {
+    ::umask(022);
     const Installation gateway;
     const std::string root = gateway.path();
     read_config(gateway.file.c_str(), All);
@@ -263,14 +272,16 @@ TEST(Load, EveryDirectoryIsAbsoluteAfterwards) {
     EXPECT_FALSE(std::filesystem::exists(gateway.path("screening")));
     gateway.configure("[Directories]\nScreeningLogDirectory = made\nTemplateDirectory =\n");
     read_config(gateway.file.c_str(), All);
-    EXPECT_TRUE(std::filesystem::is_directory(gateway.path("made")));
+    struct stat made {};
+    ::stat(gateway.path("made").c_str(), &made);
+    EXPECT_EQ(made.st_mode & 07777U, 0755U);
     EXPECT_FALSE(TemplateDirectory);
 }
 
 TEST(Load, StoredValues) {
     const Installation gateway;
     gateway.configure("[SMTP]\nMaxMessageSize = 2\nSOCKEToption = -1\nAllowIP = 10.1:*.2\n"
-                      "ServerHost = a b:10 _Msp_\nGreetingMessage =\n"
+                      "ServerHost = a b:10 _Msp_:5\nGreetingMessage =\n"
                       "[Queue]\nDirectoryLimitSize = 3\n[Expire]\nMaxDeliverLogSize = 3K\n"
                       "[Admin]\nAdminMailAddress = a@b, c@d\n[NoticeMessage]\nSignature =\n"
                       "[check_rcpt]\nLocalDomain = x;y,z\n[Screening]\nMIMELogLevel = none\n"
@@ -282,7 +293,7 @@ TEST(Load, StoredValues) {
     ASSERT_EQ(SMTP_AllowIP->size(), 2U);
     EXPECT_EQ((*SMTP_AllowIP)[0].cmp, 1);
     EXPECT_STREQ((*SMTP_AllowIP)[1].str.data(), "*.2");
-    EXPECT_EQ(ServerHost.view(), "a b:10 _Msp_");
+    EXPECT_EQ(ServerHost.view(), "a b:10 _Msp_:5");
     EXPECT_EQ(SvrList[0].host.view(), "a");
     EXPECT_EQ(SvrList[0].port, 25);
     EXPECT_EQ(SvrList[1].port, 10);
@@ -302,9 +313,14 @@ TEST(Load, StoredValues) {
     EXPECT_EQ(AlternateHostID, 18446744073709551615UL);
     EXPECT_EQ(IBESvrList[1].host.view(), "b");
     EXPECT_EQ(ArchiveMinFree, 1048576);
-    EXPECT_GE(ArchiveMinFreeBlocks, 1);
+    struct statfs info {};
+    ::statfs(gateway.path().c_str(), &info);
+    EXPECT_EQ(ArchiveMinFreeBlocks, 1048576 / info.f_bsize + 1);
+    EXPECT_EQ(CoopMinFreeBlocks, 2097152 / info.f_bsize + 1);
     EXPECT_EQ(CoopMinFree, 2097152);
     EXPECT_EQ(conf_free(), 0);
+    EXPECT_FALSE(SMTP_AllowIP);
+    EXPECT_FALSE(InternalDomains);
 }
 
 TEST(Load, WarningsDoNotStop) {
@@ -348,6 +364,8 @@ TEST(Load, InternalDomains) {
 
 TEST(Load, QueuesThatCannotBeLinked) {
     const Installation gateway;
+    gateway.dir.file("aqueue/.qxtest", "left behind");
+    gateway.dir.file("pqueue/.qxtest", "left behind");
     read_config(gateway.file.c_str(), All);
     EXPECT_EQ(ArchiveHardLink, 1);
     EXPECT_EQ(QuarantineHardLink, 1);
@@ -363,6 +381,71 @@ TEST(Load, QueuesThatCannotBeLinked) {
     EXPECT_EQ(ArchiveHardLink, 0);
     EXPECT_EQ(QuarantineHardLink, 0);
     EXPECT_TRUE(std::filesystem::is_empty(gateway.path("mqueue")));
+}
+
+TEST(Load, Gates) {
+    const Installation gateway;
+    struct Key {
+        const char* section;
+        const char* key;
+        std::variant<int*, unsigned*, long*> setting;
+        unsigned gate; // 0: always
+    };
+    const Key keys[] = {
+        {"SMTP", "SmtpPort", &SmtpPort, 0x1},
+        {"SMTP", "TransmissionMode", &TransmissionMode, 0x13},
+        {"SMTP", "Timeout_quit", &Timeout_quit, 0x13},
+        {"SMTP", "MaxRecipientsSend", &MaxRecipientsSend, 0},
+        {"Mail", "DeliverErrorMode", &DeliverErrorMode, 0x11},
+        {"Mail", "ACL_Option", &ACL_Option, 0},
+        {"Queue", "DelayInterval", &DelayInterval, 0x1},
+        {"Queue", "Freeze_Option", &QueueFreeze_Option, 0x10},
+        {"Log", "LogPerm", &LogPerm, 0},
+        {"check_mail", "DenyInvalidFormat", &CM_DenyInvalidFormat, 0x1},
+        {"check_rcpt", "DenyInvalidFormat", &CR_DenyInvalidFormat, 0x1},
+        {"NoticeMessage", "Notify_option", &Notify_option, 0x13},
+        {"NoticeMessage", "Forward_option", &Forward_option, 0x11},
+        {"NoticeMessage", "NotifyHoldMask", &NotifyHoldMask, 0x10},
+        {"Archive", "ArchiveWipeRate", &ArchiveWipeRate, 0},
+        {"Archive", "TarNice", &TarNice, 0x52},
+        {"Archive", "TSDigestProc", &TSDigestProc, 0x52},
+        {"Archive", "QueueLimitSize", &ArchiveQueueLimitSize, 0x3},
+        {"Archive", "RefuseLoadAverage", &ArchiveRefuseLoadAverage, 0x2},
+        {"Archive", "ArchiveInterval", &ArchiveInterval, 0x2},
+        {"Screening", "ConvOption", &ConvOption, 0},
+        {"BrowseMail", "BrowseOption", &BrowseOption, 0x70},
+        {"Appender", "AppendOption", &AppendOption, 0x11},
+        {"Screening", "ExtractNice", &ScrExtractNice, 0x21},
+        {"Screening", "ScreeningOption", &ScreeningOption, 0x31},
+        {"Screening", "DPInfo_Option", &DPInfo_Option, 0x11},
+        {"Screening", "LogSearchOption", &LogSearchOption, 0x50},
+        {"Screening", "MaxMimeNesting", &MaxMimeNesting, 0x21},
+        {"Screening", "SkipBlank", &ScrSkipBlank, 0x71},
+        {"Screening", "ResultFormat", &ScrResultFormat, 0x11},
+        {"Screening", "MaxCategories", &MaxCategories, 0x1},
+        {"Expire", "SystemLog", &ExpireSystemLog, 0},
+        {"Expire", "SweepInterval", &SweepInterval, 0x1},
+        {"SystemControl", "MaxOpenTries", &MaxOpenTries, 0},
+        {"Debug", "SmtpForkDelay", &DBG_SmtpForkDelay, 0},
+        {"Cypher", "encode", &IBE_encode, 0x11},
+        {"Cooperation", "FTPInterval", &FTPInterval, 0x5},
+    };
+    std::string text;
+    for (const Key& key : keys) {
+        text += std::string("[") + key.section + "]\n" + key.key + " = 77\n";
+    }
+    text = replaced(text, "QueueLimitSize = 77", "QueueLimitSize = 77K");
+    gateway.configure(text);
+    for (const unsigned bit : {0x1U, 0x2U, 0x4U, 0x8U, 0x10U, 0x20U, 0x40U, 0x80U}) {
+        for (const Key& key : keys) {
+            std::visit([](auto* setting) { *setting = 1; }, key.setting);
+        }
+        read_config(gateway.file.c_str(), bit | RC_NOCHECK);
+        for (const Key& key : keys) {
+            const bool read = std::visit([](auto* setting) { return *setting == 77; }, key.setting);
+            EXPECT_EQ(read, key.gate == 0 || (key.gate & bit) != 0) << key.key << " " << bit;
+        }
+    }
 }
 
 TEST(Load, ClosedGates) {

@@ -1,5 +1,6 @@
 // ov_conf -l, -a and -p: a key's value as written and as loaded, and the submission program.
 #include "conf/get_vals.h"
+#include "conf/isvalid_msp.h"
 #include "conf/settings.h"
 #include "fake_host.h"
 #include "installation.h"
@@ -63,6 +64,7 @@ TEST_F(Show, PrintedForms) {
         {"Appender", "AppendOption", "255", "ff", "42"},
         {"Cooperation", "CoopQueue", "cqueue", root + "cqueue/", root + "cqueue/"},
         {"Cooperation", "MaxMessageSize", "1K", "1024", "52428800"},
+        {"Cooperation", "FTPInterval", "4294967295", "4294967295", "60"},
         {"Cooperation", "TransPidFile", "/x", "/x", root + "etc/trans.pid"},
         {"Search", "MaxFullScanMessages", "200000", "200000", "100000"},
         {"Search", "UseArchiveDirectories", "no", "false", "true"},
@@ -77,6 +79,31 @@ TEST_F(Show, PrintedForms) {
         gateway.configure("");
         EXPECT_EQ(show("-l", c.section, c.key), (Result{0, "0: " + c.initial + "\n", ""})) << c.key;
         EXPECT_EQ(show("-a", c.section, c.key), (Result{0, "1: " + c.initial + "\n", ""})) << c.key;
+    }
+}
+
+TEST_F(Show, WhatIsShownButNotChecked) {
+    const std::tuple<const char*, const char*, const char*> keys[] = {
+        {"SMTP", "CheckSendmailMqueue", "true"},    {"Mail", "GroupMaxAddresses", "1024"},
+        {"Screening", "MaxExtractNesting", "9"},    {"Directories", "QuarantineQueue", nullptr},
+        {"Directories", "MessageQueue", nullptr},   {"Cooperation", "TransPidFile", nullptr},
+        {"Cooperation", "RefuseLoadAverage", "10"},
+    };
+    for (const auto& [section, key, value] : keys) {
+        const Result result = show("-a", section, key);
+        EXPECT_EQ(result.status, 0) << key;
+        EXPECT_TRUE(!value || result.out == std::string("1: ") + value + "\n") << result.out;
+        EXPECT_EQ(test::run({"ov_conf", "-f", gateway.file, "-s", section, "-k", key, "-c", "1"}),
+                  (Result{1, "", "ERROR: invalid value\n"}));
+    }
+}
+
+TEST_F(Show, AnyUserMayLook) {
+    for (const char* mode : {"-l", "-a"}) {
+        EXPECT_EQ(test::run({"ov_conf", "-f", gateway.file, mode, "-s", "SMTP", "-k", "SmtpPort"},
+                            {.unprivileged = true})
+                      .status,
+                  0);
     }
 }
 
@@ -145,7 +172,7 @@ TEST_F(Show, SubmissionProgram) {
         {"SendmailProgram = /bin/sh\nSendmailQueueDirectory = /bin/sh\n", 0},
         {"SendmailProgram = /bin/sh\nSendmailQueueDirectory = .\n", 0},
         {"MailSubmissionProgram = exim\n" + sendmail, 0},
-        {"MailSubmissionProgram = POSTFIX\n" + sendmail, 0},
+        {"MailSubmissionProgram = POSTFIX\nPostfixProgram = /no/such\n" + sendmail, 0},
         {"MailSubmissionProgram = qmail\nQmailProgram = /bin/sh\nQmailQueueDirectory = /tmp\n"
          "QmailQueueListProgram = /bin/sh\n",
          1},
@@ -158,6 +185,15 @@ TEST_F(Show, SubmissionProgram) {
         EXPECT_EQ(test::run({"ov_conf", "-p", "-f", gateway.file}), (Result{1 - usable, "", ""}))
             << text;
     }
+    // What the file lacks is taken from the settings, which may lack it, too.
+    gateway.configure("[SMTP]\nSendmailProgram = /bin/sh\n");
+    SendmailQueueDirectory.set("/no/such");
+    EXPECT_EQ(isvalid_msp(gateway.file.c_str()), 0);
+    SendmailQueueDirectory.set("/tmp");
+    SendmailQueueListProgram.set("/no/such");
+    EXPECT_EQ(isvalid_msp(gateway.file.c_str()), 0);
+    SendmailQueueListProgram.unset();
+    EXPECT_EQ(isvalid_msp(gateway.file.c_str()), 1);
     EXPECT_EQ(test::run({"ov_conf", "-p", "-f", "/no/such"}),
               (Result{1, "", "cannot open configfile \"/no/such\" (2)\n"}));
 }

@@ -213,8 +213,8 @@ bool is_local_part(std::string_view local, int mode) {
 } // namespace
 
 AddressList alloc_ADDRS(std::optional<std::string_view> text) {
+    AddressList cell;
     try {
-        AddressList cell;
         if (addrs_freelist) {
             cell = std::move(addrs_freelist);
             addrs_freelist = std::move(cell->next);
@@ -228,6 +228,7 @@ AddressList alloc_ADDRS(std::optional<std::string_view> text) {
     } catch (const std::bad_alloc&) {
         syserr("%s: ERROR: malloc failed (%d): %s %d", "alloc_ADDRS", errno, __FILE_NAME__,
                __LINE__);
+        free_ADDRS(std::move(cell));
         return nullptr;
     }
 }

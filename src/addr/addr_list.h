@@ -16,6 +16,15 @@ namespace ov {
 struct ADDRS {
     std::optional<std::string> str;
     std::unique_ptr<ADDRS> next;
+
+    ADDRS() = default;
+    ADDRS(const ADDRS&) = delete;
+    ADDRS& operator=(const ADDRS&) = delete;
+    ~ADDRS() { // a long list is no deep recursion
+        while (next) {
+            next = std::move(next->next);
+        }
+    }
 };
 using AddressList = std::unique_ptr<ADDRS>;
 

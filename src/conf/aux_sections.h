@@ -1,5 +1,6 @@
-// The readers of the auxiliary sections. Each opens the file itself; when it cannot, it says so on
-// standard error. An invalid value ends the process with status 1, after a message.
+// The readers of the auxiliary sections. Each scans the file, unless that has just been done; when
+// the file cannot be opened, it says so on standard error. An invalid value ends the process with
+// status 1, after a message.
 #pragma once
 
 namespace ov {

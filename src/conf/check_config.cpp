@@ -44,11 +44,8 @@ struct Checking {
     const std::string& value;
 };
 
-enum Option : bool {
-    AnyWord = true,     // level(): all words of the table
-    NotNegative = true, // number()
-    NoneOnly = false,   // level(): the word "none"
-};
+enum LevelWords : bool { NoneOnly = false, AnyWord = true };
+enum NumberSign : bool { AnySign = false, NotNegative = true };
 
 constexpr std::size_t MostServers = 8;
 
@@ -95,10 +92,15 @@ bool is_within_limits(const Checking& checking) {
 }
 
 bool is_any_number(const Checking& checking) {
-    errno = 0;
-    const long number = std::strtol(checking.value.c_str(), nullptr, 0);
-    return errno != ERANGE && fits(checking.row.variable, number) &&
-           (checking.rule.option != NotNegative || number >= 0);
+    const auto fitting = [&checking](int base) -> std::optional<long> {
+        errno = 0;
+        const long number = std::strtol(checking.value.c_str(), nullptr, base);
+        const bool fits_setting = errno != ERANGE && fits(checking.row.variable, number);
+        return fits_setting ? std::optional(number) : std::nullopt;
+    };
+    const std::optional<long> number = fitting(0);
+    // It is loaded as a decimal number: one that starts with a 0 may be too large as such.
+    return number && fitting(10) && (checking.rule.option != NotNegative || *number >= 0);
 }
 
 bool is_level(const Checking& checking) {
@@ -249,11 +251,11 @@ constexpr CheckRule within_limits() {
 }
 // Anything that converts with base prefixes to a number that the setting can hold; text without
 // digits is 0.
-constexpr CheckRule number(Option option = NoneOnly) {
-    return {.accepts = is_any_number, .option = option};
+constexpr CheckRule number(NumberSign sign = AnySign) {
+    return {.accepts = is_any_number, .option = sign};
 }
 // "none" or, if so wanted, any word of the table of levels; or a number from 0 to 9999.
-constexpr CheckRule level(Option words) {
+constexpr CheckRule level(LevelWords words) {
     return {.accepts = is_level, .option = words};
 }
 constexpr CheckRule bytes(char unit) {

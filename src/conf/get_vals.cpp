@@ -48,9 +48,6 @@ std::string joined(const List& list, TextOf text_of) {
 }
 
 Shown print_number(const Variable& variable, int) {
-    if (auto* const* large = std::get_if<unsigned long*>(&variable)) {
-        return std::to_string(**large);
-    }
     return std::to_string(number_in(variable));
 }
 

@@ -134,28 +134,26 @@ void clear(ServerList& servers) {
     }
 }
 
-// Reads "host" or "host:port". Returns whether the port is one.
-bool read_server(const std::string& word, SVRLIST& server) {
+// Reads "host" or "host:port", or a marker where it may stand. Returns whether the port is one.
+bool read_server(const std::string& word, bool markers_allowed, SVRLIST& server) {
     const std::size_t colon = word.find(':');
+    const std::string host = word.substr(0, colon);
     const std::optional<int> port =
         colon == word.npos ? DefaultPort : server_port(word.substr(colon + 1));
     if (!port) {
         return false;
     }
-    server.port = *port;
-    server.host.set(word.substr(0, colon));
-    return true;
-}
-
-bool read_marker(const std::string& word, SVRLIST& server) {
-    if (same_word(word, "_MSP_")) {
+    if (markers_allowed && same_word(host, "_MSP_")) {
         server.host.set("_MSP_");
         server.flg = 1;
-    } else if (same_word(word, "_CMD_")) {
+    } else if (markers_allowed && same_word(host, "_CMD_")) {
         server.host.set("_CMD_");
         server.flg = 2;
+    } else {
+        server.host.set(host);
+        server.port = *port;
     }
-    return server.flg != 0;
+    return true;
 }
 
 void copy(Text& to, const Text& from) {
@@ -179,8 +177,9 @@ void try_queues(int& flag, const char* name, const Text& from, const Text& to,
     }
     const std::string source = std::string(from.view()) + ".qxtest";
     const std::string target = std::string(to.view()) + ".qxtest";
+    ::unlink(source.c_str());
     ::unlink(target.c_str());
-    const Fd file(::open(source.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, TestFileMode));
+    const Fd file(::open(source.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, TestFileMode));
     if (!file) {
         return;
     }
@@ -433,6 +432,7 @@ Verdict load_addresses(const Loading& loading) {
     for (const std::string& word : *words) {
         *tail = alloc_ADDRS(word);
         if (!*tail) {
+            free_ADDRS(std::move(list));
             return Verdict::MemoryExhausted;
         }
         tail = &(*tail)->next;
@@ -453,8 +453,7 @@ Verdict load_servers(const Loading& loading) {
     }
     auto server = servers.begin();
     for (const std::string& word : *words) {
-        const bool marker = loading.row.rule.option == MarkersAllowed && read_marker(word, *server);
-        if (!marker && !read_server(word, *server)) {
+        if (!read_server(word, loading.row.rule.option == MarkersAllowed, *server)) {
             return Verdict::Invalid;
         }
         ++server;

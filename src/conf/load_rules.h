@@ -10,11 +10,10 @@ namespace ov::load_rules {
 
 inline constexpr std::int64_t NoBound = std::numeric_limits<std::int64_t>::max();
 inline constexpr std::uint16_t NoLength = std::numeric_limits<std::uint16_t>::max();
-enum Option : bool {
-    FullPath = true,       // file(): only an absolute one will do
-    Created = true,        // directory(): made when it is missing
-    MarkersAllowed = true, // servers(): "_MSP_" and "_CMD_"
-};
+// What a rule's second argument turns on.
+enum FileOption : bool { FullPath = true };         // only an absolute path will do
+enum DirectoryOption : bool { Created = true };     // made when it is missing
+enum ServerOption : bool { MarkersAllowed = true }; // "_MSP_" and "_CMD_"
 
 Verdict load_boolean(const Loading&);
 Verdict load_integer(const Loading&);
@@ -47,7 +46,8 @@ constexpr LoadRule boolean() {
     return {.load = load_boolean, .mode = TokenMode};
 }
 // A decimal number; text behind it, or instead of it, is overlooked (no digits: 0).
-constexpr LoadRule integer(std::int64_t lowest = -NoBound, std::int64_t highest = NoBound) {
+constexpr LoadRule integer(std::int64_t lowest = std::numeric_limits<std::int64_t>::min(),
+                           std::int64_t highest = NoBound) {
     return {.load = load_integer, .lowest = lowest, .highest = highest};
 }
 // The same, for 64-bit settings without a sign up to their largest number.
@@ -101,12 +101,12 @@ constexpr LoadRule path() {
     return {.load = load_path};
 }
 // A file, in EtcDirectory when it is relative. The default is taken there in any case.
-constexpr LoadRule file(Option full_path = {}) {
+constexpr LoadRule file(FileOption full_path = {}) {
     return {.load = load_file, .absent = default_file, .option = full_path, .first = &EtcDirectory};
 }
 // A directory that exists (not looked at with RC_NODIRCHECK), under `base` when it is relative.
 // The default is taken there in any case. Without a base it has to be absolute.
-constexpr LoadRule directory(Text& base, Option created = {}) {
+constexpr LoadRule directory(Text& base, DirectoryOption created = {}) {
     return {.load = load_directory, .absent = default_directory, .option = created, .first = &base};
 }
 constexpr LoadRule directory() {
@@ -135,7 +135,7 @@ constexpr LoadRule addresses(const char* punctuation) {
     return {.load = load_addresses, .first = punctuation};
 }
 // At most eight servers, "host" or "host:port" with a port from 1 to 60000.
-constexpr LoadRule servers(ServerList& list, Option markers = {}) {
+constexpr LoadRule servers(ServerList& list, ServerOption markers = {}) {
     return {.load = load_servers, .option = markers, .first = &list};
 }
 // At most eight names separated by ":".
