@@ -256,11 +256,7 @@ TEST(Edit, FailingSystemCalls) {
             EXPECT_EQ(read_file(path), c.left == Emptied ? "" : old) << c.call << c.number;
             EXPECT_EQ(dir.names().size(), c.left == WithTemporary ? 3U : 2U) << c.call << c.number;
 
-            std::string log;
-            for (const auto& file : std::filesystem::directory_iterator(dir.path("logs"))) {
-                log = read_file(file.path());
-                log = masked(log.substr(log.find("]: ") + 3));
-            }
+            const std::string log = masked(test::logged_errors(dir.path("logs")));
             const std::string name = removing ? "conf_delete: " : "conf_modify: ";
             EXPECT_EQ(log, *outcome.log ? name + outcome.log + "\n" : "") << c.call << c.number;
         }

@@ -110,6 +110,22 @@ void write_file(const std::string& path, std::string_view text) {
     std::ofstream(path, std::ios::binary) << text;
 }
 
+std::string logged_errors(const std::string& directory) {
+    constexpr std::string_view Behind = "]: ";
+    std::string errors;
+    for (const auto& file : std::filesystem::directory_iterator(directory)) {
+        std::istringstream log(read_file(file.path()));
+        for (std::string line; std::getline(log, line);) {
+            if (const std::size_t at = line.find(Behind); at != line.npos) {
+                errors += line.substr(at + Behind.size()) + "\n";
+            } else if (line.empty()) { // the message ended in a line feed
+                errors += "\n";
+            }
+        }
+    }
+    return errors;
+}
+
 CapturedErrors::CapturedErrors() {
     testing::internal::CaptureStderr();
 }

@@ -31,6 +31,9 @@ class TempDir {
 std::string read_file(const std::string& path);
 void write_file(const std::string& path, std::string_view text);
 
+// What stands behind "program[pid]: " on the error lines of the daily log in `directory`.
+std::string logged_errors(const std::string& directory);
+
 // Standard error of this process while the object lives.
 class CapturedErrors {
   public:

@@ -1,7 +1,9 @@
 #include "conf/conf.h"
 
 #include "conf/aux_sections.h"
+#include "conf/layout.h"
 #include "conf/loader.h"
+#include "conf/rights.h"
 #include "conf/settings.h"
 #include "util/log.h"
 
@@ -18,6 +20,10 @@ void read_config(const char* file, unsigned mask) {
     if (!(mask & (RC_LOCALPASS | RC_AUXONLY))) {
         load_rows(*snapshot, file, mask, MainReader);
     }
+    if (mask & (RC_MANAGE | RC_BROWSE)) {
+        read_config_user(file, "Admin", 0);
+        read_config_user(file, "Manager", 1);
+    }
     if (mask & (RC_RECEIVE | RC_MANAGE)) {
         read_config_cypher(file, mask);
     }
@@ -27,16 +33,22 @@ void read_config(const char* file, unsigned mask) {
     if (mask & RC_LOCALPASS) {
         return;
     }
-    if (LocalConfFile && ::access(LocalConfFile.c_str(), R_OK) == 0) {
+    // A relative one has not been looked for; the working directory is not the place to do so.
+    if (isfullpath(LocalConfFile.c_str()) && ::access(LocalConfFile.c_str(), R_OK) == 0) {
         const std::string local(LocalConfFile.view());
         read_config(local.c_str(), mask | RC_LOCALPASS);
     }
 }
 
-void setconfig(const char* file, unsigned mask, [[maybe_unused]] int rank,
-               [[maybe_unused]] const char* user) {
+void setconfig(const char* file, unsigned mask, int rank, const char* user) {
     read_config(file, mask);
     log_init();
+    std::string path;
+    std::string section;
+    if (user && rank != NoRole && access_cffile(rank, user, path, &section) == 0 &&
+        ::access(path.c_str(), R_OK) == 0) {
+        read_config_user(path.c_str(), section.c_str(), rank);
+    }
 }
 
 int conf_free() {
@@ -48,6 +60,9 @@ int conf_free() {
     for (WordList* list : {&CM_DenyFromAddress, &CM_ClientFROM, &CR_DenyRcptAddress,
                            &CR_AllowFromAddress, &CR_AllowRcptAddress, &CR_AllowRcptDomain}) {
         list->reset();
+    }
+    for (PerRole<WordList>* lists : {&CF_Group, &CF_ExcludeGroup, &CF_SelectGroup}) {
+        lists->fill(std::nullopt);
     }
     forget_scans();
     return 0;

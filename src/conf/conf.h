@@ -24,7 +24,8 @@ inline constexpr int NoRole = 10;
 // error and ends the process with status 1.
 void read_config(const char* file, unsigned mask);
 
-// read_config, and the start of logging with what has been loaded.
+// read_config, and the start of logging with what has been loaded; then, for a `user` of the role
+// `rank`, his rights.
 void setconfig(const char* file, unsigned mask, int rank, const char* user);
 
 // Releases the lists that the settings own. For the end of the process. Returns 0.

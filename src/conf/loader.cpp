@@ -19,7 +19,7 @@ struct Scan {
     struct stat seen;
     Snapshot snapshot;
 };
-std::list<Scan> scans; // the main file and the local supplement
+std::list<Scan> scans; // the main file, the local supplement, a rights file
 
 bool same_time(const timespec& a, const timespec& b) {
     return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec;
@@ -78,9 +78,15 @@ void print_invalid(const Loading& loading) {
     std::exit(EXIT_FAILURE);
 }
 
-Verdict apply(LoadRule::Function function, const Loading& loading) {
+// Loads one row. Its value, when the file has one, goes to `value`.
+Verdict load_row(const Snapshot& snapshot, const Loading& loading, std::string& value) {
+    const Row& row = loading.row;
     try {
-        return function(loading);
+        const bool is_step = !row.section;
+        value.clear();
+        const bool found = !is_step && snapshot.lookup(row, value, row.rule.mode) == 0;
+        const LoadRule::Function function = found || is_step ? row.rule.load : row.rule.absent;
+        return function ? function(loading) : Verdict::Taken;
     } catch (const std::bad_alloc&) {
         return Verdict::MemoryExhausted;
     }
@@ -88,24 +94,31 @@ Verdict apply(LoadRule::Function function, const Loading& loading) {
 
 } // namespace
 
-const Snapshot* scan_for_loading(const char* path) {
+const Snapshot* scan(const char* path) {
     struct stat now {};
     const bool there = ::stat(path, &now) == 0;
-    for (auto scan = scans.begin(); scan != scans.end(); ++scan) {
-        if (scan->path == path) {
-            if (there && unchanged(scan->seen, now)) {
-                return &scan->snapshot;
+    for (auto last = scans.begin(); last != scans.end(); ++last) {
+        if (last->path == path) {
+            if (there && unchanged(last->seen, now)) {
+                return &last->snapshot;
             }
-            scans.erase(scan);
+            scans.erase(last);
             break;
         }
     }
     std::optional<Snapshot> snapshot = Snapshot::open(path);
     if (!snapshot) {
-        std::fprintf(stderr, "cannot open configfile \"%s\" (%d)\n", path, errno);
         return nullptr;
     }
     return &scans.emplace_back(Scan{path, now, std::move(*snapshot)}).snapshot;
+}
+
+const Snapshot* scan_for_loading(const char* path) {
+    const Snapshot* snapshot = scan(path);
+    if (!snapshot) {
+        std::fprintf(stderr, "cannot open configfile \"%s\" (%d)\n", path, errno);
+    }
+    return snapshot;
 }
 
 void forget_scans() {
@@ -118,14 +131,8 @@ void load_rows(const Snapshot& snapshot, const char* file, unsigned mask, Reader
         if (!is_open(row.gate, mask, reader)) {
             continue;
         }
-        const bool is_step = !row.section;
-        const bool found = !is_step && snapshot.lookup(row, value, row.rule.mode) == 0;
-        const LoadRule::Function function = found || is_step ? row.rule.load : row.rule.absent;
-        if (!function) {
-            continue;
-        }
         const Loading loading{row, value, file, mask, reader};
-        const Verdict verdict = apply(function, loading);
+        const Verdict verdict = load_row(snapshot, loading, value);
         if (verdict != Verdict::Taken) {
             refuse(loading, verdict);
         }

@@ -6,6 +6,22 @@
 
 namespace ov {
 
+namespace {
+
+constexpr const char* RightsSections[] = {"Admin", "Manager"};
+
+// The section that rights stand in with that name, or null.
+const char* find_rights_section(std::string_view name) {
+    for (const char* section : RightsSections) {
+        if (same_word(section, name)) {
+            return section;
+        }
+    }
+    return nullptr;
+}
+
+} // namespace
+
 std::optional<Snapshot> Snapshot::open(const char* path) {
     std::optional<Source> source = Source::open(path);
     if (!source) {
@@ -18,16 +34,21 @@ Snapshot::Snapshot(Source source) : found_(catalogue().size()) {
     EntryScan entries(source);
     int header = 0;
     int section = -1;
+    const char* rights_section = nullptr;
     while (const std::optional<Entry> entry = entries.next()) {
         if (entry->header != header) {
             header = entry->header;
             section = find_section(c_text(entry->section));
+            rights_section = find_rights_section(c_text(entry->section));
         }
-        if (section == -1) {
+        if (section == -1 && !rights_section) {
             entries.skip_section();
             continue;
         }
-        const int row = find_row(section, c_text(entry->key));
+        if (rights_section) {
+            rights_.push_back({rights_section, std::string(c_text(entry->key)), keep(*entry)});
+        }
+        const int row = section == -1 ? -1 : find_row(section, c_text(entry->key));
         if (row == -1) {
             continue;
         }
@@ -63,6 +84,19 @@ int Snapshot::lookup(const Row& row, std::string& ans, int flg) const {
                                     [number](const auto& pair) { return pair.first == number; });
     if (other != with_token_.end() && take(other->second)) {
         return 0;
+    }
+    scan_linenumber = 0;
+    return -1;
+}
+
+int Snapshot::lookup(const char* section, const char* key, std::string& ans, int flg) const {
+    const char* wanted = find_rights_section(section);
+    ans.clear();
+    for (const RightEntry& right : rights_) {
+        if (right.section == wanted && same_word(right.key, key) &&
+            take_value(entry_of(right.first), section, key, ans, MaxText + 1, flg)) {
+            return 0;
+        }
     }
     scan_linenumber = 0;
     return -1;

@@ -1,4 +1,4 @@
-// All that one scan of a configuration file tells of the keys in the catalogue.
+// All that one scan of a configuration file tells of the keys in the catalogue, and of the rights.
 #pragma once
 
 #include "conf/catalogue.h"
@@ -19,6 +19,9 @@ class Snapshot {
     // What _getprofile finds for the key of `row`: the same value, line number and result.
     int lookup(const Row& row, std::string& ans, int flg) const;
 
+    // The same for a right: a key of the section "Admin" or "Manager".
+    int lookup(const char* section, const char* key, std::string& ans, int flg) const;
+
   private:
     // The first entry of a key: its line, and where its rest stands in `rests_`.
     struct First {
@@ -32,6 +35,13 @@ class Snapshot {
     std::vector<First> found_; // by row of the catalogue
     // The first entries that have a token as value, of the keys whose first entry has none.
     std::vector<std::pair<std::size_t, First>> with_token_;
+    // The entries of the sections that rights stand in.
+    struct RightEntry {
+        const char* section;
+        std::string key;
+        First first;
+    };
+    std::vector<RightEntry> rights_;
     std::string rests_;
 };
 

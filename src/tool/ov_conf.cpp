@@ -7,11 +7,10 @@
 #include "conf/layout.h"
 #include "conf/settings.h"
 #include "tool/commands.h"
-#include "util/log.h"
+#include "tool/reply.h"
 #include "util/text.h"
 #include "util/util.h"
 
-#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -44,28 +43,6 @@ struct Options {
     bool load = false;
 };
 
-// Says what is wrong and ends the command.
-[[noreturn]] __attribute__((format(printf, 1, 2))) void refuse(const char* format, ...) {
-    std::va_list args;
-    va_start(args, format);
-    std::vfprintf(stderr, format, args);
-    va_end(args);
-    std::exit(EXIT_FAILURE);
-}
-
-// Ends a command that has answered. An answer that cannot be delivered is a failure.
-[[noreturn]] void finish() {
-    if (std::fflush(stdout) != 0) {
-        refuse("write error: standard output\n");
-    }
-    std::exit(EXIT_SUCCESS);
-}
-
-[[noreturn]] void print_version() {
-    std::printf("ORVANTA\nVERSION: %s (%s)\nCMD: configuration tool\n", Version, Build);
-    finish();
-}
-
 void refuse_combination(bool combined, char named) {
     if (combined) {
         refuse("510 Illegal combined options: -%c ...\n", named);
@@ -86,7 +63,7 @@ Options parse_options(int argc, char** argv) {
             options.key = optarg;
             break;
         case 'v':
-            print_version();
+            print_version(false);
         case 'l':
         case 'a':
             refuse_combination(options.remove || options.replace || options.check, 'l');

@@ -1,14 +1,356 @@
+#include "addr/addr_grp.h"
+#include "conf/conf.h"
+#include "conf/rights.h"
+#include "tool/cf_mod.h"
 #include "tool/commands.h"
-#include "util/log.h"
+#include "tool/reply.h"
+#include "util/text.h"
+#include "util/util.h"
 
+#include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstdlib>
+#include <initializer_list>
+#include <optional>
+#include <string>
+#include <unistd.h>
 
 namespace ov {
 
-void ov_usrconf(int, char**, int rank, int) {
-    std::fprintf(stderr, "510 Not available in this version: %s (role %d)\n", ProgName, rank);
-    std::exit(EXIT_FAILURE);
+namespace {
+
+// What a role command loads: the groups of the management and the browsing side.
+constexpr unsigned MaskForRoles = RC_MANAGE | RC_BROWSE;
+
+// What the command line asks for.
+struct Options {
+    std::optional<std::string> user;
+    bool groups = false;
+    bool modify = false;
+};
+
+bool is_name_character(char c) {
+    return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' ||
+           c == '-' || c == '.';
+}
+
+// A user's name becomes part of a path.
+bool isvalid_username(std::string_view name) {
+    const auto is_edge = [](char c) { return c != '-' && c != '.'; };
+    return !name.empty() && is_edge(name.front()) && is_edge(name.back()) &&
+           std::all_of(name.begin(), name.end(), is_name_character);
+}
+
+Options parse_options(int argc, char** argv, bool is_search) {
+    Options options;
+    for (int c; (c = ::getopt(argc, argv, "f:u:gmv")) != -1;) {
+        switch (c) {
+        case 'f':
+            ConfigFile.set(optarg);
+            break;
+        case 'u':
+            options.user = optarg;
+            if (!isvalid_username(*options.user)) {
+                std::fprintf(stderr, "500 invalid user name: \"%s\"\n", optarg);
+                mss_exit(EXIT_FAILURE);
+            }
+            break;
+        case 'g':
+            options.groups = true;
+            break;
+        case 'm':
+            options.modify = true;
+            break;
+        case 'v':
+            print_version(is_search);
+        default:
+            refuse("510 Unknown option: %c\n", c);
+        }
+    }
+    return options;
+}
+
+// The rights of one role as they are shown.
+class Rights {
+  public:
+    explicit Rights(int rank) : rank_(static_cast<std::size_t>(rank)) {}
+
+    bool flag(Right right) const { return of<int>(right) != 0; }
+    // The value of an access level or a mask.
+    unsigned bits(Right right) const { return of<unsigned>(right); }
+    int bit(Right right, unsigned number) const {
+        return static_cast<int>((bits(right) >> number) & 1U);
+    }
+    const WordList& names(Right right) const { return of<WordList>(right); }
+    const Text& text(Right right) const { return of<Text>(right); }
+    int number(Right right) const { return of<int>(right); }
+    const char* selection(Right right) const { return str_addrselect(number(right)); }
+
+  private:
+    template <class Type>
+    const Type& of(Right right) const {
+        return (*std::get<PerRole<Type>*>(row_of(right).setting))[rank_];
+    }
+
+    std::size_t rank_;
+};
+
+const char* key_of(Right right) {
+    return row_of(right).key;
+}
+
+void print_named_mask(const Rights& user, Right right) {
+    std::printf("%s: 0x%08x\n", key_of(right), user.bits(right));
+}
+
+void print_named_text(const Rights& user, Right right) {
+    std::printf("%s: %s\n", key_of(right), std::string(user.text(right).view()).c_str());
+}
+
+void print_flags(const Rights& user, std::initializer_list<Right> rights) {
+    for (const Right right : rights) {
+        std::printf("%s: %s\n", key_of(right), user.flag(right) ? "1" : "0");
+    }
+}
+
+void print_level(const Rights& user, Right right) {
+    std::printf("%s: %1d\t%1d\n", key_of(right), user.bit(right, 0), user.bit(right, 1));
+}
+
+void print_level_and_set(const Rights& user, Right right, Right set) {
+    std::printf("%s: %1d\t%1d\t%1d\n", key_of(right), user.bit(right, 0), user.bit(right, 1),
+                user.number(set));
+}
+
+void print_selection(const Rights& user, Right right) {
+    std::printf("%s: %s\n", key_of(right), user.selection(right));
+}
+
+void print_names(const Rights& user, Right right) {
+    std::printf("%s: ", key_of(right));
+    const char* separator = "";
+    for (const std::string& name : user.names(right).value_or(std::vector<std::string>{})) {
+        std::printf("%s%s", separator, name.c_str());
+        separator = ":";
+    }
+    std::putchar('\n');
+}
+
+void print_date(const Rights& user, Right right, const char* unset) {
+    const char* text = user.text(right).c_str();
+    int year = 0;
+    int month = 0;
+    int day = 0;
+    std::printf("%s: ", key_of(right));
+    if (!text) {
+        std::printf("%s\n", unset);
+    } else if (date_str(text, &year, &month, &day) == 0) {
+        std::printf("%04d/%02d/%02d\n", year, month, day);
+    } else {
+        std::printf("%s (invalid value)\n", text);
+    }
+}
+
+void print_listing(const Rights& user, const Options& options, int rank, bool has_file) {
+    using enum Right;
+    std::printf("#user: [%s](%d)\n", options.user ? options.user->c_str() : "not specified", rank);
+    std::printf("#conf: [%d]\n", has_file ? 1 : 0);
+    std::puts("--");
+    print_flags(user,
+                {HoldList,         HoldMessage,    HoldAttach,    HoldReason,      HoldForward,
+                 HoldApprove,      HoldCancel,     HoldFreeze,    HoldConfirm,     ArchiveList,
+                 ArchiveMessage,   ArchiveAttach,  ArchiveBackup, ArchiveRetrieve, ViewStatistics,
+                 ViewScreeningLog, ViewManagerLog, ViewViewerLog, CheckPcode,      CSVDownload});
+    print_named_mask(user, StatOptionMask);
+    print_named_text(user, RealName);
+    print_level(user, PolicyACLRule);
+    print_level_and_set(user, PolicyAttachment, PolicyAttachmentSet);
+    print_level_and_set(user, PolicyKeyword, PolicyKeywordSet);
+    for (const Right right : {ConfNotice, ConfGroup, ConfSystem}) {
+        print_level(user, right);
+    }
+    print_flags(user, {SystemBoot});
+    // The two spellings differ; scripts look for each.
+    print_date(user, LogLowerBound, "***unspecified***");
+    print_date(user, LogUpperBound, "*** unspecified ***");
+    std::printf("%s: %d\n", key_of(LogLimit), user.number(LogLimit));
+    print_names(user, ExcludeGroup);
+    print_names(user, Group);
+    print_flags(user, {Group_complement, FromFilter});
+    print_selection(user, FromFilterSelect_Log);
+    print_selection(user, FromFilterSelect_Queue);
+    print_flags(user, {RcptFilter});
+    print_selection(user, RcptFilterSelect_Log);
+    print_selection(user, RcptFilterSelect_Queue);
+    print_flags(user, {LogGrouping, QueueGrouping, StatGrouping, LoggingManager, LoggingViewer,
+                       SelectGroupList});
+    print_names(user, SelectGroup);
+    print_selection(user, FromFilterSelect_Search);
+    print_selection(user, RcptFilterSelect_Search);
+}
+
+void print_groups(const Rights& user) {
+    for (const Right right : {Right::Group, Right::ExcludeGroup, Right::SelectGroup}) {
+        const WordList& names = user.names(right);
+        if (names) {
+            std::printf("--\n%s addresses: ", key_of(right));
+            AddressGroup group = read_addrsgrp(*names);
+            print_addrsgrp(group.get());
+            free_addrsgrp(std::move(group));
+        }
+    }
+}
+
+void answer_flag(bool granted) {
+    std::puts(granted ? "1" : "0");
+}
+
+// A query for several rights at once.
+struct Query {
+    const char* name;
+    std::initializer_list<Right> rights;
+};
+
+bool answer_several(const Rights& user, std::string_view key) {
+    using enum Right;
+    static const Query queries[] = {
+        {"Hold",
+         {HoldList, HoldReason, HoldMessage, HoldApprove, HoldCancel, HoldForward, HoldAttach,
+          HoldFreeze}},
+        {"Hold+",
+         {HoldList, HoldReason, HoldMessage, HoldApprove, HoldCancel, HoldForward, HoldAttach,
+          CheckPcode, HoldFreeze}},
+        {"Archive",
+         {ArchiveList, ArchiveMessage, ArchiveBackup, ArchiveRetrieve, ArchiveAttach, CSVDownload}},
+        {"ViewStatistics+", {ViewStatistics, CSVDownload}},
+        {"ViewScreeningLog+", {ViewScreeningLog, ArchiveMessage, CSVDownload}},
+        {"ViewManagerLog+", {ViewManagerLog, ArchiveMessage, CSVDownload}},
+        {"ViewViewerLog+", {ViewViewerLog, ArchiveMessage, CSVDownload}},
+    };
+    const auto* query = std::find_if(std::begin(queries), std::end(queries),
+                                     [key](const Query& q) { return same_word(q.name, key); });
+    if (query == std::end(queries)) {
+        return false;
+    }
+    for (const Right right : query->rights) {
+        answer_flag(user.flag(right));
+    }
+    return true;
+}
+
+// Whether the user may see the hold queue, and whether freezing is switched on for him: by the
+// system for those who may freeze, for others by an option of their own.
+void answer_hold_list(const Rights& user) {
+    const unsigned option =
+        user.flag(Right::HoldFreeze) ? QueueFreeze_Option : user.bits(Right::Freeze_Option);
+    answer_flag(user.flag(Right::HoldList));
+    answer_flag((option & 0xffU) != 0);
+}
+
+void answer_names(const WordList& names) {
+    for (const std::string& name : names.value_or(std::vector<std::string>{})) {
+        std::printf("%s\n", name.c_str());
+    }
+}
+
+void answer_selectable(const Rights& user) {
+    if (!user.flag(Right::SelectGroupList)) {
+        return;
+    }
+    if (user.names(Right::SelectGroup)) {
+        answer_names(user.names(Right::SelectGroup));
+    } else {
+        print_group_list();
+    }
+}
+
+// A user for whom sets are configured does not choose them himself.
+void answer_level_and_set(const Rights& user, Right right) {
+    const bool keyword = right == Right::PolicyKeyword;
+    const WordList& sets = user.names(keyword ? Right::SetKEYWD : Right::SetMTYPE);
+    const Right set = keyword ? Right::PolicyKeywordSet : Right::PolicyAttachmentSet;
+    std::printf("%1d\t%1d\t%1d\n", user.bit(right, 0), user.bit(right, 1),
+                sets ? 0 : user.number(set));
+}
+
+// Answers a query for one right. Returns whether it can be asked for.
+bool answer_one(const Rights& user, std::string_view key) {
+    const RightRow* row = find_right(key);
+    if (!row) {
+        return false;
+    }
+    const auto right = static_cast<Right>(row - rights().data());
+    switch (row->query) {
+    case RightQuery::None:
+        return false;
+    case RightQuery::Flag:
+        answer_flag(user.flag(right));
+        break;
+    case RightQuery::NamedMask:
+        print_named_mask(user, right);
+        break;
+    case RightQuery::NamedText:
+        print_named_text(user, right);
+        break;
+    case RightQuery::Level:
+        std::printf("%1d\t%1d\n", user.bit(right, 0), user.bit(right, 1));
+        break;
+    case RightQuery::LevelAndSet:
+        answer_level_and_set(user, right);
+        break;
+    case RightQuery::Names:
+        answer_names(user.names(right));
+        break;
+    case RightQuery::Selectable:
+        answer_selectable(user);
+        break;
+    case RightQuery::Selection:
+        std::printf("%s\n", user.selection(right));
+        break;
+    }
+    return true;
+}
+
+[[noreturn]] void answer(const Rights& user, std::string_view key) {
+    if (same_word(key, "HoldList+")) {
+        answer_hold_list(user);
+    } else if (!answer_several(user, key) && !answer_one(user, key)) {
+        std::puts("0");
+        finish(EXIT_FAILURE);
+    }
+    finish();
+}
+
+} // namespace
+
+void ov_usrconf(int argc, char** argv, int rank, int is_search) {
+    const Options options = parse_options(argc, argv, is_search != 0);
+    const char* user = options.user ? options.user->c_str() : nullptr;
+    setconfig(ConfigFile.c_str(), MaskForRoles, rank, user);
+    resetlimits();
+
+    bool has_file = false;
+    if (user) {
+        std::string path;
+        if (access_cffile(rank, user, path, nullptr) != 0) {
+            return;
+        }
+        has_file = ::access(path.c_str(), R_OK) == 0;
+        if (options.modify) {
+            finish(cf_mod(rank, user, argc - optind, argv + optind) == 0 ? EXIT_SUCCESS
+                                                                         : EXIT_FAILURE);
+        }
+    }
+    const Rights shown(rank);
+    if (optind < argc) {
+        answer(shown, argv[optind]);
+    }
+    print_listing(shown, options, rank, has_file);
+    if (options.groups) {
+        print_groups(shown);
+    }
+    finish();
 }
 
 } // namespace ov

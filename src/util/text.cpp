@@ -16,6 +16,14 @@ unsigned char lower(char c) {
 
 } // namespace
 
+std::string shortenstring(std::string_view text, std::size_t length) {
+    constexpr std::string_view Mark = "...";
+    if (text.size() <= length) {
+        return std::string(text);
+    }
+    return std::string(text.substr(0, length - Mark.size())) + std::string(Mark);
+}
+
 bool same_word(std::string_view a, std::string_view b) {
     if (a.size() != b.size()) {
         return false;

@@ -44,6 +44,9 @@ inline std::string_view c_text(std::string_view text) {
     return text.substr(0, text.find('\0'));
 }
 
+// The text as a report shows it: of more than `length` characters, the first ones and "...".
+std::string shortenstring(std::string_view text, std::size_t length);
+
 // Whether two texts are equal without regard to the case of ASCII letters.
 bool same_word(std::string_view a, std::string_view b);
 

@@ -1,0 +1,86 @@
+#include "tool/cf_mod.h"
+
+#include "conf/conf_tool.h"
+#include "conf/rights.h"
+#include "conf/validate.h"
+#include "util/handle.h"
+#include "util/log.h"
+#include "util/util.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
+#include <string>
+#include <unistd.h>
+
+namespace ov {
+
+namespace {
+
+constexpr mode_t RightsFileMode = 0644;
+
+bool is_acceptable(RightChange change, const std::string& value) {
+    int ignored = 0;
+    switch (change) {
+    case RightChange::Fixed:
+        return false;
+    case RightChange::Boolean:
+        return truefalse(value, &ignored) == 0;
+    case RightChange::Digits:
+        return is_alldigit(value) != 0;
+    case RightChange::Anything:
+        return true;
+    }
+    return false;
+}
+
+// Makes an empty rights file where there is none. Returns whether there is one now.
+bool ensure_file(const std::string& path) {
+    if (::access(path.c_str(), F_OK) == 0) {
+        return true;
+    }
+    if (errno != ENOENT) {
+        syserr("access error \"%s\" (%d)", path.c_str(), errno);
+        return false;
+    }
+    Fd file(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, RightsFileMode));
+    if (!file) {
+        syserr("open error \"%s\" (%d)", path.c_str(), errno);
+        return false;
+    }
+    if (::close(file.release()) != 0) {
+        syserr("close error \"%s\" (%d)", path.c_str(), errno);
+        return false;
+    }
+    return true;
+}
+
+} // namespace
+
+int cf_mod(int rank, const char* user, int count, char** assignments) {
+    std::string path;
+    std::string section;
+    if (access_cffile(rank, user, path, &section) != 0 || !ensure_file(path)) {
+        return -1;
+    }
+    int result = 0;
+    for (int i = 0; i < count; ++i) {
+        const std::string assignment = std::string(assignments[i]).substr(0, MaxText);
+        const std::size_t equal = assignment.find('=');
+        if (equal == assignment.npos) {
+            syserr("invalid format \"%s\"", assignments[i]);
+            return -1;
+        }
+        const std::string key = assignment.substr(0, equal);
+        const std::string value = assignment.substr(equal + 1);
+        const RightRow* right = find_right(key);
+        if (!right || !is_acceptable(right->change, value) ||
+            conf_modify(path.c_str(), section.c_str(), key.c_str(), value.c_str()) != 0) {
+            std::fprintf(stderr, "%s\n", key.c_str());
+            result = -1;
+        }
+    }
+    return result;
+}
+
+} // namespace ov

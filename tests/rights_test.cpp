@@ -1,0 +1,351 @@
+// The role commands: listing, queries, changes, and the rights files behind them.
+#include "conf/conf.h"
+#include "conf/rights.h"
+#include "installation.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+namespace ov {
+namespace {
+
+using test::Result;
+using Words = std::vector<std::string>;
+
+const char* const Commands[] = {"ov_admconf",   "ov_mgrconf",   "ov_sysadmconf",
+                                "srch_admconf", "srch_mgrconf", "srch_sysadmconf"};
+const char* const Folders[] = {"admin",      "manager",      "sysadm",
+                               "srch_admin", "srch_manager", "srch_sysadm"};
+
+// The listing of a role without a rights file.
+std::string default_listing(std::size_t rank, const std::string& user = "not specified") {
+    const bool manager = rank % 3 == 1;
+    const bool administrator = rank % 3 == 0;
+    const bool search = rank >= 3;
+    const auto flag = [](const char* key, bool granted) {
+        return std::string(key) + ": " + (granted ? "1" : "0") + "\n";
+    };
+    const bool web = administrator || manager;
+    std::string text = "#user: [" + user + "](" + std::to_string(rank) + ")\n#conf: [0]\n--\n";
+    text += flag("HoldList", administrator) + flag("HoldMessage", manager);
+    for (const char* key : {"HoldAttach", "HoldReason", "HoldForward", "HoldApprove", "HoldCancel",
+                            "HoldFreeze", "HoldConfirm"}) {
+        text += flag(key, web);
+    }
+    text += flag("ArchiveList", administrator || (manager && search)) +
+            flag("ArchiveMessage", web && search) + flag("ArchiveAttach", web) +
+            flag("ArchiveBackup", !manager) + flag("ArchiveRetrieve", !manager) +
+            flag("ViewStatistics", web) + flag("ViewScreeningLog", web) +
+            flag("ViewManagerLog", administrator) + flag("ViewViewerLog", administrator) +
+            flag("CheckPcode", true) + flag("CSVDownload", web);
+    text += "StatOptionMask: 0x0000ffff\nRealName: \n";
+    const std::string level = administrator ? "1\t1" : "0\t0";
+    text += "PolicyACLRule: " + level + "\nPolicyAttachment: " + level +
+            (administrator ? "\t1" : "\t0") + "\nPolicyKeyword: " + level +
+            (administrator ? "\t1" : "\t0") + "\nConfNotice: " + level + "\nConfGroup: " + level +
+            "\nConfSystem: " + (manager ? "0\t0" : "1\t1") + "\n" + flag("SystemBoot", !manager);
+    return text + "LogLowerBound: ***unspecified***\nLogUpperBound: *** unspecified ***\n"
+                  "LogLimit: 0\nExcludeGroup: \nGroup: \nGroup_complement: 0\nFromFilter: 1\n"
+                  "FromFilterSelect_Log: header\nFromFilterSelect_Queue: header\nRcptFilter: 0\n"
+                  "RcptFilterSelect_Log: both\nRcptFilterSelect_Queue: envelope\nLogGrouping: 1\n"
+                  "QueueGrouping: 1\nStatGrouping: 0\nLoggingManager: 1\nLoggingViewer: 1\n"
+                  "SelectGroupList: 0\nSelectGroup: \nFromFilterSelect_Search: header\n"
+                  "RcptFilterSelect_Search: header\n";
+}
+
+class RightsTest : public testing::Test {
+  protected:
+    RightsTest() {
+        for (const char* folder : Folders) {
+            std::filesystem::create_directory(gateway.path(folder));
+        }
+    }
+
+    Result role(std::size_t rank, Words words, const test::Setting& setting = {}) const {
+        words.insert(words.begin(), {Commands[rank], "-f", gateway.file});
+        return test::run(words, setting);
+    }
+    std::string rights_file(std::size_t rank, std::string_view text) const {
+        const std::string path = gateway.path(Folders[rank]) + "//taro.conf"; // as it is reported
+        test::write_file(path, text);
+        return path;
+    }
+    std::string logged() const { return test::logged_errors(gateway.path("logs")); }
+
+    test::Installation gateway;
+};
+
+TEST_F(RightsTest, DefaultsOfEveryRole) {
+    for (std::size_t rank = 0; rank < 6; ++rank) {
+        EXPECT_EQ(role(rank, {}), (Result{0, default_listing(rank), ""}));
+        EXPECT_EQ(role(rank, {"-u", "nobody.x", "-g"}),
+                  (Result{0, default_listing(rank, "nobody.x"), ""}));
+    }
+}
+
+TEST_F(RightsTest, AFileOverridesTheDefaults) {
+    const std::string text =
+        "RealName = Taro Yamada\nHoldList = Off # why\nStatOptionMask = 0x0F\nPolicyACLRule = 02\n"
+        "PolicyAttachment = 1\nPolicyKeywordSet = no\nLogLowerBound = 2008/02/31\n"
+        "LogUpperBound =\nLogLimit = 9999\nRejectGroup = a:b\nGroup = g:\nSelectGroup =\n"
+        "FromFilterSelect_Log = Envelope\nRcptFilterSelect_Search = none\nSetMTYPE = x\n";
+    for (std::size_t rank = 0; rank < 6; ++rank) {
+        const bool manager = rank % 3 == 1;
+        rights_file(rank, std::string(manager ? "[Manager]\n" : "[Admin]\n") + text);
+        std::string expected = default_listing(rank, "taro");
+        const std::pair<std::string, std::string> changes[] = {
+            {"#conf: [0]", "#conf: [1]"},
+            {"RealName: ", "RealName: Taro Yamada"},
+            {rank % 3 == 0 ? "HoldList: 1" : "HoldList: 0", "HoldList: 0"},
+            {"0x0000ffff", "0x0000000f"},
+            {rank % 3 == 0 ? "ACLRule: 1\t1" : "ACLRule: 0\t0", "ACLRule: 0\t1"},
+            {rank % 3 == 0 ? "Attachment: 1\t1" : "Attachment: 0\t0", "Attachment: 1\t0"},
+            {rank % 3 == 0 ? "Keyword: 1\t1\t1" : "Keyword: 0\t0\t0",
+             rank % 3 == 0 ? "Keyword: 1\t1\t0" : "Keyword: 0\t0\t0"},
+            {"Lower"
+             "Bound: ***unspecified***",
+             "LowerBound: 2008/02/31"},
+            {"LogLimit: 0", "LogLimit: 9999"},
+            {"ExcludeGroup: ", "ExcludeGroup: a:b"},
+            {"\nGroup: ", "\nGroup: g"},
+            {"FromFilterSelect_Log: header", "FromFilterSelect_Log: envelope"},
+            {"RcptFilterSelect_Search: header", "RcptFilterSelect_Search: none"},
+        };
+        for (const auto& [from, to] : changes) {
+            ASSERT_NE(expected.find(from), std::string::npos) << from;
+            expected.replace(expected.find(from), from.size(), to);
+        }
+        EXPECT_EQ(role(rank, {"-u", "taro"}), (Result{0, expected, ""})) << rank;
+        // The other section is not looked at.
+        rights_file(rank, std::string(manager ? "[Admin]\n" : "[Manager]\n") + text);
+        EXPECT_NE(role(rank, {"-u", "taro"}).out.find("RealName: \n"), std::string::npos) << rank;
+    }
+    rights_file(0, "[Admin]\nExcludeGroup =\nRejectGroup = a\n");
+    EXPECT_NE(role(0, {"-u", "taro"}).out.find("ExcludeGroup: \n"), std::string::npos);
+}
+
+TEST_F(RightsTest, TheMainFileHasRightsOfTheFirstTwoRoles) {
+    gateway.configure("[Admin]\nRealName = A\n[Manager]\nRealName = M\n");
+    EXPECT_EQ(role(0, {"RealName"}).out, "RealName: A\n");
+    EXPECT_EQ(role(1, {"RealName"}).out, "RealName: M\n");
+    EXPECT_EQ(role(2, {"RealName"}).out, "RealName: \n");
+    gateway.configure("[Manager]\nLogLimit = 10000\n");
+    EXPECT_EQ(role(3, {}),
+              (Result{1, "", gateway.file + ":7: invalid value, [Manager] LogLimit: 10000\n"}));
+}
+
+TEST_F(RightsTest, ValuesOfEveryRule) {
+    struct Case {
+        const char* key;
+        Words taken;
+        Words refused;
+    };
+    const Case cases[] = {
+        {"HoldList", {"On", "0"}, {"enabled", ""}},
+        {"StatOptionMask",
+         {"0x3", "017", "abc", "", "-1", "4294967295"},
+         {"4294967296", "-2147483649", "99999999999999999999"}},
+        {"RealName", {"", "any thing"}, {}},
+        {"Group", {"", "a:b", ":"}, {}},
+        {"LogLowerBound",
+         {"", "2008/02/31", "0000/12/01"},
+         {"2008/13/01", "2008/00/01", "2008/01/32", "2008/01/00", "2008/1/01", "2008-01-01",
+          "2008/01/011", "x008/01/01"}},
+        {"RcptFilterSelect_Queue", {"BOTH", "none"}, {"all", ""}},
+        {"LogLimit", {"", "0", "9999", "00001"}, {"10000", "-1", "x"}},
+    };
+    for (const Case& c : cases) {
+        for (const std::string& value : c.taken) {
+            rights_file(0, std::string("[Admin]\n") + c.key + " = " + value + "\n");
+            EXPECT_EQ(role(0, {"-u", "taro"}).status, 0) << c.key << " = " << value;
+        }
+        for (const std::string& value : c.refused) {
+            const std::string path =
+                rights_file(0, std::string("[Admin]\n") + c.key + " = " + value + "\n");
+            EXPECT_EQ(role(0, {"-u", "taro"}),
+                      (Result{1, "",
+                              path + ":2: invalid value, [Admin] " + c.key + ": " + value + "\n"}));
+        }
+    }
+    // The options are read only for those without the right.
+    rights_file(0, "[Admin]\nFreeze_Option = 99999999999\nConfirm_Option = 99999999999\n");
+    EXPECT_EQ(role(0, {"-u", "taro"}).status, 0);
+    rights_file(0, "[Admin]\nHoldConfirm = no\nConfirm_Option = 99999999999\n");
+    EXPECT_EQ(role(0, {"-u", "taro"}).status, 1);
+}
+
+TEST_F(RightsTest, Queries) {
+    rights_file(0, "[Admin]\nHoldReason = no\nHoldFreeze = no\nFreeze_Option = 0x100\n"
+                   "ArchiveMessage = yes\nViewManagerLog = no\nRealName = T\nGroup = a:b\n"
+                   "PolicyAttachment = 1\nPolicyKeyword = 2\nSetKEYWD = s\nSetMTYPE =\n"
+                   "FromFilterSelect_Log = both\n");
+    const std::pair<const char*, std::string> cases[] = {
+        {"Hold", "1\n0\n0\n1\n1\n1\n1\n0\n"},
+        {"hold+", "1\n0\n0\n1\n1\n1\n1\n1\n0\n"},
+        {"HoldList+", "1\n0\n"},
+        {"Archive", "1\n1\n1\n1\n1\n1\n"},
+        {"ViewStatistics+", "1\n1\n"},
+        {"ViewScreeningLog+", "1\n1\n1\n"},
+        {"ViewManagerLog+", "0\n1\n1\n"},
+        {"ViewViewerLog+", "1\n1\n1\n"},
+        {"HoldReason", "0\n"},
+        {"CheckPcode", "1\n"},
+        {"SystemBoot", "1\n"},
+        {"RcptFilter", "0\n"},
+        {"StatOptionMask", "StatOptionMask: 0x0000ffff\n"},
+        {"realname", "RealName: T\n"},
+        {"PolicyACLRule", "1\t1\n"},
+        {"ConfSystem", "1\t1\n"},
+        {"PolicyAttachment", "1\t0\t1\n"},
+        {"PolicyKeyword", "0\t1\t0\n"}, // a configured set is not to be chosen
+        {"Group", "a\nb\n"},
+        {"ExcludeGroup", ""},
+        {"SelectGroup", ""},
+        {"FromFilterSelect_Log", "both\n"},
+        {"RcptFilterSelect_Log", "both\n"},
+    };
+    for (const auto& [key, answer] : cases) {
+        EXPECT_EQ(role(0, {"-u", "taro", key, "more"}), (Result{0, answer, ""})) << key;
+    }
+    for (const char* key : {"HoldFreeze", "HoldConfirm", "LogGrouping", "FromFilterSelect_Queue",
+                            "SetMTYPE", "None", ""}) {
+        EXPECT_EQ(role(0, {"-u", "taro", key}), (Result{1, "0\n", ""})) << key;
+    }
+    // Those who may freeze follow the system's option, of which only the lowest byte counts.
+    for (const auto& [option, answer] : {std::pair{"256", "1\n0\n"}, {"3", "1\n1\n"}}) {
+        gateway.configure(std::string("[Queue]\nFreeze_Option = ") + option + "\n");
+        EXPECT_EQ(role(0, {"HoldList+"}).out, answer);
+    }
+    rights_file(0, "[Admin]\nHoldFreeze = no\nFreeze_Option = 1\n");
+    EXPECT_EQ(role(0, {"-u", "taro", "HoldList+"}).out, "1\n1\n");
+}
+
+TEST_F(RightsTest, GroupsToSelectFrom) {
+    for (const char* name : {"sales.addr", ".hidden.addr", "x.addr", "notes.txt", ".addr"}) {
+        gateway.dir.file(std::string("etc/group/") + name, "");
+    }
+    rights_file(0, "[Admin]\nSelectGroupList = yes\n");
+    const std::string all = role(0, {"-u", "taro", "SelectGroup"}).out;
+    EXPECT_TRUE(all == "sales\nx\n" || all == "x\nsales\n") << all;
+    rights_file(0, "[Admin]\nSelectGroupList = yes\nSelectGroup = a:b\n");
+    EXPECT_EQ(role(0, {"-u", "taro", "SelectGroup"}).out, "a\nb\n");
+    rights_file(0, "[Admin]\nSelectGroupList = yes\nSelectGroup =\n");
+    EXPECT_EQ(role(0, {"-u", "taro", "SelectGroup"}).out, "");
+    rights_file(0, "[Admin]\nSelectGroupList = yes\n");
+    std::filesystem::remove_all(gateway.path("etc/group"));
+    EXPECT_EQ(role(0, {"-u", "taro", "SelectGroup"}), (Result{0, "", ""}));
+    EXPECT_EQ(logged(),
+              "print_group_list: opendir failed: \"" + gateway.path("etc/group//") + "\" (2)\n");
+}
+
+TEST_F(RightsTest, Refusals) {
+    for (const char* name : {"-x", "x.", ".x", "x-", "a b", "", "a/b", "ta\xe9"}) {
+        EXPECT_EQ(role(0, {"-u", name}),
+                  (Result{1, "", std::string("500 invalid user name: \"") + name + "\"\n"}));
+    }
+    EXPECT_EQ(role(0, {"-u", "_a-b.C9"}).status, 0);
+    EXPECT_EQ(role(0, {"-x"}),
+              (Result{1, "", "ov_admconf: invalid option -- 'x'\n510 Unknown option: ?\n"}));
+    EXPECT_EQ(role(1, {"-v"}),
+              (Result{0, "ORVANTA\nVERSION: 7.1.02 (1214)\nCMD: configuration tool\n", ""}));
+    EXPECT_EQ(role(4, {"-v"}), (Result{0,
+                                       "ORVANTA/S\nVERSION: 7.1.02/S2.0.04 (1214/150)\n"
+                                       "CMD: configuration tool\n",
+                                       ""}));
+    EXPECT_EQ(test::run({"ov_admconf", "-f", "/no/such"}),
+              (Result{1, "", "cannot open configfile \"/no/such\" (2)\n"}));
+}
+
+TEST_F(RightsTest, AFileThatCannotBeReadLeavesTheDefaults) {
+    const std::string path = rights_file(2, "[Admin]\nRealName = T\n");
+    ::chmod(path.c_str(), 0);
+    const Result result = role(2, {"-u", "taro"}, {.unprivileged = true});
+    EXPECT_EQ(result, (Result{0, default_listing(2, "taro"), ""}));
+}
+
+TEST_F(RightsTest, Changes) {
+    ::umask(022);
+    const auto change = [&](Words assignments) {
+        assignments.insert(assignments.begin(), {"-u", "taro", "-m"});
+        return role(1, assignments);
+    };
+    const std::string path = gateway.path("manager/taro.conf");
+    EXPECT_EQ(change({}), (Result{0, "", ""})); // makes the file all the same
+    EXPECT_EQ(test::read_file(path), "");
+    struct stat info {};
+    ::stat(path.c_str(), &info);
+    EXPECT_EQ(info.st_mode & 07777U, 0644U);
+
+    EXPECT_EQ(change({"HoldList=yes", "PolicyACLRule=9", "realname=Taro = Yamada", "Group="}),
+              (Result{0, "", ""}));
+    const std::string text =
+        "[Manager]\nGroup = \nrealname = Taro = Yamada\nPolicyACLRule = 9\nHoldList = yes\n";
+    EXPECT_EQ(test::read_file(path), text);
+    // What is refused is named; the rest is done.
+    EXPECT_EQ(change({"CheckPcode=1", "HoldList=maybe", "PolicyACLRule=-1", "=x", "None=1",
+                      "Freeze_Option=1", "HoldList=0"}),
+              (Result{1, "", "CheckPcode\nHoldList\nPolicyACLRule\n\nNone\nFreeze_Option\n"}));
+    EXPECT_EQ(test::read_file(path), text.substr(0, text.size() - 4) + "0\n");
+    EXPECT_EQ(change({"HoldList=1", "HoldList", "HoldList=0"}), (Result{1, "", ""}));
+    EXPECT_EQ(logged(), "invalid format \"HoldList\"\n");
+    EXPECT_EQ(test::read_file(path), text.substr(0, text.size() - 4) + "1\n");
+    // Of a long assignment 8191 characters count.
+    EXPECT_EQ(change({"RealName=" + std::string(9000, 'n')}).status, 0);
+    EXPECT_NE(test::read_file(path).find("= " + std::string(8182, 'n') + "\n"), std::string::npos);
+
+    EXPECT_EQ(role(1, {"-m", "HoldList=0"}).status, 1); // a query without a user
+    std::filesystem::remove_all(gateway.path("manager"));
+    EXPECT_EQ(change({"HoldList=1"}), (Result{1, "", ""}));
+    EXPECT_NE(logged().find("open error \"" + gateway.path("manager//taro.conf") + "\" (2)\n"),
+              std::string::npos);
+}
+
+// Every key that can be changed, and every other one.
+TEST_F(RightsTest, ChangeableKeys) {
+    const Words booleans = {
+        "HoldList",        "HoldMessage",         "HoldReason",       "HoldApprove",
+        "HoldCancel",      "HoldForward",         "ArchiveList",      "ArchiveMessage",
+        "ArchiveBackup",   "ArchiveRetrieve",     "ViewStatistics",   "ViewScreeningLog",
+        "ViewManagerLog",  "ViewViewerLog",       "FromFilter",       "RcptFilter",
+        "SelectGroupList", "PolicyAttachmentSet", "PolicyKeywordSet", "SystemBoot"};
+    const Words levels = {"PolicyACLRule", "PolicyAttachment", "PolicyKeyword",
+                          "ConfNotice",    "ConfGroup",        "ConfSystem"};
+    const Words free = {"ExcludeGroup", "Group", "SelectGroup", "RealName"};
+    for (const RightRow& right : rights()) {
+        const auto is_in = [&right](const Words& keys) {
+            return std::find(keys.begin(), keys.end(), right.key) != keys.end();
+        };
+        const auto accepts = [&](const std::string& value) {
+            return role(0, {"-u", "taro", "-m", right.key + ("=" + value)}).status == 0;
+        };
+        EXPECT_EQ(accepts("1"), is_in(booleans) || is_in(levels) || is_in(free)) << right.key;
+        EXPECT_EQ(accepts("7"), is_in(levels) || is_in(free)) << right.key;
+        EXPECT_EQ(accepts("on"), is_in(booleans) || is_in(free)) << right.key;
+        EXPECT_EQ(accepts("2008/01/01"), is_in(free)) << right.key;
+    }
+}
+
+TEST_F(RightsTest, PathsOfRightsFiles) {
+    read_config(gateway.file.c_str(), 0x50);
+    for (int rank = 0; rank < 6; ++rank) {
+        std::string path;
+        std::string section;
+        EXPECT_EQ(access_cffile(rank, "u", path, &section), 0);
+        EXPECT_EQ(path, gateway.path(Folders[rank]) + "//u.conf");
+        EXPECT_EQ(section, rank % 3 == 1 ? "Manager" : "Admin");
+    }
+    std::string path;
+    EXPECT_EQ(access_cffile(0, nullptr, path, nullptr), -1);
+    EXPECT_EQ(access_cffile(6, "u", path, nullptr), -1);
+    EXPECT_EQ(access_cffile(-1, "u", path, nullptr), -1);
+
+    int month = 7;
+    EXPECT_EQ(date_str("2008/13/40", nullptr, nullptr, nullptr), 0);
+    EXPECT_EQ(date_str("2008/13/40", nullptr, &month, nullptr), -1);
+    EXPECT_EQ(date_str("2008/12/40", nullptr, &month, nullptr), 0);
+    EXPECT_EQ(month, 12);
+    EXPECT_EQ(date_str(nullptr, nullptr, nullptr, nullptr), -1);
+}
+
+} // namespace
+} // namespace ov
