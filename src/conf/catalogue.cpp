@@ -44,8 +44,8 @@ constexpr Gate gate(int any) {
 
 constexpr Row rows[] = {
 #define SETTING(section, key, variable, type, initial, when, rule, ...)                            \
-    {(section), (key), &(variable), gate(when), (rule)},
-#define STEP(when, step) {nullptr, #step, {}, gate(when), {.load = (step)}},
+    {section, key, &variable, gate(when), rule},
+#define STEP(when, step) {nullptr, #step, {}, gate(when), {.load = step}},
 #include "conf/catalogue.def"
 #undef STEP
 #undef SETTING
