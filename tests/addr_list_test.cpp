@@ -55,7 +55,7 @@ TEST(AddrList, Lines) {
         {"a,<>x,b", {"a"}},
         {"a)b,c", {"a)b", "c"}},
         {"a\0b,c"s, {"a"}},
-        // a specification has at most 1022 characters; the next begins behind the one too many
+        // an address has at most 1022 characters; the next begins behind the one too many
         {std::string(1022, 'x') + ",b", {std::string(1022, 'x'), "b"}},
         {std::string(1023, 'x') + "yz,b", {std::string(1022, 'x'), "yz", "b"}},
         {std::string(1022, 'x') + "\\yz", {std::string(1022, 'x'), "yz"}},

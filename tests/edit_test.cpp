@@ -25,6 +25,7 @@ TEST(Edit, EveryOtherByteStays) {
         std::string after;
     };
     const std::string long_line(8191, 'x');
+    // clang-format off
     const Case cases[] = {
         // replaced
         {"# head\n[Log]\nloglevel=3 # old\n\nx = 1", "5", "# head\n[Log]\nLogLevel = 5\n\nx = 1"},
@@ -33,11 +34,9 @@ TEST(Edit, EveryOtherByteStays) {
         {"[Log]\nLogLevel = 1\n", "5\n[New]", "[Log]\nLogLevel = 5\n[New]\n"},
         {"[Log] LogLevel = 1\ny = 2\n", "", "LogLevel = \ny = 2\n"},
         {"[Log]\r\nLogLevel = 1\r\nb\0c\r\n\xff"s, "5", "[Log]\r\nLogLevel = 5\nb\0c\r\n\xff"s},
-        {"[Log]\nLogLevel = 1\n", std::string(9000, 'v'),
-         "[Log]\nLogLevel = " + std::string(8191, 'v') + "\n"},
+        {"[Log]\nLogLevel = 1\n", std::string(9000, 'v'), "[Log]\nLogLevel = " + std::string(8191, 'v') + "\n"},
         // inserted behind the first header of the section
-        {"[a]\n[Log] # x\ny = 2\n[LOG]\nz = 3\n", "5",
-         "[a]\n[Log] # x\nLogLevel = 5\ny = 2\n[LOG]\nz = 3\n"},
+        {"[a]\n[Log] # x\ny = 2\n[LOG]\nz = 3\n", "5", "[a]\n[Log] # x\nLogLevel = 5\ny = 2\n[LOG]\nz = 3\n"},
         {"[a]\n[Log]", "5", "[a]\n[Log]LogLevel = 5\n"},
         // appended with a new section
         {"", "5", "[Log]\nLogLevel = 5\n"},
@@ -51,11 +50,10 @@ TEST(Edit, EveryOtherByteStays) {
         {"\n[Log]\n# c\nLogLevel = 1\n", "5", "\n[Log]\nLogLevel = 5\nLogLevel = 1\n"},
         {"\n[Log]\n", "5", "\nLogLevel = 5\n[Log]\n"},
         // a line longer than 8191 bytes counts as several: a piece of it goes
-        {"[Log]\n" + long_line + "\nLogLevel = 1\n", "5",
-         "[Log]\n" + long_line + "LogLevel = 5\nLogLevel = 1\n"},
-        {"[Log]\n" + long_line.substr(1) + "\nLogLevel = 1\n", Deleted,
-         "[Log]\n" + long_line.substr(1) + "\n"},
+        {"[Log]\n" + long_line + "\nLogLevel = 1\n", "5", "[Log]\n" + long_line + "LogLevel = 5\nLogLevel = 1\n"},
+        {"[Log]\n" + long_line.substr(1) + "\nLogLevel = 1\n", Deleted, "[Log]\n" + long_line.substr(1) + "\n"},
     };
+    // clang-format on
     for (const Case& c : cases) {
         const TempDir dir;
         const std::string path = dir.file("conf", c.before);
@@ -173,58 +171,20 @@ TEST(Edit, FailingSystemCalls) {
         Outcome deleted;
         Left left;
     };
+    // clang-format off
     const Case cases[] = {
         {"open", 2, 13, {"cannot open: CONF (13)", ""}, {"cannot open: CONF", ""}, Untouched},
         {"fcntl", 1, 13, {"cannot lock: CONF", ""}, {"cannot lock: CONF", ""}, Untouched},
-        {"read",
-         3,
-         5,
-         {"read error: CONF", "read error: CONF (5)"},
-         {"read error: CONF", "read error: CONF (5)"},
-         Untouched},
-        {"mkstemp",
-         1,
-         13,
-         {"cannot create tmp file: TEMP", ""},
-         {"cannot create tmp file: TEMP", "cannot create tmp file: TEMP (13)"},
-         Untouched},
-        {"fdopen",
-         1,
-         12,
-         {"cannot open tmp file: TEMP", ""},
-         {"cannot open tmp file: TEMP", "cannot open tmp file: TEMP (12)\n"},
-         WithTemporary},
-        {"open",
-         3,
-         13,
-         {"cannot open: CONF", "cannot open: CONF (13)"},
-         {"cannot open: CONF", "cannot open: CONF (13)"},
-         WithTemporary},
-        {"fcntl",
-         2,
-         11,
-         {"cannot lock: CONF", "cannot lock: CONF (11)"},
-         {"cannot lock: CONF", "cannot lock: CONF (11)"},
-         Emptied},
-        {"open",
-         4,
-         24,
-         {"cannot open: TEMP", "cannot open: TEMP (24)"},
-         {"cannot open: TEMP", "cannot open: TEMP (24)"},
-         Emptied},
-        {"write",
-         1,
-         28,
-         {"write error: TEMP", "write error: TEMP (28)"},
-         {"write error: TEMP", "write error: TEMP (28)"},
-         Emptied},
-        {"read",
-         5,
-         5,
-         {"read error: CONF", "read error CONF (5)"},
-         {"read error: TEMP", "read error: TEMP (5)"},
-         Emptied},
+        {"read", 3, 5, {"read error: CONF", "read error: CONF (5)"}, {"read error: CONF", "read error: CONF (5)"}, Untouched},
+        {"mkstemp", 1, 13, {"cannot create tmp file: TEMP", ""}, {"cannot create tmp file: TEMP", "cannot create tmp file: TEMP (13)"}, Untouched},
+        {"fdopen", 1, 12, {"cannot open tmp file: TEMP", ""}, {"cannot open tmp file: TEMP", "cannot open tmp file: TEMP (12)\n"}, WithTemporary},
+        {"open", 3, 13, {"cannot open: CONF", "cannot open: CONF (13)"}, {"cannot open: CONF", "cannot open: CONF (13)"}, WithTemporary},
+        {"fcntl", 2, 11, {"cannot lock: CONF", "cannot lock: CONF (11)"}, {"cannot lock: CONF", "cannot lock: CONF (11)"}, Emptied},
+        {"open", 4, 24, {"cannot open: TEMP", "cannot open: TEMP (24)"}, {"cannot open: TEMP", "cannot open: TEMP (24)"}, Emptied},
+        {"write", 1, 28, {"write error: TEMP", "write error: TEMP (28)"}, {"write error: TEMP", "write error: TEMP (28)"}, Emptied},
+        {"read", 5, 5, {"read error: CONF", "read error CONF (5)"}, {"read error: TEMP", "read error: TEMP (5)"}, Emptied},
     };
+    // clang-format on
     for (const Case& c : cases) {
         for (const bool removing : {false, true}) {
             const TempDir dir;

@@ -46,17 +46,16 @@ TEST(Host, NameAndInternalDomain) {
         const char* name;
         const char* domain; // null: there is none
     };
+    // clang-format off
     const Case cases[] = {
         {{"mx1", "mx1.example.com", nullptr}, 0, "mx1.example.com", "example.com"},
         {{"mx1", "mx1", "mx1.example.net"}, 0, "mx1.example.net", "example.net"},
         {{"mx1", "mx1", nullptr}, 0, "mx1", nullptr},
         {{"mx1.example.org", "mx1", "mx1.example.net"}, 0, "mx1.example.org", "example.org"},
-        {{nullptr, "localhost.localdomain", nullptr},
-         0,
-         "localhost.localdomain",
-         "localhost.localdomain"},
+        {{nullptr, "localhost.localdomain", nullptr}, 0, "localhost.localdomain", "localhost.localdomain"},
         {{"mx1.example.org", nullptr, nullptr}, -1, "unknown", nullptr},
     };
+    // clang-format on
     for (const Case& c : cases) {
         test::host = c.host;
         std::string name;

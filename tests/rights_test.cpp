@@ -93,6 +93,7 @@ TEST_F(RightsTest, AFileOverridesTheDefaults) {
         const bool manager = rank % 3 == 1;
         rights_file(rank, std::string(manager ? "[Manager]\n" : "[Admin]\n") + text);
         std::string expected = default_listing(rank, "taro");
+        // clang-format off
         const std::pair<std::string, std::string> changes[] = {
             {"#conf: [0]", "#conf: [1]"},
             {"RealName: ", "RealName: Taro Yamada"},
@@ -100,17 +101,15 @@ TEST_F(RightsTest, AFileOverridesTheDefaults) {
             {"0x0000ffff", "0x0000000f"},
             {rank % 3 == 0 ? "ACLRule: 1\t1" : "ACLRule: 0\t0", "ACLRule: 0\t1"},
             {rank % 3 == 0 ? "Attachment: 1\t1" : "Attachment: 0\t0", "Attachment: 1\t0"},
-            {rank % 3 == 0 ? "Keyword: 1\t1\t1" : "Keyword: 0\t0\t0",
-             rank % 3 == 0 ? "Keyword: 1\t1\t0" : "Keyword: 0\t0\t0"},
-            {"Lower"
-             "Bound: ***unspecified***",
-             "LowerBound: 2008/02/31"},
+            {rank % 3 == 0 ? "Keyword: 1\t1\t1" : "Keyword: 0\t0\t0", rank % 3 == 0 ? "Keyword: 1\t1\t0" : "Keyword: 0\t0\t0"},
+            {"Lower" "Bound: ***unspecified***", "LowerBound: 2008/02/31"},
             {"LogLimit: 0", "LogLimit: 9999"},
             {"ExcludeGroup: ", "ExcludeGroup: a:b"},
             {"\nGroup: ", "\nGroup: g"},
             {"FromFilterSelect_Log: header", "FromFilterSelect_Log: envelope"},
             {"RcptFilterSelect_Search: header", "RcptFilterSelect_Search: none"},
         };
+        // clang-format on
         for (const auto& [from, to] : changes) {
             ASSERT_NE(expected.find(from), std::string::npos) << from;
             expected.replace(expected.find(from), from.size(), to);

@@ -162,6 +162,7 @@ TEST_F(Show, InternalDomains) {
 TEST_F(Show, SubmissionProgram) {
     const std::string sh = "/bin/sh";
     const std::string sendmail = "SendmailProgram = /bin/sh\nSendmailQueueDirectory = /tmp\n";
+    // clang-format off
     const std::pair<std::string, int> cases[] = {
         {sendmail + "SendmailQueueListProgram = /bin/sh -Ac\n", 1},
         {sendmail + "SendmailQueueListProgram = sh\n", 0},
@@ -173,13 +174,10 @@ TEST_F(Show, SubmissionProgram) {
         {"SendmailProgram = /bin/sh\nSendmailQueueDirectory = .\n", 0},
         {"MailSubmissionProgram = exim\n" + sendmail, 0},
         {"MailSubmissionProgram = POSTFIX\nPostfixProgram = /no/such\n" + sendmail, 0},
-        {"MailSubmissionProgram = qmail\nQmailProgram = /bin/sh\nQmailQueueDirectory = /tmp\n"
-         "QmailQueueListProgram = /bin/sh\n",
-         1},
-        {"MailSubmissionProgram = postfix\nPostfixProgram = /bin/sh\n"
-         "PostfixQueueDirectory = /tmp\nPostfixQueueListProgram = /bin/sh\n",
-         1},
+        {"MailSubmissionProgram = qmail\nQmailProgram = /bin/sh\nQmailQueueDirectory = /tmp\n" "QmailQueueListProgram = /bin/sh\n", 1},
+        {"MailSubmissionProgram = postfix\nPostfixProgram = /bin/sh\n" "PostfixQueueDirectory = /tmp\nPostfixQueueListProgram = /bin/sh\n", 1},
     };
+    // clang-format on
     for (const auto& [text, usable] : cases) {
         gateway.configure("[SMTP]\n" + text);
         EXPECT_EQ(test::run({"ov_conf", "-p", "-f", gateway.file}), (Result{1 - usable, "", ""}))

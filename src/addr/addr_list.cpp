@@ -14,7 +14,7 @@ AddressList addrs_freelist;
 
 namespace {
 
-constexpr std::size_t WorkSize = 1024; // one specification, its terminators included
+constexpr std::size_t WorkSize = 1024; // one address, its terminators included
 constexpr int MostSpecifications = 9999;
 constexpr std::size_t MostExamined = 1023;
 
@@ -23,7 +23,7 @@ class Extraction {
   public:
     explicit Extraction(std::string_view in) : in_(in) {}
 
-    // Reads to the end of the specification. Returns whether it is well formed.
+    // Reads to the end of the address. Returns whether it is well formed.
     bool run() {
         while (state_ != State::Finished && used_ < WorkSize - 1) {
             step(take());
@@ -33,7 +33,7 @@ class Extraction {
 
     // The address: what has been stored, up to the first terminator.
     std::string_view text() const {
-        // The last character is the one that ended the specification, or that was one too many.
+        // The last character is the one that ended the address, or that was one too many.
         return c_text({work_.data(), used_ > 0 ? used_ - 1 : 0});
     }
     std::size_t position() const { return position_; }
@@ -98,7 +98,7 @@ class Extraction {
             ++angle_depth_;
             used_ = 0;
             break;
-        case '>': // hides what is written between it and the end of the specification
+        case '>': // hides what is written between it and the end of the address
             if (--angle_depth_ < 0) {
                 fail();
             } else {

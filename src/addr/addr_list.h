@@ -40,11 +40,11 @@ void free_ADDRS(AddressList list);
 
 // Takes the next address specification off `in`, with at most 1022 characters, and gives its bare
 // address in `out`, cut to `size` - 1 characters. Returns the rest of the text; nothing when it is
-// used up, or when the specification is empty or malformed (then `out` is empty).
+// used up, or when the address is empty or malformed (then `out` is empty).
 std::optional<std::string_view> ag_get_addrspec(std::optional<std::string_view> in,
                                                 std::string& out, std::size_t size);
 
-// All addresses of the line, at most 9999, in the order written. A malformed specification ends the
+// All addresses of the line, at most 9999, in the order written. A malformed one ends the
 // list. Null for a line without an address, and when memory is exhausted.
 AddressList addr_list(std::optional<std::string_view> line);
 
