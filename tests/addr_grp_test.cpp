@@ -101,8 +101,17 @@ TEST_F(AddrGrp, WarningsAndLimits) {
     EXPECT_EQ(printed({"a", "b", "none"}), " 'a' h=33 dep=1\n 'b' h=34 dep=1\n" + Option);
     EXPECT_EQ(logged(),
               "WARNING: GROUP \"b\" too many addresses: \"" + path + "/b.addr\" - skip (max. 3)\n");
-    GroupMaxAddresses = 0;
-    EXPECT_NE(printed({"b"}).find("'d'"), std::string::npos);
+    for (const int limit : {0, -1}) {
+        GroupMaxAddresses = limit;
+        EXPECT_NE(printed({"b"}).find("'d'"), std::string::npos);
+    }
+    GroupMaxAddresses = 1;
+    EXPECT_EQ(printed({"b"}), " 'b' h=34 dep=1\n" + Option);
+    std::filesystem::create_symlink("loop.addr", dir.path("loop.addr"));
+    printed({"loop"});
+    EXPECT_NE(logged().find("WARNING: GROUP \"loop\" cannot open: \"" + path +
+                            "/loop.addr\" (40) - ignored\n"),
+              std::string::npos);
 }
 
 // The tree as a walk from the root would build it.
@@ -171,14 +180,26 @@ TEST_F(AddrGrp, FilingOneByOne) {
     EXPECT_EQ(add_addrtree(tree, "m", false), 0);
     EXPECT_EQ(add_addrtree(tree, "M", false), 0);
     EXPECT_EQ(add_addrtree(tree, "a", false), 0);
-    EXPECT_EQ(tree.root->addr, "m");
-    EXPECT_EQ(tree.root->left->addr, "a");
+    EXPECT_EQ(tree.root->addr.view(), "m");
+    EXPECT_EQ(tree.root->left->addr.view(), "a");
     testing::internal::CaptureStdout();
     EXPECT_EQ(print_tree(tree.root->left.get(), 9, 4), 1);
     EXPECT_EQ(print_tree(nullptr, 9, 4), 0);
     EXPECT_EQ(testing::internal::GetCapturedStdout().substr(0, 14), " 'a' h=9 dep=5");
-    tree.order.clear();
-    free_tree(std::move(tree.root), false);
+    free_tree(tree);
+    EXPECT_EQ(add_addrtree(tree, "b", false), 0);
+    EXPECT_EQ(tree.root->addr.view(), "b");
+}
+
+TEST_F(AddrGrp, SharedTextsOutliveTheirGroups) {
+    dir.file("a.addr", "one@x\n*@x\n");
+    AddressGroup first = read_addrsgrp3({"a"}, true);
+    AddressGroup second = read_addrsgrp3({"a"}, true);
+    const std::string_view text = first->list.back()->addr.view();
+    EXPECT_EQ(second->list.back()->addr.view().data(), text.data());
+    free_addrsgrp(std::move(first));
+    free_addrsgrp(std::move(second));
+    EXPECT_EQ(text, "*@x");
 }
 
 } // namespace

@@ -2,7 +2,9 @@
 #include "conf/conf.h"
 #include "conf/rights.h"
 #include "installation.h"
+#include "util/log.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -102,7 +104,7 @@ TEST_F(RightsTest, AFileOverridesTheDefaults) {
             {rank % 3 == 0 ? "ACLRule: 1\t1" : "ACLRule: 0\t0", "ACLRule: 0\t1"},
             {rank % 3 == 0 ? "Attachment: 1\t1" : "Attachment: 0\t0", "Attachment: 1\t0"},
             {rank % 3 == 0 ? "Keyword: 1\t1\t1" : "Keyword: 0\t0\t0", rank % 3 == 0 ? "Keyword: 1\t1\t0" : "Keyword: 0\t0\t0"},
-            {"Lower" "Bound: ***unspecified***", "LowerBound: 2008/02/31"},
+            {"LowerBound: ***unspecified***", "LowerBound: 2008/02/31"},
             {"LogLimit: 0", "LogLimit: 9999"},
             {"ExcludeGroup: ", "ExcludeGroup: a:b"},
             {"\nGroup: ", "\nGroup: g"},
@@ -131,6 +133,30 @@ TEST_F(RightsTest, TheMainFileHasRightsOfTheFirstTwoRoles) {
     gateway.configure("[Manager]\nLogLimit = 10000\n");
     EXPECT_EQ(role(3, {}),
               (Result{1, "", gateway.file + ":7: invalid value, [Manager] LogLimit: 10000\n"}));
+}
+
+TEST_F(RightsTest, EmptyValuesClearWhatWasSet) {
+    gateway.configure("[Admin]\nLogLowerBound = 2001/01/01\nLogUpperBound = 2002/01/01\n"
+                      "SetMTYPE = a\nSetKEYWD = b\nLogLimit = 5\n");
+    EXPECT_EQ(role(0, {"PolicyAttachment"}).out, "1\t1\t0\n");
+    EXPECT_EQ(role(0, {"PolicyKeyword"}).out, "1\t1\t0\n");
+    rights_file(0,
+                "[Admin]\nLogLowerBound =\nLogUpperBound =\nSetMTYPE =\nSetKEYWD =\nLogLimit =\n");
+    const std::string listing = role(0, {"-u", "taro"}).out;
+    EXPECT_NE(listing.find("LogLowerBound: ***unspecified***\nLogUpperBound: *** unspecified ***\n"
+                           "LogLimit: 5\n"),
+              std::string::npos);
+    EXPECT_EQ(role(0, {"-u", "taro", "PolicyAttachment"}).out, "1\t1\t1\n");
+    EXPECT_EQ(role(0, {"-u", "taro", "PolicyKeyword"}).out, "1\t1\t1\n");
+}
+
+TEST_F(RightsTest, DefaultsThatAreNotShown) {
+    for (std::size_t rank = 0; rank < 6; ++rank) {
+        EXPECT_EQ(CF_ArcDirMap[rank], 1U);
+        EXPECT_EQ(CF_LogDirMap[rank], 1U);
+        EXPECT_EQ(CF_FreezeOption[rank], 0U);
+        EXPECT_EQ(CF_ConfirmOption[rank], 0U);
+    }
 }
 
 TEST_F(RightsTest, ValuesOfEveryRule) {
@@ -173,20 +199,81 @@ TEST_F(RightsTest, ValuesOfEveryRule) {
     EXPECT_EQ(role(0, {"-u", "taro"}).status, 1);
 }
 
+// The rights that a query for several asks for, in its order: each in turn is the only one granted.
+TEST_F(RightsTest, QueriesForSeveralRights) {
+    // clang-format off
+    const std::pair<const char*, Words> queries[] = {
+        {"Hold", {"HoldList", "HoldReason", "HoldMessage", "HoldApprove", "HoldCancel", "HoldForward", "HoldAttach", "HoldFreeze"}},
+        {"HOLD+", {"HoldList", "HoldReason", "HoldMessage", "HoldApprove", "HoldCancel", "HoldForward", "HoldAttach", "CheckPcode", "HoldFreeze"}},
+        {"Archive", {"ArchiveList", "ArchiveMessage", "ArchiveBackup", "ArchiveRetrieve", "ArchiveAttach", "CSVDownload"}},
+        {"ViewStatistics+", {"ViewStatistics", "CSVDownload"}},
+        {"ViewScreeningLog+", {"ViewScreeningLog", "ArchiveMessage", "CSVDownload"}},
+        {"ViewManagerLog+", {"ViewManagerLog", "ArchiveMessage", "CSVDownload"}},
+        {"viewviewerlog+", {"ViewViewerLog", "ArchiveMessage", "CSVDownload"}},
+    };
+    // clang-format on
+    for (const auto& [query, keys] : queries) {
+        for (const std::string& granted : keys) {
+            std::string text = "[Admin]\n";
+            std::string expected;
+            for (const std::string& key : keys) {
+                text += key + (key == granted ? " = yes\n" : " = no\n");
+                expected += key == granted ? "1\n" : "0\n";
+            }
+            rights_file(0, text);
+            EXPECT_EQ(role(0, {"-u", "taro", query}), (Result{0, expected, ""}))
+                << query << granted;
+        }
+    }
+}
+
+TEST_F(RightsTest, WhatCanBeAskedFor) {
+    const Words askable = {"RealName",         "HoldList",
+                           "HoldMessage",      "HoldAttach",
+                           "HoldReason",       "HoldForward",
+                           "HoldApprove",      "HoldCancel",
+                           "ArchiveList",      "ArchiveMessage",
+                           "ArchiveAttach",    "ArchiveBackup",
+                           "ArchiveRetrieve",  "ViewStatistics",
+                           "ViewScreeningLog", "ViewManagerLog",
+                           "ViewViewerLog",    "CheckPcode",
+                           "CSVDownload",      "StatOptionMask",
+                           "ExcludeGroup",     "Group",
+                           "FromFilter",       "FromFilterSelect_Log",
+                           "RcptFilter",       "RcptFilterSelect_Log",
+                           "SelectGroup",      "PolicyACLRule",
+                           "PolicyAttachment", "PolicyKeyword",
+                           "ConfGroup",        "ConfNotice",
+                           "ConfSystem",       "SystemBoot"};
+    for (const RightRow& right : rights()) {
+        const bool can = std::find(askable.begin(), askable.end(), right.key) != askable.end();
+        EXPECT_EQ(role(0, {right.key}).status, can ? 0 : 1) << right.key;
+    }
+}
+
+TEST_F(RightsTest, AddressesOfTheGroups) {
+    gateway.dir.file("etc/group/sales.addr", "a@b\n");
+    gateway.dir.file("etc/group/none.addr", "");
+    rights_file(0, "[Admin]\nGroup = sales\nExcludeGroup =\nSelectGroup = none\n");
+    const std::string listing = role(0, {"-u", "taro"}).out;
+    std::string all = role(0, {"-u", "taro", "-g"}).out;
+    ASSERT_EQ(all.substr(0, listing.size()), listing);
+    all.erase(0, listing.size());
+    const std::size_t identity = all.find("STR=0x") + 6;
+    EXPECT_EQ(all.replace(identity, 8, "?"),
+              "--\nGroup addresses:  'a@b' h=3 dep=1 STR=0x?\n"
+              "##Option: comp=0, idtab=0, hash size=64\n"
+              "--\nExcludeGroup addresses: --\nSelectGroup addresses: "
+              "##Option: comp=0, idtab=0, hash size=64\n");
+}
+
 TEST_F(RightsTest, Queries) {
     rights_file(0, "[Admin]\nHoldReason = no\nHoldFreeze = no\nFreeze_Option = 0x100\n"
                    "ArchiveMessage = yes\nViewManagerLog = no\nRealName = T\nGroup = a:b\n"
                    "PolicyAttachment = 1\nPolicyKeyword = 2\nSetKEYWD = s\nSetMTYPE =\n"
                    "FromFilterSelect_Log = both\n");
     const std::pair<const char*, std::string> cases[] = {
-        {"Hold", "1\n0\n0\n1\n1\n1\n1\n0\n"},
-        {"hold+", "1\n0\n0\n1\n1\n1\n1\n1\n0\n"},
-        {"HoldList+", "1\n0\n"},
-        {"Archive", "1\n1\n1\n1\n1\n1\n"},
-        {"ViewStatistics+", "1\n1\n"},
-        {"ViewScreeningLog+", "1\n1\n1\n"},
-        {"ViewManagerLog+", "0\n1\n1\n"},
-        {"ViewViewerLog+", "1\n1\n1\n"},
+        {"holdlist+", "1\n0\n"},
         {"HoldReason", "0\n"},
         {"CheckPcode", "1\n"},
         {"SystemBoot", "1\n"},
@@ -262,6 +349,27 @@ TEST_F(RightsTest, AFileThatCannotBeReadLeavesTheDefaults) {
     EXPECT_EQ(result, (Result{0, default_listing(2, "taro"), ""}));
 }
 
+TEST_F(RightsTest, AFileThatCannotBeOpenedIsLogged) {
+    gateway.configure("");
+    setconfig(gateway.file.c_str(), 0x50, NoRole, nullptr);
+    ProgName = "tool";
+    const std::string loop = gateway.path("loop");
+    std::filesystem::create_symlink("loop", loop);
+    read_config_user(gateway.path("missing").c_str(), "Admin", 0);
+    EXPECT_EQ(logged(), "");
+    read_config_user(loop.c_str(), "Admin", 0);
+    EXPECT_EQ(logged(), "cannot open configfile \"" + loop + "\" (40)\n");
+    std::string path;
+    EXPECT_EQ(access_cffile(6, "u", path, nullptr), -1);
+    EXPECT_NE(logged().find("\nCONF: invalid user: rank=6 user=u\n"), std::string::npos);
+    // The existence test of a change fails for another reason than a missing file.
+    std::filesystem::remove(gateway.path("manager"));
+    std::filesystem::create_symlink("manager", gateway.path("manager"));
+    EXPECT_EQ(role(1, {"-u", "taro", "-m", "HoldList=1"}), (Result{1, "", ""}));
+    EXPECT_NE(logged().find("access error \"" + gateway.path("manager//taro.conf") + "\" (40)\n"),
+              std::string::npos);
+}
+
 TEST_F(RightsTest, Changes) {
     ::umask(022);
     const auto change = [&](Words assignments) {
@@ -292,6 +400,12 @@ TEST_F(RightsTest, Changes) {
     EXPECT_EQ(change({"RealName=" + std::string(9000, 'n')}).status, 0);
     EXPECT_NE(test::read_file(path).find("= " + std::string(8182, 'n') + "\n"), std::string::npos);
 
+    {
+        const test::ForeignLock lock(path, F_WRLCK);
+        EXPECT_EQ(
+            change({"HoldList=0"}),
+            (Result{1, "", "cannot lock: " + gateway.path("manager//taro.conf") + "\nHoldList\n"}));
+    }
     EXPECT_EQ(role(1, {"-m", "HoldList=0"}).status, 1); // a query without a user
     std::filesystem::remove_all(gateway.path("manager"));
     EXPECT_EQ(change({"HoldList=1"}), (Result{1, "", ""}));

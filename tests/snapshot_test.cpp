@@ -28,6 +28,26 @@ void expect_equal_answers(const std::string& text) {
     }
 }
 
+// The same for rights, of which some keys will do.
+void expect_equal_rights(const std::string& text) {
+    const Snapshot snapshot{Source(text)};
+    Source source(text);
+    for (const char* section : {"Admin", "Manager"}) {
+        for (const char* key : {"HoldList", "Group", "LogLevel"}) {
+            for (const int mode : {TokenMode, LineMode}) {
+                std::string expected;
+                std::string value = "stale";
+                const int result = _getprofile(source, section, key, expected, 8192, mode);
+                const int line = scan_linenumber;
+                EXPECT_EQ(snapshot.lookup(section, key, value, mode), result) << key << '\n'
+                                                                              << text;
+                EXPECT_EQ(scan_linenumber, line) << key << '\n' << text;
+                EXPECT_EQ(value, expected) << key << '\n' << text;
+            }
+        }
+    }
+}
+
 TEST(Snapshot, AnswersAsTheLookup) {
     const std::string texts[] = {
         "",
@@ -43,10 +63,11 @@ TEST(Snapshot, AnswersAsTheLookup) {
 }
 
 TEST(Snapshot, AnswersAsTheLookupOnRandomFiles) {
-    const std::string pieces[] = {"[SMTP]",   "[log]",  "[Nowhere]", "[",     "]",  "=",
-                                  "SmtpPort", "\n",     "\n",        "\n",    "\"", "#",
-                                  "LogLevel", " ",      "12",        " = ",   "x",  "Limit2GB",
-                                  "\r\n",     "NoCore", "[debug]",   "false", "\t", "\0"s};
+    const std::string pieces[] = {
+        "[SMTP]",   "[ADMIN]", "[Manager]", "HoldList", "group", "[log]", "[Nowhere]",
+        "[",        "]",       "=",         "SmtpPort", "\n",    "\n",    "\n",
+        "\"",       "#",       "LogLevel",  " ",        "12",    " = ",   "x",
+        "Limit2GB", "\r\n",    "NoCore",    "[debug]",  "false", "\t",    "\0"s};
     std::mt19937 random(20261121);
     for (int file = 0; file < 60; ++file) {
         std::string text;
@@ -54,6 +75,7 @@ TEST(Snapshot, AnswersAsTheLookupOnRandomFiles) {
             text += pieces[random() % std::size(pieces)];
         }
         expect_equal_answers(text);
+        expect_equal_rights(text);
     }
 }
 

@@ -9,10 +9,10 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <dirent.h>
 #include <new>
 #include <optional>
+#include <set>
 #include <tuple>
 
 namespace ov {
@@ -96,6 +96,12 @@ std::string entry_on(std::string_view line) {
     return entry;
 }
 
+// The copy of an entry that all groups share. It stays to the end of the process.
+std::string_view shared_copy(const std::string& entry) {
+    static std::set<std::string> copies;
+    return *copies.insert(entry).first;
+}
+
 // The loading of one group from several files.
 struct Load {
     ADDRSGROUP& group;
@@ -135,7 +141,8 @@ Outcome load_file(Load& load, const std::string& name) {
                    name.c_str(), path.c_str(), GroupMaxAddresses);
             return Outcome::Full;
         }
-        if (add_addr(load.group, entry) != 0) {
+        const std::string_view text = load.group.idtab ? shared_copy(entry) : entry;
+        if (add_addr(load.group, text) != 0) {
             syserr("ERROR: GROUP \"%s\" out of memory: %s %d", name.c_str(), __FILE_NAME__,
                    __LINE__);
             return Outcome::NoMemory;
@@ -144,9 +151,13 @@ Outcome load_file(Load& load, const std::string& name) {
     return Outcome::Done;
 }
 
-// What two groups that shared a string would both show.
-unsigned identity(const std::string& text) {
-    return static_cast<unsigned>(reinterpret_cast<std::uintptr_t>(text.c_str()));
+// What two groups that share a text both show.
+unsigned identity(const EntryText& text) {
+    return static_cast<unsigned>(reinterpret_cast<std::uintptr_t>(text.view().data()));
+}
+
+int length_of(const EntryText& text) {
+    return static_cast<int>(text.view().size());
 }
 
 } // namespace
@@ -234,27 +245,23 @@ int add_addr(ADDRSGROUP& group, std::string_view entry) {
     }
 }
 
-int add_addrtree(AddressTree& tree, std::string_view entry, bool /*idtab*/) {
+int add_addrtree(AddressTree& tree, std::string_view entry, bool idtab) {
     try {
         const auto next = tree.order.lower_bound(entry);
         if (next != tree.order.end() && !CaseLess()(entry, next->first)) {
             return 0;
         }
         auto node = std::make_unique<addrtree_t>();
-        node->addr = entry;
-        addrtree_t* added = node.get();
-        const auto place = tree.order.emplace_hint(next, node->addr, added);
+        node->addr.set(entry, idtab);
+        const auto place = tree.order.emplace_hint(next, node->addr.view(), node.get());
         // The new node hangs below the later of its two neighbours, which is the deeper one.
         addrtree_t* before = place == tree.order.begin() ? nullptr : std::prev(place)->second;
         addrtree_t* after = next == tree.order.end() ? nullptr : next->second;
         if (before && !before->right) {
-            added->depth = before->depth + 1;
             before->right = std::move(node);
         } else if (after) {
-            added->depth = after->depth + 1;
             after->left = std::move(node);
         } else {
-            added->depth = 1;
             tree.root = std::move(node);
         }
         return 0;
@@ -264,10 +271,10 @@ int add_addrtree(AddressTree& tree, std::string_view entry, bool /*idtab*/) {
     }
 }
 
-int add_addrlist(PatternTable& lists, std::string_view entry, bool /*idtab*/) {
+int add_addrlist(PatternTable& lists, std::string_view entry, bool idtab) {
     try {
         auto cell = std::make_unique<addrlist_t>();
-        cell->addr = entry;
+        cell->addr.set(entry, idtab);
         std::unique_ptr<addrlist_t>& head = lists[list_of(entry.front())];
         cell->next = std::move(head);
         head = std::move(cell);
@@ -302,8 +309,8 @@ int print_addrsgrp(const ADDRSGROUP* group) {
     for (const std::unique_ptr<addrlist_t>& list : group->list) {
         int depth = 0;
         for (const addrlist_t* cell = list.get(); cell; cell = cell->next.get()) {
-            std::printf(" '%s' h=* dep=%d STR=0x%08x\n", cell->addr.c_str(), ++depth,
-                        identity(cell->addr));
+            std::printf(" '%.*s' h=* dep=%d STR=0x%08x\n", length_of(cell->addr),
+                        cell->addr.view().data(), ++depth, identity(cell->addr));
             ++printed;
         }
     }
@@ -330,8 +337,9 @@ int print_tree(const addrtree_t* subtree, unsigned bucket, int parent_depth) {
         }
         std::tie(node, depth) = waiting.back();
         waiting.pop_back();
-        std::printf(" '%s' h=%d dep=%d STR=0x%08x\n", node->addr.c_str(), static_cast<int>(bucket),
-                    depth, identity(node->addr));
+        std::printf(" '%.*s' h=%d dep=%d STR=0x%08x\n", length_of(node->addr),
+                    node->addr.view().data(), static_cast<int>(bucket), depth,
+                    identity(node->addr));
         ++printed;
         node = node->right.get();
     }
@@ -342,8 +350,9 @@ void free_addrsgrp(AddressGroup group) {
     group.reset();
 }
 
-void free_tree(std::unique_ptr<addrtree_t> subtree, bool /*idtab*/) {
-    subtree.reset();
+void free_tree(AddressTree& tree) {
+    tree.order.clear(); // it points into the nodes
+    tree.root.reset();
 }
 
 } // namespace ov

@@ -15,12 +15,30 @@
 
 namespace ov {
 
+// The text of an entry: a copy of its own, or one that others share and that outlives the entry.
+class EntryText {
+  public:
+    EntryText() = default;
+    EntryText(const EntryText&) = delete;
+    EntryText& operator=(const EntryText&) = delete;
+
+    // Takes a copy of `text`; points to it instead when it is shared.
+    void set(std::string_view text, bool shared) {
+        own_ = shared ? std::string() : std::string(text);
+        text_ = shared ? text : std::string_view(own_);
+    }
+    std::string_view view() const { return text_; }
+
+  private:
+    std::string own_;
+    std::string_view text_;
+};
+
 // One exact address in a search tree. Equal addresses, in any case, are stored once.
 struct addrtree_t {
-    std::string addr;
+    EntryText addr;
     std::unique_ptr<addrtree_t> left;
     std::unique_ptr<addrtree_t> right;
-    int depth = 0; // the root has 1
 
     addrtree_t() = default;
     addrtree_t(const addrtree_t&) = delete;
@@ -30,7 +48,7 @@ struct addrtree_t {
 
 // One pattern in a list.
 struct addrlist_t {
-    std::string addr;
+    EntryText addr;
     std::unique_ptr<addrlist_t> next;
 
     addrlist_t() = default;
@@ -59,7 +77,7 @@ struct ADDRSGROUP {
     std::map<unsigned, AddressTree> tree; // by hash bucket; empty buckets are left out
     PatternTable list;                    // by first character
     bool comp = false;
-    bool idtab = false; // the strings are shared, not owned; false for every group of this tool
+    bool idtab = false; // the texts are shared, and not freed with the group; false in this tool
     unsigned hashsize = 1;
 };
 using AddressGroup = std::unique_ptr<ADDRSGROUP>;
@@ -70,7 +88,9 @@ using AddressGroup = std::unique_ptr<ADDRSGROUP>;
 AddressGroup read_addrsgrp(const std::vector<std::string>& names);
 AddressGroup read_addrsgrp3(const std::vector<std::string>& names, bool idtab);
 
-// Files one entry. Returns 0, for a duplicate and for nothing, too; -1 when memory is exhausted.
+// Files one entry, as a copy of its own or, with `idtab`, as the shared text that it is given as;
+// that has to outlive the group. Returns 0, for a duplicate and for nothing, too; -1 when memory is
+// exhausted.
 int add_addr(ADDRSGROUP& group, std::string_view entry);
 int add_addrtree(AddressTree& tree, std::string_view entry, bool idtab);
 int add_addrlist(PatternTable& lists, std::string_view entry, bool idtab);
@@ -84,7 +104,8 @@ int print_addrsgrp(const ADDRSGROUP* group);
 // Prints a subtree of the bucket in order. Returns the number of its nodes.
 int print_tree(const addrtree_t* subtree, unsigned bucket, int parent_depth);
 
+// Release everything but the texts that are shared. The tree is empty afterwards.
 void free_addrsgrp(AddressGroup group);
-void free_tree(std::unique_ptr<addrtree_t> subtree, bool idtab);
+void free_tree(AddressTree& tree);
 
 } // namespace ov

@@ -179,12 +179,12 @@ bool take_value(const Entry& entry, const char* sec, const char* key, std::strin
     if (!value) {
         return false;
     }
+    scan_linenumber = entry.line;
     if ((LogFacility & LogConfScan) != 0 && LogLevel >= LogConfScanLevel) {
         ov_syslog("CONF SCAN: DEBUG sec=%s key=%s  val=%s", sec ? sec : "", key ? key : "",
                   std::string(*value).c_str());
     }
     ans = asiz > 0 ? value->substr(0, asiz - 1) : std::string_view();
-    scan_linenumber = entry.line;
     return true;
 }
 

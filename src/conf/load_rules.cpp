@@ -95,6 +95,20 @@ Verdict take_path(const Loading& loading, std::optional<std::string> path) {
     return Verdict::Taken;
 }
 
+// Puts a default in its place. One for which the place is too deep stays as it is: a key that is
+// absent is never refused.
+Verdict take_default(const Loading& loading, std::optional<std::string> path) {
+    Text& target = setting<Text>(loading);
+    const std::size_t length =
+        RootDirectory.view().size() + directory_of(loading).view().size() + target.view().size();
+    if (path) {
+        target.set(std::move(*path));
+    } else if (target && length < MaxPath) {
+        return Verdict::MemoryExhausted;
+    }
+    return Verdict::Taken;
+}
+
 std::optional<std::string> directory_under_base(const Loading& loading, const char* name) {
     const std::optional<std::string> base = absolute(directory_of(loading));
     return base ? mk_dirpath(base->c_str(), name) : std::nullopt;
@@ -331,8 +345,8 @@ Verdict load_file(const Loading& loading) {
 
 Verdict default_file(const Loading& loading) {
     const std::optional<std::string> base = absolute(directory_of(loading));
-    take_path(loading, mk_filepath(base ? base->c_str() : nullptr, setting<Text>(loading).c_str()));
-    return Verdict::Taken;
+    return take_default(
+        loading, mk_filepath(base ? base->c_str() : nullptr, setting<Text>(loading).c_str()));
 }
 
 Verdict load_directory(const Loading& loading) {
@@ -353,8 +367,7 @@ Verdict load_full_directory(const Loading& loading) {
 }
 
 Verdict default_directory(const Loading& loading) {
-    take_path(loading, directory_under_base(loading, setting<Text>(loading).c_str()));
-    return Verdict::Taken;
+    return take_default(loading, directory_under_base(loading, setting<Text>(loading).c_str()));
 }
 
 Verdict load_template_directory(const Loading& loading) {

@@ -39,36 +39,40 @@ bool is_open(const Gate& gate, unsigned mask, Reader reader) {
            (gate.program == 0 || gate.program == MailSubmissionProgram);
 }
 
-// The form in which the readers report: file, line, section, key, value.
+const char* shown(const char* text) {
+    return text ? text : "<null>";
+}
+
+// Prints what the readers report of a value: file, line, section, key and value, and then `what`.
+void print_value(const Loading& loading, const char* what) {
+    // A step has no key.
+    const char* key = loading.row.section ? loading.row.key : nullptr;
+    std::fprintf(stderr, "%s:%d: [%s] %s: \"%s\" %s\n", shown(loading.file), scan_linenumber,
+                 shown(loading.row.section), shown(key), loading.value.c_str(), what);
+}
+
 void print_invalid(const Loading& loading) {
-    const char* file = loading.file ? loading.file : "<null>";
-    const char* value = loading.value.c_str();
-    const Row& row = loading.row;
     switch (loading.reader) {
     case MainReader:
-        std::fprintf(stderr, "%s:%d: [%s] %s: \"%s\" invalid value \n", file, scan_linenumber,
-                     row.section, row.key, value);
+        print_value(loading, "invalid value ");
         break;
     case SearchReader:
-        std::fprintf(stderr, "%s:%d: [%s] %s: \"%s\" invalid value\n", file, scan_linenumber,
-                     row.section, row.key, value);
+        print_value(loading, "invalid value");
         break;
     default:
-        std::fprintf(stderr, "%s:%d: invalid value, [%s] %s: %s\n", file, scan_linenumber,
-                     row.section, row.key, value);
+        std::fprintf(stderr, "%s:%d: invalid value, [%s] %s: %s\n", shown(loading.file),
+                     scan_linenumber, shown(loading.row.section), shown(loading.row.key),
+                     loading.value.c_str());
     }
 }
 
 // Reports a value that has been refused and ends the process.
 [[noreturn]] void refuse(const Loading& loading, Verdict verdict) {
-    const Row& row = loading.row;
-    const bool full_message = loading.reader == MainReader || loading.reader == SearchReader;
-    if (verdict == Verdict::NotFullPath && full_message) {
-        std::fprintf(stderr, "%s:%d: [%s] %s: \"%s\" must be specified full pathname.\n",
-                     loading.file, scan_linenumber, row.section, row.key, loading.value.c_str());
+    const bool tells_more = loading.reader == MainReader || loading.reader == SearchReader;
+    if (verdict == Verdict::NotFullPath && tells_more) {
+        print_value(loading, "must be specified full pathname.");
     } else if (verdict == Verdict::NotConfigured) {
-        std::fprintf(stderr, "%s:%d: [%s] %s: \"%s\" cannnot configuration \n", loading.file,
-                     scan_linenumber, row.section, row.key, loading.value.c_str());
+        print_value(loading, "cannnot configuration ");
     } else {
         if (verdict == Verdict::MemoryExhausted) {
             std::fputs("Out of memory!\n", stderr);

@@ -8,12 +8,12 @@
 #include "util/util.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <initializer_list>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <unistd.h>
 
 namespace ov {
@@ -53,7 +53,8 @@ Options parse_options(int argc, char** argv, bool is_search) {
             options.user = optarg;
             if (!isvalid_username(*options.user)) {
                 std::fprintf(stderr, "500 invalid user name: \"%s\"\n", optarg);
-                mss_exit(EXIT_FAILURE);
+                conf_free();
+                std::exit(EXIT_FAILURE);
             }
             break;
         case 'g':
@@ -105,7 +106,8 @@ void print_named_mask(const Rights& user, Right right) {
 }
 
 void print_named_text(const Rights& user, Right right) {
-    std::printf("%s: %s\n", key_of(right), std::string(user.text(right).view()).c_str());
+    const Text& text = user.text(right);
+    std::printf("%s: %s\n", key_of(right), text ? text.c_str() : "");
 }
 
 void print_flags(const Rights& user, std::initializer_list<Right> rights) {
@@ -130,9 +132,11 @@ void print_selection(const Rights& user, Right right) {
 void print_names(const Rights& user, Right right) {
     std::printf("%s: ", key_of(right));
     const char* separator = "";
-    for (const std::string& name : user.names(right).value_or(std::vector<std::string>{})) {
-        std::printf("%s%s", separator, name.c_str());
-        separator = ":";
+    if (const WordList& names = user.names(right)) {
+        for (const std::string& name : *names) {
+            std::printf("%s%s", separator, name.c_str());
+            separator = ":";
+        }
     }
     std::putchar('\n');
 }
@@ -249,8 +253,10 @@ void answer_hold_list(const Rights& user) {
 }
 
 void answer_names(const WordList& names) {
-    for (const std::string& name : names.value_or(std::vector<std::string>{})) {
-        std::printf("%s\n", name.c_str());
+    if (names) {
+        for (const std::string& name : *names) {
+            std::printf("%s\n", name.c_str());
+        }
     }
 }
 
