@@ -149,6 +149,19 @@ TEST_F(OvConf, MessagesNeverEndUpInTheFile) {
     EXPECT_EQ(read_file(file), text);
 }
 
+TEST_F(OvConf, AFileWithoutAnEnd) {
+    for (const char* endless : {"/dev/zero", "/dev/full"}) {
+        EXPECT_EQ(run({"ov_conf", "-f", endless, "-s", "a", "-k", "b"}),
+                  (Result{0, "0: not found\n", ""}));
+        if (test::is_root()) {
+            EXPECT_EQ(
+                run({"ov_conf", "-f", endless, "-s", "a", "-k", "b", "-r", "1"}),
+                (Result{1, "",
+                        "read error: " + std::string(endless) + "\n553 entry replace failed\n"}));
+        }
+    }
+}
+
 TEST_F(OvConf, AReplyThatCannotBeDeliveredIsAFailure) {
     EXPECT_EQ(conf({"-s", "SMTP", "-k", "SmtpPort"}, {.out = "/dev/full"}),
               (Result{1, "", "write error: standard output\n"}));

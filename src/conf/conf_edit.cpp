@@ -92,7 +92,8 @@ Fd open_locked(const Editor& editor, const char* path) {
 std::optional<std::string> read_whole(const Editor& editor, const char* path, const Fd& file) {
     std::string text;
     struct stat info {};
-    if (::fstat(file.get(), &info) == 0 && info.st_size > 0) {
+    const bool regular = ::fstat(file.get(), &info) == 0 && S_ISREG(info.st_mode);
+    if (regular) {
         text.reserve(static_cast<std::size_t>(info.st_size));
     }
     std::array<char, 8 * BufferSize> buffer;
@@ -103,8 +104,10 @@ std::optional<std::string> read_whole(const Editor& editor, const char* path, co
         }
         if (got > 0) {
             text.append(buffer.data(), static_cast<std::size_t>(got));
-        } else if (errno != EINTR) {
-            report(editor, "read error", path, errno);
+        }
+        const bool endless = !regular && text.size() > LongestFileLine;
+        if (endless || (got < 0 && errno != EINTR)) {
+            report(editor, "read error", path, endless ? EFBIG : errno);
             return std::nullopt;
         }
     }

@@ -128,6 +128,11 @@ void Source::next_window() {
     position_ = 0;
     at_start_ = false;
     for (;;) {
+        if (used_ >= LongestFileLine) {
+            at_end_ = true;
+            window_ = {buffer_.get(), used_};
+            return;
+        }
         if (used_ == capacity_) {
             auto larger = std::make_unique_for_overwrite<char[]>(capacity_ * 2);
             std::copy_n(buffer_.get(), used_, larger.get());

@@ -12,6 +12,10 @@
 
 namespace ov {
 
+// No line is longer than this. A device without an end, or without a line feed, must not take all
+// memory: it reads as if the file ended there.
+inline constexpr std::size_t LongestFileLine = std::size_t{64} << 20;
+
 // An open configuration file and how far it has been scanned. A window of whole lines is held at a
 // time; what the scanner gives out points into it and lives until the window moves on.
 class Source {
