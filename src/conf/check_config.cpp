@@ -55,12 +55,6 @@ bool all_words(const std::string& text, const char* separators, Test test) {
     return words && std::all_of(words->begin(), words->end(), test);
 }
 
-bool is_number_within(const std::string& value, std::int64_t lowest, std::int64_t highest) {
-    errno = 0;
-    const long number = std::strtol(value.c_str(), nullptr, 10);
-    return is_alldigit(value) && errno != ERANGE && number >= lowest && number <= highest;
-}
-
 bool is_host_port(const std::string& text) {
     const std::size_t colon = text.find(':');
     return (colon == text.npos || server_port(text.substr(colon + 1))) &&
@@ -79,7 +73,7 @@ bool is_word(const Checking& checking) {
 bool are_digits(const Checking& checking) {
     const CheckRule& rule = checking.rule;
     return checking.value.size() <= rule.longest &&
-           is_number_within(checking.value, rule.lowest, rule.highest);
+           decimal_within(checking.value, rule.lowest, rule.highest);
 }
 
 bool is_all_digits(const Checking& checking) {
@@ -87,8 +81,9 @@ bool is_all_digits(const Checking& checking) {
 }
 
 bool is_within_limits(const Checking& checking) {
-    return is_number_within(checking.value, load_rules::lower_limit(checking.row.rule),
-                            load_rules::upper_limit(checking.row.rule));
+    return decimal_within(checking.value, load_rules::lower_limit(checking.row.rule),
+                          load_rules::upper_limit(checking.row.rule))
+        .has_value();
 }
 
 bool is_any_number(const Checking& checking) {
@@ -106,7 +101,7 @@ bool is_any_number(const Checking& checking) {
 bool is_level(const Checking& checking) {
     const bool word = checking.rule.option == AnyWord ? val_vtab(LogLevelTable, checking.value) >= 0
                                                       : same_word(checking.value, "none");
-    return word || is_number_within(checking.value, 0, 9999);
+    return word || decimal_within(checking.value, 0, 9999);
 }
 
 bool is_bytes(const Checking& checking) {

@@ -75,10 +75,9 @@ Verdict take_number(const Loading& loading, std::int64_t lowest, std::int64_t hi
 }
 
 Verdict take_digits(const Loading& loading, std::int64_t lowest, std::int64_t highest) {
-    if (!is_alldigit(loading.value) || loading.value.size() > loading.row.rule.longest) {
-        return Verdict::Invalid;
-    }
-    return take_number(loading, lowest, highest);
+    const std::optional<std::int64_t> value = decimal_within(loading.value, lowest, highest);
+    return valid_if(value && loading.value.size() <= loading.row.rule.longest &&
+                    store(loading.row.variable, *value));
 }
 
 // A directory setting as an absolute path: nothing may have made it one yet.
@@ -140,12 +139,29 @@ bool are_domains(const std::vector<std::string>& words) {
     return true;
 }
 
-void clear(ServerList& servers) {
-    for (SVRLIST& server : servers) {
-        server.host.unset();
-        server.port = 0;
-        server.flg = 0;
+// Clears the list and gives each word of `text` to `read`, which says whether it is valid, with a
+// record of its own. More words than there are records are invalid.
+template <class Read>
+Verdict fill(ServerList& list, const std::string& text, const char* separators, Read read) {
+    for (SVRLIST& record : list) {
+        record.host.unset();
+        record.port = 0;
+        record.flg = 0;
     }
+    const WordList words = split_str(text, separators);
+    if (!words) {
+        return Verdict::MemoryExhausted;
+    }
+    if (words->size() > list.size()) {
+        return Verdict::Invalid;
+    }
+    auto record = list.begin();
+    for (const std::string& word : *words) {
+        if (!read(word, *record++)) {
+            return Verdict::Invalid;
+        }
+    }
+    return Verdict::Taken;
 }
 
 // Reads "host" or "host:port", or a marker where it may stand. Returns whether the port is one.
@@ -455,41 +471,20 @@ Verdict load_addresses(const Loading& loading) {
 }
 
 Verdict load_servers(const Loading& loading) {
-    ServerList& servers = *std::get<ServerList*>(loading.row.rule.first);
-    clear(servers);
-    const WordList words = split_str(loading.value, " ");
-    if (!words) {
-        return Verdict::MemoryExhausted;
-    }
-    if (words->size() > servers.size()) {
-        return Verdict::Invalid;
-    }
-    auto server = servers.begin();
-    for (const std::string& word : *words) {
-        if (!read_server(word, loading.row.rule.option == MarkersAllowed, *server)) {
-            return Verdict::Invalid;
-        }
-        ++server;
-    }
-    return load_text(loading);
+    const bool markers_allowed = loading.row.rule.option == MarkersAllowed;
+    const Verdict verdict = fill(*std::get<ServerList*>(loading.row.rule.first), loading.value, " ",
+                                 [markers_allowed](const std::string& word, SVRLIST& server) {
+                                     return read_server(word, markers_allowed, server);
+                                 });
+    return verdict == Verdict::Taken ? load_text(loading) : verdict;
 }
 
 Verdict load_user_group(const Loading& loading) {
-    auto& group = setting<ServerList>(loading);
-    clear(group);
-    const WordList words = split_str(loading.value, ":");
-    if (!words) {
-        return Verdict::MemoryExhausted;
-    }
-    if (words->size() > group.size()) {
-        return Verdict::Invalid;
-    }
-    auto member = group.begin();
-    for (const std::string& word : *words) {
-        member->host.set(word);
-        ++member;
-    }
-    return Verdict::Taken;
+    return fill(setting<ServerList>(loading), loading.value, ":",
+                [](const std::string& word, SVRLIST& member) {
+                    member.host.set(word);
+                    return true;
+                });
 }
 
 Verdict chosen_program(const Loading&) {

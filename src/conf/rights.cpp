@@ -8,25 +8,18 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <climits>
 #include <cstdio>
 #include <cstdlib>
-#include <limits>
 #include <new>
 
 namespace ov {
 
 // The "defaults" column: of each role, the same for all, none.
-#define Each(...)                                                                                  \
-    {                                                                                              \
-        { __VA_ARGS__ }                                                                            \
-    }
-#define All(value)                                                                                 \
-    {                                                                                              \
-        { value, value, value, value, value, value }                                               \
-    }
-#define Unset                                                                                      \
-    {}
+// clang-format off
+#define Each(...) {{__VA_ARGS__}}
+#define All(value) {{value, value, value, value, value, value}}
+#define Unset {}
+// clang-format on
 #define RIGHT(key, setting, type, rule, defaults, query, change)                                   \
     constinit PerRole<type> setting = defaults;
 #include "conf/rights.def"
@@ -80,7 +73,7 @@ Type& setting_of(const RightRow& row, const Reading& reading) {
 bool read_number(const std::string& value, unsigned& setting) {
     errno = 0;
     const long number = std::strtol(value.c_str(), nullptr, 0);
-    if (errno == ERANGE || number < INT_MIN || number > std::numeric_limits<unsigned>::max()) {
+    if (errno == ERANGE || !fits(&setting, number)) {
         return false;
     }
     setting = static_cast<unsigned>(number); // a negative number wraps
@@ -88,13 +81,9 @@ bool read_number(const std::string& value, unsigned& setting) {
 }
 
 bool read_limit(const std::string& value, int& setting) {
-    errno = 0;
-    const long number = std::strtol(value.c_str(), nullptr, 10);
-    if (!is_alldigit(value) || errno == ERANGE || number > HighestLimit) {
-        return false;
-    }
-    setting = static_cast<int>(number);
-    return true;
+    const std::optional<std::int64_t> number = decimal_within(value, 0, HighestLimit);
+    setting = static_cast<int>(number.value_or(setting));
+    return number.has_value();
 }
 
 bool read_list(const std::string& value, WordList& setting) {

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <arpa/inet.h>
+#include <cerrno>
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>
@@ -320,6 +321,16 @@ std::int64_t conv_byte(std::string_view text, char defunit) {
 
 std::int64_t conv_Kbyte(std::string_view text, char defunit) {
     return conv_size(text, defunit, false);
+}
+
+std::optional<std::int64_t> decimal_within(const std::string& text, std::int64_t lowest,
+                                           std::int64_t highest) {
+    errno = 0;
+    const long number = std::strtol(text.c_str(), nullptr, 10);
+    if (!is_alldigit(text) || errno == ERANGE || number < lowest || number > highest) {
+        return std::nullopt;
+    }
+    return number;
 }
 
 int valid_str(std::string_view text) {

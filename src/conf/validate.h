@@ -63,6 +63,10 @@ int truefalse(std::string_view word, int* out);
 std::int64_t conv_byte(std::string_view text, char defunit);
 std::int64_t conv_Kbyte(std::string_view text, char defunit);
 
+// The number that `text`, made of decimal digits only, stands for when it is within the bounds.
+std::optional<std::int64_t> decimal_within(const std::string& text, std::int64_t lowest,
+                                           std::int64_t highest);
+
 // Whether every character is printable ASCII.
 int valid_str(std::string_view text);
 
