@@ -76,6 +76,17 @@ const RightRow& row_of(Right right);
 // The row of a key, in any case; null when there is none.
 const RightRow* find_right(std::string_view key);
 
+// A query for several rights at once: they are answered one after the other.
+struct CombinedQuery {
+    const char* name;
+    std::span<const Right> rights;
+    bool tells_freezing; // and then whether freezing messages is switched on for the user
+};
+std::span<const CombinedQuery> combined_queries();
+
+// The setting that holds the directory of a role's rights files.
+const Text& role_directory(int rank);
+
 // The rights file of a user of the role `rank`, and, when `section` is given, the section that all
 // of it stands in. Returns 0, or -1 for no user, and, after a line in the log, for no such role.
 int access_cffile(int rank, const char* user, std::string& path, std::string* section);

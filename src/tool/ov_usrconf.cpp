@@ -210,46 +210,28 @@ void answer_flag(bool granted) {
     std::puts(granted ? "1" : "0");
 }
 
-// A query for several rights at once.
-struct Query {
-    const char* name;
-    std::initializer_list<Right> rights;
-};
-
-bool answer_several(const Rights& user, std::string_view key) {
-    using enum Right;
-    static const Query queries[] = {
-        {"Hold",
-         {HoldList, HoldReason, HoldMessage, HoldApprove, HoldCancel, HoldForward, HoldAttach,
-          HoldFreeze}},
-        {"Hold+",
-         {HoldList, HoldReason, HoldMessage, HoldApprove, HoldCancel, HoldForward, HoldAttach,
-          CheckPcode, HoldFreeze}},
-        {"Archive",
-         {ArchiveList, ArchiveMessage, ArchiveBackup, ArchiveRetrieve, ArchiveAttach, CSVDownload}},
-        {"ViewStatistics+", {ViewStatistics, CSVDownload}},
-        {"ViewScreeningLog+", {ViewScreeningLog, ArchiveMessage, CSVDownload}},
-        {"ViewManagerLog+", {ViewManagerLog, ArchiveMessage, CSVDownload}},
-        {"ViewViewerLog+", {ViewViewerLog, ArchiveMessage, CSVDownload}},
-    };
-    const auto* query = std::find_if(std::begin(queries), std::end(queries),
-                                     [key](const Query& q) { return same_word(q.name, key); });
-    if (query == std::end(queries)) {
-        return false;
-    }
-    for (const Right right : query->rights) {
-        answer_flag(user.flag(right));
-    }
-    return true;
-}
-
-// Whether the user may see the hold queue, and whether freezing is switched on for him: by the
-// system for those who may freeze, for others by an option of their own.
-void answer_hold_list(const Rights& user) {
+// Whether freezing is switched on for the user: by the system for those who may freeze, for others
+// by an option of their own.
+bool can_freeze(const Rights& user) {
     const unsigned option =
         user.flag(Right::HoldFreeze) ? QueueFreeze_Option : user.bits(Right::Freeze_Option);
-    answer_flag(user.flag(Right::HoldList));
-    answer_flag((option & 0xffU) != 0);
+    return (option & 0xffU) != 0;
+}
+
+// Answers a query for several rights. Returns whether there is one of that name.
+bool answer_several(const Rights& user, std::string_view key) {
+    for (const CombinedQuery& query : combined_queries()) {
+        if (same_word(query.name, key)) {
+            for (const Right right : query.rights) {
+                answer_flag(user.flag(right));
+            }
+            if (query.tells_freezing) {
+                answer_flag(can_freeze(user));
+            }
+            return true;
+        }
+    }
+    return false;
 }
 
 void answer_names(const WordList& names) {
@@ -319,9 +301,7 @@ bool answer_one(const Rights& user, std::string_view key) {
 }
 
 [[noreturn]] void answer(const Rights& user, std::string_view key) {
-    if (same_word(key, "HoldList+")) {
-        answer_hold_list(user);
-    } else if (!answer_several(user, key) && !answer_one(user, key)) {
+    if (!answer_several(user, key) && !answer_one(user, key)) {
         std::puts("0");
         finish(EXIT_FAILURE);
     }

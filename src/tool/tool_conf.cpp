@@ -3,7 +3,6 @@
 #include "util/log.h"
 #include "util/text.h"
 
-#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
@@ -14,22 +13,7 @@ namespace ov {
 
 namespace {
 
-// A role command: its name, the rank of its role, and whether it is of the search side.
-struct RoleCommand {
-    const char* name;
-    int rank;
-    int is_search;
-};
-
 constexpr const char* SystemCommand = "ov_conf";
-constexpr std::array<RoleCommand, 6> RoleCommands{{
-    {"ov_admconf", 0, 0},
-    {"ov_mgrconf", 1, 0},
-    {"ov_sysadmconf", 2, 0},
-    {"srch_admconf", 3, 1},
-    {"srch_mgrconf", 4, 1},
-    {"srch_sysadmconf", 5, 1},
-}};
 
 const char* base_name(const char* path) {
     const std::string_view text(path);
