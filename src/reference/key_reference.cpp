@@ -1,0 +1,482 @@
+#include "reference/key_reference.h"
+
+#include "conf/load_rules.h"
+#include "conf/settings.h"
+
+#include <algorithm>
+#include <climits>
+#include <limits>
+#include <stdexcept>
+#include <type_traits>
+
+namespace ov {
+
+namespace {
+
+using load_rules::NoBound;
+using load_rules::NoLength;
+
+// The key whose setting is `variable`.
+template <class Type>
+std::string key_of(const Type& variable) {
+    for (const Row& row : catalogue()) {
+        const auto* const* setting = std::get_if<std::remove_const_t<Type>*>(&row.variable);
+        if (row.section && setting && *setting == &variable) {
+            return row.key;
+        }
+    }
+    throw std::logic_error("a rule names a setting that has no key");
+}
+
+std::string words_of(Table table) {
+    std::string words;
+    for (const VTAB* row = VTable[table]; row->str; ++row) {
+        words += (words.empty() ? "" : row[1].str ? ", " : " or ") + std::string(row->str);
+    }
+    return words;
+}
+
+std::string bounds(std::int64_t lowest, std::int64_t highest, std::size_t longest) {
+    std::string text = std::to_string(lowest) + " to " + std::to_string(highest);
+    return longest == NoLength ? text : text + ", at most " + std::to_string(longest) + " of them";
+}
+
+// The names of the separators that `characters` holds.
+std::string separators(std::string_view characters) {
+    std::string text;
+    for (const char c : characters) {
+        text += (text.empty() ? "" : " or ") + ("\"" + std::string(1, c) + "\"");
+    }
+    return "separated by " + text;
+}
+
+// The vocabulary of the "load" column. A number without bounds gets those of its setting later.
+namespace accepted {
+
+enum FileOption : bool { FullPath = true };
+enum DirectoryOption : bool { Created = true };
+enum ServerOption : bool { MarkersAllowed = true };
+constexpr std::int64_t Lowest = std::numeric_limits<std::int64_t>::min();
+
+struct Text {
+    ValueText text;
+    std::int64_t lowest = Lowest;
+    std::int64_t highest = NoBound;
+    std::size_t longest = NoLength;
+    bool bounded = false;
+    bool whole_range = false; // of a setting without a sign, too
+};
+
+Text plain(const char* kind, std::string details = "") {
+    return {{kind, std::move(details)}};
+}
+Text boolean() {
+    return plain("boolean");
+}
+Text integer(std::int64_t lowest = Lowest, std::int64_t highest = NoBound) {
+    return {{"number", ""}, lowest, highest, NoLength, true};
+}
+Text integer64() {
+    Text text = integer();
+    text.whole_range = true;
+    return text;
+}
+Text digits(std::int64_t lowest = 0, std::int64_t highest = NoBound,
+            std::size_t longest = NoLength) {
+    return {{"digits", ""}, lowest, highest, longest, true};
+}
+template <class Bound>
+Text within(const Bound& low, const Bound& high) {
+    return plain("digits", "from " + key_of(low) + " to " + key_of(high));
+}
+Text word(Table table) {
+    return plain("word", words_of(table));
+}
+Text level() {
+    return plain("level", words_of(LogLevelTable) + ", or 0 to 9999");
+}
+Text bytes() {
+    return plain("size", "in bytes; without a unit: K");
+}
+Text kilobytes() {
+    return plain("size", "held in kilobytes; without a unit: M");
+}
+Text min_free(const ov::Text& directory, long&) {
+    return plain("size", "to stay free where " + key_of(directory) +
+                             " is; held in kilobytes; without a unit: M");
+}
+Text text() {
+    return plain("text");
+}
+Text signature(std::size_t longest) {
+    return plain("text", "of at most " + std::to_string(longest) + " characters; empty: none");
+}
+Text path() {
+    return plain("path");
+}
+Text file(FileOption option = {}) {
+    return plain("file", option == FullPath ? "with its full path" : "relative: in EtcDirectory");
+}
+Text directory(const ov::Text& base, DirectoryOption option = {}) {
+    return plain("directory", "relative: under " + key_of(base) +
+                                  (option == Created ? "; made when it is missing" : ""));
+}
+Text directory() {
+    return plain("directory", "with its full path");
+}
+Text template_directory() {
+    return plain("directory", "relative: under RootDirectory; empty: none");
+}
+Text words(const char* characters) {
+    return plain("words", separators(characters));
+}
+Text internal_domains() {
+    return plain("domains", separators("&:"));
+}
+Text ip_conditions() {
+    return plain("IP addresses", separators(":"));
+}
+Text addresses(const char*) {
+    return plain("mail addresses", separators(";,") + "; at most MaxAddressList");
+}
+Text servers(const ServerList&, ServerOption markers = {}) {
+    return plain("servers",
+                 markers == MarkersAllowed ? R"("_MSP_" and "_CMD_" may be among them)" : "");
+}
+Text user_group() {
+    return plain("words", separators(":") + "; at most eight");
+}
+
+// By the number of the row.
+std::vector<Text> rules() {
+    return {
+#define SETTING(section, key, variable, type, initial, gate, load, check, print) (load),
+#define STEP(gate, step) {},
+#include "conf/catalogue.def"
+#undef STEP
+#undef SETTING
+    };
+}
+
+} // namespace accepted
+
+// The vocabulary of the "check" column. The empty text: it cannot be checked.
+namespace checked {
+
+enum LevelWords : bool { NoneOnly = false, AnyWord = true };
+enum NumberSign : bool { AnySign = false, NotNegative = true };
+
+std::string empty_or(const std::string& rule) {
+    return rule + "; may be empty";
+}
+std::string required(const std::string& rule) {
+    return rule + "; not empty";
+}
+std::string unchecked() {
+    return "";
+}
+std::string anything() {
+    return "anything";
+}
+std::string boolean() {
+    return "boolean";
+}
+std::string word(Table table) {
+    return "word: " + words_of(table);
+}
+std::string digits(std::int64_t lowest, std::int64_t highest, std::size_t longest = NoLength) {
+    return "digits: " + bounds(lowest, highest, longest);
+}
+std::string all_digits() {
+    return "digits";
+}
+std::string within_limits() {
+    return "digits within the same limits";
+}
+std::string number(NumberSign sign = AnySign) {
+    return sign == NotNegative ? "number, not negative; 0x may stand in front"
+                               : "number; 0x may stand in front";
+}
+std::string level(LevelWords words) {
+    return "level: " + (words == AnyWord ? words_of(LogLevelTable) : "none") + ", or 0 to 9999";
+}
+std::string size(char unit) {
+    return std::string("size; without a unit: ") + unit;
+}
+std::string bytes(char unit) {
+    return size(unit);
+}
+std::string kilobytes(char unit) {
+    return size(unit);
+}
+std::string networks() {
+    return "IP addresses and networks";
+}
+std::string one_word() {
+    return "text without a blank";
+}
+std::string host_port(std::size_t longest) {
+    return R"("host" or "host:port", of which )" + std::to_string(longest) + " characters count";
+}
+std::string servers() {
+    return "at most eight servers";
+}
+std::string command() {
+    return "existing program with its full path, and arguments";
+}
+std::string program() {
+    return "existing program with its full path";
+}
+std::string queue_directory() {
+    return "existing directory with its full path";
+}
+std::string list_program() {
+    return "existing program, or anything that is no full path";
+}
+std::string existing_directory() {
+    return "existing directory";
+}
+std::string directory_under(const Text& base) {
+    return "existing directory; relative: under " + key_of(base);
+}
+std::string directories() {
+    return "existing directories, " + separators(":");
+}
+std::string devices() {
+    return "writable files, " + separators(":") + ", not directories only";
+}
+std::string domains() {
+    return R"(domains of letters, digits, ".", "-" and "_")";
+}
+std::string addresses() {
+    return R"(mail addresses of letters, digits, ".", "-" and "_")";
+}
+std::string template_file() {
+    return "existing file; relative: in TemplateDirectory";
+}
+std::string keyword_set() {
+    return "name of a keyword set that can be read";
+}
+std::string mime_type_set() {
+    return "name of a MIME type set that can be read";
+}
+
+std::vector<std::string> rules() {
+    return {
+#define SETTING(section, key, variable, type, initial, gate, load, check, print) (check),
+#define STEP(gate, step) {},
+#include "conf/catalogue.def"
+#undef STEP
+#undef SETTING
+    };
+}
+
+} // namespace checked
+
+// The vocabulary of the "print" column. The empty text: it cannot be shown.
+namespace shown {
+
+std::string unshown() {
+    return "";
+}
+std::string number() {
+    return "number";
+}
+std::string hex_code() {
+    return "0x and eight hexadecimal digits";
+}
+std::string hex() {
+    return "hexadecimal digits";
+}
+std::string boolean() {
+    return "true or false";
+}
+std::string word(Table) {
+    return "word";
+}
+std::string text() {
+    return "text";
+}
+std::string byte_size() {
+    return "size with units";
+}
+std::string level() {
+    return R"(number, or "none")";
+}
+std::string conditions() {
+    return "list";
+}
+std::string internal_domains() {
+    return "list; the host's own domain when there is none";
+}
+std::string names() {
+    return "list";
+}
+std::string addresses() {
+    return "list";
+}
+
+std::vector<std::string> rules() {
+    return {
+#define SETTING(section, key, variable, type, initial, gate, load, check, print) (print),
+#define STEP(gate, step) {},
+#include "conf/catalogue.def"
+#undef STEP
+#undef SETTING
+    };
+}
+
+} // namespace shown
+
+const std::pair<const char*, const char*> purposes[] = {
+    {"SMTP", "The listener, and how accepted messages go on."},
+    {"Mail", "Which domains are ours, and how addresses are looked at."},
+    {"Admin", "Who is told of trouble."},
+    {"Queue", "How messages wait in the queues."},
+    {"Log", "The daily log and the mail logs."},
+    {"check_mail", "Envelope senders."},
+    {"check_rcpt", "Envelope recipients."},
+    {"NoticeMessage", "Notices to senders, recipients and administrators."},
+    {"Directories", "The installation."},
+    {"Files", "Files of the gateway's programs."},
+    {"Archive", "The archive: what is kept, where, and how long."},
+    {"Screening", "What is looked into, and from which level on a finding counts."},
+    {"BrowseMail", "The web screens that show messages."},
+    {"Forward", "Copies of messages."},
+    {"Appender", "Texts that are put under messages."},
+    {"Expire", "How long logs and messages are kept, and the room that they may take."},
+    {"SystemControl", "How often something is tried again."},
+    {"Debug", "For those who develop the gateway."},
+    {"Cooperation", "Copies for the audit host."},
+    {"Cypher", "The encryption gateway."},
+    {"Search", "The archive search."},
+};
+
+const char* purpose_of(std::string_view section) {
+    const auto* found = std::find_if(std::begin(purposes), std::end(purposes),
+                                     [section](const auto& p) { return p.first == section; });
+    if (found == std::end(purposes)) {
+        throw std::logic_error("a section has no purpose");
+    }
+    return found->second;
+}
+
+// The bounds of a number: those of its rule and those of its setting.
+ValueText with_bounds(const accepted::Text& rule, const Variable& variable) {
+    ValueText text = rule.text;
+    if (!rule.bounded) {
+        return text;
+    }
+    std::visit(
+        [&](const auto* setting) {
+            using Type = std::remove_cvref_t<decltype(*setting)>;
+            if constexpr (std::is_integral_v<Type>) {
+                using Limits = std::numeric_limits<Type>;
+                const bool beyond = std::cmp_greater(Limits::max(), NoBound);
+                const std::int64_t least =
+                    std::is_signed_v<Type> ? static_cast<std::int64_t>(Limits::min()) : 0;
+                const std::int64_t most =
+                    beyond ? NoBound : static_cast<std::int64_t>(Limits::max());
+                text.details = beyond && rule.whole_range
+                                   ? "0 to " + std::to_string(Limits::max())
+                                   : bounds(std::max(rule.lowest, least),
+                                            std::min(rule.highest, most), rule.longest);
+            }
+        },
+        variable);
+    return text;
+}
+
+// A size in the shortest form that is exact.
+std::string size_text(std::int64_t bytes) {
+    for (const auto& [unit, shift] : {std::pair{'G', 30}, {'M', 20}, {'K', 10}}) {
+        if (bytes != 0 && bytes % (std::int64_t{1} << shift) == 0) {
+            return std::to_string(bytes >> shift) + unit;
+        }
+    }
+    return bytes == 0 ? "0" : std::to_string(bytes) + 'B';
+}
+
+std::string number_text(const Row& row, const std::string& kind) {
+    if (auto* const* large = std::get_if<unsigned long*>(&row.variable)) {
+        return std::to_string(**large);
+    }
+    const std::int64_t number = number_in(row.variable);
+    if (kind == "boolean") {
+        return number != 0 ? "yes" : "no";
+    }
+    if (kind == "word") {
+        return str_vtab(row.rule.table, static_cast<int>(number));
+    }
+    if (kind == "level" && number >= row.rule.highest) {
+        return "none";
+    }
+    if (kind == "size") {
+        return size_text(row.rule.load == load_rules::load_bytes ? number : number << 10);
+    }
+    return std::to_string(number);
+}
+
+// A default as one would write it into the file.
+std::optional<std::string> initial_text(const Row& row, const std::string& kind) {
+    if (auto* const* text = std::get_if<Text*>(&row.variable)) {
+        if (!**text) {
+            return std::nullopt;
+        }
+        // A file that takes no relative name still has a relative default.
+        const bool needs_path = kind == "file" && row.rule.option == load_rules::FullPath &&
+                                !(*text)->view().starts_with('/');
+        return (needs_path ? std::string(RootDirectory.view()) + std::string(EtcDirectory.view())
+                           : "") +
+               std::string((*text)->view());
+    }
+    const bool is_number = std::visit(
+        [](const auto* setting) {
+            return std::is_integral_v<std::remove_cvref_t<decltype(*setting)>>;
+        },
+        row.variable);
+    return is_number ? std::optional(number_text(row, kind)) : std::nullopt; // lists are not set
+}
+
+std::string only_text(const Gate& gate) {
+    return gate.program == 0
+               ? ""
+               : std::string("MailSubmissionProgram = ") + str_vtab(MSPSelectTable, gate.program);
+}
+
+std::optional<std::string> unless_empty(const std::string& text) {
+    return text.empty() ? std::nullopt : std::optional(text);
+}
+
+} // namespace
+
+std::vector<SectionReference> key_reference() {
+    std::vector<SectionReference> sections;
+    const std::vector<accepted::Text> values = accepted::rules();
+    const std::vector<std::string> checks = checked::rules();
+    const std::vector<std::string> forms = shown::rules();
+    std::size_t number = 0;
+    for (const Row& row : catalogue()) {
+        const std::size_t i = number++;
+        if (!row.section) {
+            continue;
+        }
+        auto section = std::find_if(sections.begin(), sections.end(), [&](const auto& s) {
+            return std::string_view(s.section) == row.section;
+        });
+        if (section == sections.end()) {
+            section = sections.insert(section, {row.section, purpose_of(row.section), {}});
+        }
+        const ValueText value = with_bounds(values[i], row.variable);
+        section->keys.push_back({row.key, value, initial_text(row, value.kind),
+                                 unless_empty(checks[i]), unless_empty(forms[i]),
+                                 only_text(row.gate)});
+    }
+    return sections;
+}
+
+std::string sentence(const ValueText& text) {
+    return text.details.empty() ? text.kind : text.kind + ": " + text.details;
+}
+
+} // namespace ov

@@ -1,0 +1,42 @@
+// What the manual, the sample configuration and the completion say of each key, in words made
+// from the key's row in the catalogue.
+#pragma once
+
+#include "conf/catalogue.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ov {
+
+// What a rule says of a value: the kind, and beside it what is special about this key.
+struct ValueText {
+    std::string kind;
+    std::string details;
+};
+
+struct KeyReference {
+    const char* key;
+    ValueText accepted;
+    std::optional<std::string> initial; // the default as it is written in a file; nothing: not set
+    std::optional<std::string> checked; // what -c accepts; nothing: it cannot be checked
+    std::optional<std::string> shown;   // how -a shows it; nothing: it cannot be shown
+    std::string only;                   // when it is read at all; empty: always
+};
+
+struct SectionReference {
+    const char* section;
+    const char* purpose;
+    std::vector<KeyReference> keys;
+};
+
+// All sections in the order in which they are first read, each with all of its keys. To be called
+// before anything is loaded: the settings hold the defaults.
+std::vector<SectionReference> key_reference();
+
+// The texts of a kind and its details as one sentence without a full stop.
+std::string sentence(const ValueText& text);
+
+} // namespace ov

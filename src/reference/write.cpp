@@ -1,0 +1,252 @@
+#include "reference/write.h"
+
+#include "conf/rights.h"
+#include "conf/settings.h"
+#include "reference/key_reference.h"
+#include "tool/commands.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace ov {
+
+namespace {
+
+// The text as an argument of a manual page's macro: quoted, and never taken for a macro itself.
+std::string argument(std::string_view text) {
+    std::string quoted = "\"\\&";
+    for (const char c : text) {
+        quoted += c == '"' ? "\\(dq" : c == '\\' ? "\\e" : std::string(1, c);
+    }
+    return quoted + '"';
+}
+
+// The text as a line, or a part of one, of a manual page.
+std::string line(std::string text) {
+    for (std::size_t at = 0; (at = text.find('"', at)) != text.npos; at += 4) {
+        text.replace(at, 1, "\\(dq");
+    }
+    return text;
+}
+
+std::string capitalised(std::string text) {
+    if (text[0] >= 'a' && text[0] <= 'z') {
+        text[0] = static_cast<char>(text[0] - 'a' + 'A');
+    }
+    return text;
+}
+
+std::string manual_key(const KeyReference& key) {
+    std::string text = std::string(".It Ic ") + argument(key.key) + "\n";
+    text += capitalised(line(sentence(key.accepted))) + ".\n";
+    if (!key.initial) {
+        text += "Default: not set.\n";
+    } else if (key.initial->empty()) {
+        text += "Default: empty.\n";
+    } else {
+        text += "Default:\n.Ql " + argument(*key.initial) + " .\n";
+    }
+    if (!key.only.empty()) {
+        text += "Read with\n.Ql " + argument(key.only) + "\nonly.\n";
+    }
+    const bool same = key.checked && *key.checked == sentence(key.accepted);
+    text += ".br\nCheck: " + (same ? "the same" : line(key.checked.value_or("no"))) + ".\n";
+    text += "Show: " + line(key.shown.value_or("no")) + ".\n";
+    return text;
+}
+
+const char* kind_of(RightRule rule) {
+    switch (rule) {
+    case RightRule::Boolean:
+        return "boolean";
+    case RightRule::Number:
+        return "number";
+    case RightRule::String:
+        return "text";
+    case RightRule::List:
+        return "names";
+    case RightRule::Date:
+        return "date";
+    case RightRule::Selection:
+        return "selection";
+    case RightRule::Limit:
+        return "limit";
+    }
+    return "";
+}
+
+const char* change_of(RightChange change) {
+    switch (change) {
+    case RightChange::Fixed:
+        return "no";
+    case RightChange::Boolean:
+        return "boolean";
+    case RightChange::Digits:
+        return "digits";
+    case RightChange::Anything:
+        return "anything";
+    }
+    return "";
+}
+
+// A default of a right as it is written in a rights file.
+std::string written(const RightRow& row, std::size_t rank) {
+    if (const auto* const* numbers = std::get_if<PerRole<int>*>(&row.setting)) {
+        const int number = (**numbers)[rank];
+        return row.rule == RightRule::Selection ? str_addrselect(number) : std::to_string(number);
+    }
+    if (const auto* const* numbers = std::get_if<PerRole<unsigned>*>(&row.setting)) {
+        return std::to_string((**numbers)[rank]);
+    }
+    return "-"; // texts and lists are not set
+}
+
+// The defaults of the six roles: one when they are all the same.
+std::string defaults(const RightRow& row) {
+    std::string all;
+    bool same = true;
+    for (std::size_t rank = 0; rank < Roles; ++rank) {
+        const std::string text = written(row, rank);
+        all += (rank == 0 ? "" : " ") + text;
+        same = same && text == written(row, 0);
+    }
+    return same ? written(row, 0) : all;
+}
+
+// The key of the directory of a role's rights files.
+const Row& directory_row(int rank) {
+    const auto rows = catalogue();
+    const auto found = std::find_if(rows.begin(), rows.end(), [rank](const Row& row) {
+        const auto* const* text = std::get_if<Text*>(&row.variable);
+        return text && *text == &role_directory(rank);
+    });
+    if (found == rows.end()) {
+        throw std::logic_error("the directory of a role has no key");
+    }
+    return *found;
+}
+
+template <class Items, class TextOf>
+std::string shell_list(const std::string& name, const Items& items, TextOf text_of) {
+    std::string text;
+    for (const auto& item : items) {
+        const std::string word = text_of(item);
+        text += (text.empty() || word.empty() ? "" : " ") + word;
+    }
+    return name + "='" + text + "'\n";
+}
+
+// The names of the rights that can be given values of one kind.
+std::string assignable(const char* name, RightChange change) {
+    return shell_list(name, rights(), [change](const RightRow& right) {
+        return right.change == change ? std::string(right.key) : "";
+    });
+}
+
+struct Generated {
+    const char* name;
+    std::string (*text)();
+};
+constexpr Generated texts[] = {
+    {"manual_keys", manual_keys},         {"manual_queries", manual_queries},
+    {"manual_rights", manual_rights},     {"sample_keys", sample_keys},
+    {"completion_data", completion_data},
+};
+
+} // namespace
+
+std::string manual_keys() {
+    std::string text;
+    for (const SectionReference& section : key_reference()) {
+        text += std::string(".Ss \\&[") + section.section + "]\\&\n" + section.purpose +
+                "\n.Bl -tag -width Ds\n";
+        for (const KeyReference& key : section.keys) {
+            text += manual_key(key);
+        }
+        text += ".El\n";
+    }
+    return text;
+}
+
+std::string manual_queries() {
+    std::string text = ".Bl -tag -width Ds\n";
+    for (const CombinedQuery& query : combined_queries()) {
+        text += std::string(".It Ic ") + query.name;
+        const char* separator = "\n.Ic ";
+        for (const Right right : query.rights) {
+            text += separator + std::string(row_of(right).key);
+            separator = " ,\n.Ic ";
+        }
+        text += query.tells_freezing
+                    ? " ,\nand whether freezing messages is switched on for the user\n"
+                    : "\n";
+    }
+    return text + ".El\n";
+}
+
+std::string manual_rights() {
+    std::string text = ".Bl -column \"FromFilterSelect_Search\" \"selection\" \"3 0 0 3 0 0\" "
+                       "\"asked\" \"anything\"\n"
+                       ".It Sy Right Ta Sy Kind Ta Sy Default Ta Sy Asked Ta Sy Changed\n";
+    for (const RightRow& right : rights()) {
+        text += std::string(".It Ic ") + right.key + " Ta " + kind_of(right.rule) + " Ta " +
+                defaults(right) + " Ta " + (right.query == RightQuery::None ? "no" : "yes") +
+                " Ta " + change_of(right.change) + "\n";
+    }
+    return text + ".El\n";
+}
+
+std::string sample_keys() {
+    std::string text;
+    for (const SectionReference& section : key_reference()) {
+        text += std::string("\n[") + section.section + "]\n# " + section.purpose + "\n";
+        for (const KeyReference& key : section.keys) {
+            const std::string initial = key.initial.value_or("");
+            text += "\n# " + capitalised(sentence(key.accepted)) +
+                    (key.initial ? "" : ". Not set.") + "\n#" + key.key + " =" +
+                    (initial.empty() ? "" : " " + initial) + "\n";
+        }
+    }
+    return text;
+}
+
+std::string completion_data() {
+    const std::vector<SectionReference> sections = key_reference();
+    std::string text = shell_list("_ov_conf_sections", sections,
+                                  [](const SectionReference& s) { return std::string(s.section); });
+    text += "declare -A _ov_conf_keys=(\n";
+    for (const SectionReference& section : sections) {
+        std::string name = section.section; // in lower case: it is found in any
+        std::transform(name.begin(), name.end(), name.begin(),
+                       [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+        text += shell_list("    [" + name + "]", section.keys,
+                           [](const KeyReference& key) { return std::string(key.key); });
+    }
+    text += ")\ndeclare -A _ov_conf_directories=(\n";
+    for (const RoleCommand& command : RoleCommands) {
+        const Row& row = directory_row(command.rank);
+        text += std::string("    [") + command.name + "]='" + row.key + " " +
+                std::get<Text*>(row.variable)->c_str() + "'\n";
+    }
+    text += ")\n_ov_conf_root='" + std::string(RootDirectory.view()) + "'\n";
+    text += shell_list("_ov_conf_queries", combined_queries(),
+                       [](const CombinedQuery& query) { return std::string(query.name); });
+    text += shell_list("_ov_conf_rights", rights(), [](const RightRow& right) {
+        return right.query == RightQuery::None ? "" : std::string(right.key);
+    });
+    text += assignable("_ov_conf_boolean_rights", RightChange::Boolean);
+    text += assignable("_ov_conf_digit_rights", RightChange::Digits);
+    text += assignable("_ov_conf_text_rights", RightChange::Anything);
+    return text;
+}
+
+std::string generated(std::string_view name) {
+    const auto* found = std::find_if(std::begin(texts), std::end(texts),
+                                     [name](const Generated& text) { return text.name == name; });
+    if (found == std::end(texts)) {
+        throw std::invalid_argument("unknown name in a template: " + std::string(name));
+    }
+    return found->text();
+}
+
+} // namespace ov

@@ -1,0 +1,28 @@
+// The generated parts of the manual pages, the sample configuration and the completion.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace ov {
+
+// The list of all sections and keys for a manual page (mdoc).
+std::string manual_keys();
+
+// The list of the queries for several rights for a manual page (mdoc).
+std::string manual_queries();
+
+// The list of all rights for a manual page (mdoc).
+std::string manual_rights();
+
+// All keys at their defaults, each commented out, as a configuration file.
+std::string sample_keys();
+
+// Shell variables: the keys of each section, the directories of the role commands, what they can
+// be asked for and what they can assign.
+std::string completion_data();
+
+// The text that stands for a line "@NAME@" of a template. An unknown name throws.
+std::string generated(std::string_view name);
+
+} // namespace ov
