@@ -71,10 +71,11 @@ Entry Snapshot::entry_of(const First& first) const {
     return {{}, 0, {}, first.line, std::string_view(rests_).substr(first.start, first.length)};
 }
 
-int Snapshot::lookup(const Row& row, std::string& ans, int flg) const {
+int Snapshot::lookup(const Row& row, const char* sec, const char* key, std::string& ans,
+                     int flg) const {
     const auto number = static_cast<std::size_t>(&row - catalogue().data());
     const auto take = [&](const First& first) {
-        return take_value(entry_of(first), row.section, row.key, ans, MaxText + 1, flg);
+        return take_value(entry_of(first), sec, key, ans, MaxText + 1, flg);
     };
     ans.clear();
     if (found_[number].line != 0 && take(found_[number])) {

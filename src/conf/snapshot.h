@@ -16,8 +16,12 @@ class Snapshot {
     static std::optional<Snapshot> open(const char* path);
     explicit Snapshot(Source source);
 
-    // What _getprofile finds for the key of `row`: the same value, line number and result.
-    int lookup(const Row& row, std::string& ans, int flg) const;
+    // What _getprofile finds for the key of `row`: the same value, line number and result. `sec`
+    // and `key` are the names as they were asked for.
+    int lookup(const Row& row, const char* sec, const char* key, std::string& ans, int flg) const;
+    int lookup(const Row& row, std::string& ans, int flg) const {
+        return lookup(row, row.section, row.key, ans, flg);
+    }
 
     // The same for a right: a key of the section "Admin" or "Manager".
     int lookup(const char* section, const char* key, std::string& ans, int flg) const;

@@ -5,6 +5,7 @@
 #include "conf/get_vals.h"
 #include "conf/isvalid_msp.h"
 #include "conf/layout.h"
+#include "conf/loader.h"
 #include "conf/settings.h"
 #include "tool/commands.h"
 #include "tool/reply.h"
@@ -125,8 +126,8 @@ Options parse_options(int argc, char** argv) {
 
 [[noreturn]] void fetch(const Options& options) {
     std::string value;
-    if (conf_fetch(ConfigFile.c_str(), options.section->c_str(), options.key->c_str(), value,
-                   MaxText + 1) == 0) {
+    if (fetch_scanned(ConfigFile.c_str(), options.section->c_str(), options.key->c_str(), value) ==
+        0) {
         std::printf("1: %s\n", value.c_str());
     } else {
         std::puts("0: not found");
