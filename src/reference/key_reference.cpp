@@ -58,7 +58,7 @@ enum DirectoryOption : bool { Created = true };
 enum ServerOption : bool { MarkersAllowed = true };
 constexpr std::int64_t Lowest = std::numeric_limits<std::int64_t>::min();
 
-struct Text {
+struct Rule {
     ValueText text;
     std::int64_t lowest = Lowest;
     std::int64_t highest = NoBound;
@@ -67,88 +67,88 @@ struct Text {
     bool whole_range = false; // of a setting without a sign, too
 };
 
-Text plain(const char* kind, std::string details = "") {
+Rule plain(const char* kind, std::string details = "") {
     return {{kind, std::move(details)}};
 }
-Text boolean() {
+Rule boolean() {
     return plain("boolean");
 }
-Text integer(std::int64_t lowest = Lowest, std::int64_t highest = NoBound) {
+Rule integer(std::int64_t lowest = Lowest, std::int64_t highest = NoBound) {
     return {{"number", ""}, lowest, highest, NoLength, true};
 }
-Text integer64() {
-    Text text = integer();
-    text.whole_range = true;
-    return text;
+Rule integer64() {
+    Rule rule = integer();
+    rule.whole_range = true;
+    return rule;
 }
-Text digits(std::int64_t lowest = 0, std::int64_t highest = NoBound,
+Rule digits(std::int64_t lowest = 0, std::int64_t highest = NoBound,
             std::size_t longest = NoLength) {
     return {{"digits", ""}, lowest, highest, longest, true};
 }
 template <class Bound>
-Text within(const Bound& low, const Bound& high) {
+Rule within(const Bound& low, const Bound& high) {
     return plain("digits", "from " + key_of(low) + " to " + key_of(high));
 }
-Text word(Table table) {
+Rule word(Table table) {
     return plain("word", words_of(table));
 }
-Text level() {
+Rule level() {
     return plain("level", words_of(LogLevelTable) + ", or 0 to 9999");
 }
-Text bytes() {
+Rule bytes() {
     return plain("size", "in bytes; without a unit: K");
 }
-Text kilobytes() {
+Rule kilobytes() {
     return plain("size", "held in kilobytes; without a unit: M");
 }
-Text min_free(const ov::Text& directory, long&) {
+Rule min_free(const Text& directory, long&) {
     return plain("size", "to stay free where " + key_of(directory) +
                              " is; held in kilobytes; without a unit: M");
 }
-Text text() {
+Rule text() {
     return plain("text");
 }
-Text signature(std::size_t longest) {
+Rule signature(std::size_t longest) {
     return plain("text", "of at most " + std::to_string(longest) + " characters; empty: none");
 }
-Text path() {
+Rule path() {
     return plain("path");
 }
-Text file(FileOption option = {}) {
+Rule file(FileOption option = {}) {
     return plain("file", option == FullPath ? "with its full path" : "relative: in EtcDirectory");
 }
-Text directory(const ov::Text& base, DirectoryOption option = {}) {
+Rule directory(const Text& base, DirectoryOption option = {}) {
     return plain("directory", "relative: under " + key_of(base) +
                                   (option == Created ? "; made when it is missing" : ""));
 }
-Text directory() {
+Rule directory() {
     return plain("directory", "with its full path");
 }
-Text template_directory() {
+Rule template_directory() {
     return plain("directory", "relative: under RootDirectory; empty: none");
 }
-Text words(const char* characters) {
+Rule words(const char* characters) {
     return plain("words", separators(characters));
 }
-Text internal_domains() {
+Rule internal_domains() {
     return plain("domains", separators("&:"));
 }
-Text ip_conditions() {
+Rule ip_conditions() {
     return plain("IP addresses", separators(":"));
 }
-Text addresses(const char*) {
+Rule addresses(const char*) {
     return plain("mail addresses", separators(";,") + "; at most MaxAddressList");
 }
-Text servers(const ServerList&, ServerOption markers = {}) {
+Rule servers(const ServerList&, ServerOption markers = {}) {
     return plain("servers",
                  markers == MarkersAllowed ? R"("_MSP_" and "_CMD_" may be among them)" : "");
 }
-Text user_group() {
+Rule user_group() {
     return plain("words", separators(":") + "; at most eight");
 }
 
 // By the number of the row.
-std::vector<Text> rules() {
+std::vector<Rule> rules() {
     return {
 #define SETTING(section, key, variable, type, initial, gate, load, check, print) (load),
 #define STEP(gate, step) {},
@@ -362,7 +362,7 @@ const char* purpose_of(std::string_view section) {
 }
 
 // The bounds of a number: those of its rule and those of its setting.
-ValueText with_bounds(const accepted::Text& rule, const Variable& variable) {
+ValueText with_bounds(const accepted::Rule& rule, const Variable& variable) {
     ValueText text = rule.text;
     if (!rule.bounded) {
         return text;
@@ -452,7 +452,7 @@ std::optional<std::string> unless_empty(const std::string& text) {
 
 std::vector<SectionReference> key_reference() {
     std::vector<SectionReference> sections;
-    const std::vector<accepted::Text> values = accepted::rules();
+    const std::vector<accepted::Rule> values = accepted::rules();
     const std::vector<std::string> checks = checked::rules();
     const std::vector<std::string> forms = shown::rules();
     std::size_t number = 0;
