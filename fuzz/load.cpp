@@ -25,19 +25,24 @@ struct File {
     std::vector<SlowEntry> lines = slow_entries(text, LineMode);
     std::vector<SlowEntry> tokens = slow_entries(text, TokenMode);
 
-    const SlowEntry* entry(std::string_view section, std::string_view key, int mode) const {
-        return slow_lookup(mode == LineMode ? lines : tokens, section, key);
+    const SlowEntry* entry(const Row& row) const {
+        const bool boolean = row.rule.load == load_rules::load_boolean;
+        return slow_lookup(boolean ? tokens : lines, row.section, row.key);
+    }
+    const SlowEntry* entry(const RightRow& row, std::string_view section) const {
+        const bool boolean = row.rule == RightRule::Boolean;
+        return slow_lookup(boolean ? tokens : lines, section, row.key);
     }
 };
 
-enum class Verdict { Unknown, Valid, Invalid };
+enum class Judgement { Unknown, Valid, Invalid };
 struct Judged {
-    Verdict verdict = Verdict::Unknown;
+    Judgement judgement = Judgement::Unknown;
     std::string shown;
 };
 
 Judged judged_if(bool valid, const std::string& value) {
-    return {valid ? Verdict::Valid : Verdict::Invalid, value};
+    return {valid ? Judgement::Valid : Judgement::Invalid, value};
 }
 
 // The number of a setting, when its type can hold it.
@@ -46,7 +51,7 @@ Judged judged_number(const Row& row, std::int64_t number) {
         return judged_if(number == static_cast<int>(number), shown(number));
     }
     if (std::holds_alternative<long*>(row.variable)) {
-        return {Verdict::Valid, shown(number)};
+        return {Judgement::Valid, shown(number)};
     }
     return {};
 }
@@ -55,34 +60,30 @@ Judged judged_number(const Row& row, std::int64_t number) {
 Judged judge(const Row& row, const std::string& value) {
     const LoadRule& rule = row.rule;
     if (rule.load == load_rules::load_text) {
-        return {Verdict::Valid, shown(value.c_str())};
+        return {Judgement::Valid, shown(value.c_str())};
     }
     if (rule.load == load_rules::load_boolean) {
-        for (const char* word : {"true", "yes", "on", "1", "false", "no", "off", "0"}) {
-            if (same_name(value, word)) {
-                return {Verdict::Valid, shown(std::string_view("tyo1").find(word[0]) < 4 &&
-                                              !same_name(word, "off"))};
-            }
-        }
-        return {Verdict::Invalid, ""};
+        const int number = slow_boolean(value);
+        return judged_if(number != -1, shown(number));
     }
     if (rule.load == load_rules::load_word) {
         for (const VTAB* word = VTable[rule.table]; word->str; ++word) {
             if (same_name(word->str, value)) {
-                return {Verdict::Valid, shown(word->val)};
+                return {Judgement::Valid, shown(word->val)};
             }
         }
-        return {Verdict::Invalid, ""};
+        return {Judgement::Invalid, ""};
     }
     if (rule.load == load_rules::load_digits) {
-        const bool digits = !value.empty() && value.size() <= rule.longest &&
-                            value.find_first_not_of("0123456789") == value.npos;
-        if (!digits || value.size() > 18) { // beyond is not judged here
-            return digits ? Judged{} : Judged{Verdict::Invalid, ""};
+        if (!all_digits(value) || value.size() > rule.longest) {
+            return {Judgement::Invalid, ""};
+        }
+        if (value.size() > 18) {
+            return {}; // too large for this model
         }
         const std::int64_t number = std::stoll(value);
         const bool within = number >= rule.lowest && number <= rule.highest;
-        return within ? judged_number(row, number) : Judged{Verdict::Invalid, ""};
+        return within ? judged_number(row, number) : Judged{Judgement::Invalid, ""};
     }
     return {};
 }
@@ -114,7 +115,7 @@ void check_message(const std::string& errors, const std::string& path, const Fil
         if (!row.section) {
             continue;
         }
-        const SlowEntry* entry = file.entry(row.section, row.key, row.rule.mode);
+        const SlowEntry* entry = file.entry(row);
         const std::string place = path + ":" + std::to_string(entry ? entry->line : 0) + ": ";
         const std::string name = "[" + std::string(row.section) + "] " + row.key + ": ";
         const std::string value = entry ? entry->value : "";
@@ -124,24 +125,21 @@ void check_message(const std::string& errors, const std::string& path, const Fil
               place + name + '"' + value + "\" cannnot configuration \n",
               place + "invalid value, " + name + value + "\n"}) {
             if (errors.ends_with(message)) {
-                require(judge(row, value).verdict != Verdict::Valid, "refused: " + message);
+                require(judge(row, value).judgement != Judgement::Valid, "refused: " + message);
                 return;
             }
         }
         const bool invalid =
-            entry && is_read(row, mask) && judge(row, value).verdict == Verdict::Invalid;
+            entry && is_read(row, mask) && judge(row, value).judgement == Judgement::Invalid;
         require(!invalid, "not refused: " + place + name + value);
     }
     for (const RightRow& row : rights()) {
         for (const std::string section : {"Admin", "Manager"}) {
-            for (const std::string key : {row.key, "RejectGroup"}) {
-                const int mode = row.rule == RightRule::Boolean ? TokenMode : LineMode;
-                const SlowEntry* entry = file.entry(section, key, mode);
-                if (entry && errors.ends_with(path + ":" + std::to_string(entry->line) +
-                                              ": invalid value, [" + section + "] " + key + ": " +
-                                              entry->value + "\n")) {
-                    return;
-                }
+            const SlowEntry* entry = file.entry(row, section);
+            if (entry &&
+                errors.ends_with(path + ":" + std::to_string(entry->line) + ": invalid value, [" +
+                                 section + "] " + row.key + ": " + entry->value + "\n")) {
+                return;
             }
         }
     }
@@ -156,18 +154,27 @@ void check_settings(const std::vector<std::string>& before, const File& file, un
         if (!is_read(row, mask) || changed[i]) {
             continue;
         }
-        const SlowEntry* entry = file.entry(row.section, row.key, row.rule.mode);
+        const SlowEntry* entry = file.entry(row);
         const Judged expected = entry             ? judge(row, entry->value)
                                 : row.rule.absent ? Judged{}
-                                                  : Judged{Verdict::Valid, before[i]};
-        require(expected.verdict != Verdict::Invalid, std::string("not refused: ") + row.key);
-        if (expected.verdict == Verdict::Valid) {
+                                                  : Judged{Judgement::Valid, before[i]};
+        require(expected.judgement != Judgement::Invalid, std::string("not refused: ") + row.key);
+        if (expected.judgement == Judgement::Valid) {
             require_equal(after[i], expected.shown, row.key);
         }
     }
 }
 
 } // namespace
+
+extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size,
+                                               std::size_t most, unsigned seed) {
+    const Row& row = catalogue()[seed / 32 % catalogue().size()];
+    const std::string limits[] = {"", "", std::to_string(row.rule.lowest),
+                                  std::to_string(row.rule.highest)};
+    return with_entry(data, size, most, seed, row.section ? row.section : "SMTP", row.key,
+                      limits[(seed >> 20) % std::size(limits)]);
+}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     restore_settings();

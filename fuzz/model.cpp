@@ -191,4 +191,50 @@ int slow_header(std::string_view text, std::string_view section) {
     return 0;
 }
 
+bool all_digits(std::string_view text) {
+    return !text.empty() && text.find_first_not_of("0123456789") == text.npos;
+}
+
+int slow_boolean(std::string_view text) {
+    for (const char* word : {"true", "yes", "on", "1"}) {
+        if (same_name(text, word)) {
+            return 1;
+        }
+    }
+    for (const char* word : {"false", "no", "off", "0"}) {
+        if (same_name(text, word)) {
+            return 0;
+        }
+    }
+    return -1;
+}
+
+std::vector<std::string> slow_split(std::string_view text, std::string_view separators) {
+    std::vector<std::string> fields;
+    std::string field;
+    for (const char c : std::string(text) + separators.front()) {
+        if (separators.find(c) == separators.npos) {
+            field += c;
+        } else if (!field.empty()) {
+            fields.push_back(field);
+            field.clear();
+        }
+    }
+    return fields;
+}
+
+bool has_form_of_date(const std::string& text) {
+    return text.size() == 10 && all_digits(text.substr(0, 4)) && text[4] == '/' &&
+           all_digits(text.substr(5, 2)) && text[7] == '/' && all_digits(text.substr(8));
+}
+
+bool slow_is_date(const std::string& text) {
+    if (!has_form_of_date(text)) {
+        return false;
+    }
+    const int month = std::stoi(text.substr(5, 2));
+    const int day = std::stoi(text.substr(8));
+    return month >= 1 && month <= 12 && day >= 1 && day <= 31;
+}
+
 } // namespace ov::fuzz

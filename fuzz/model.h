@@ -1,5 +1,5 @@
-// The grammar of configuration files once more, as plain and slow as can be: what the scanner and
-// the lookups are held against.
+// The grammar of configuration files and the common kinds of values once more, as plain and slow as
+// can be: what the code is held against.
 #pragma once
 
 #include <string>
@@ -47,5 +47,18 @@ const SlowEntry* slow_lookup(const std::vector<SlowEntry>& entries, std::string_
 
 // The line of the first header of a section; 0 when there is none.
 int slow_header(std::string_view text, std::string_view section);
+
+// Whether a text is made of decimal digits and not empty.
+bool all_digits(std::string_view text);
+
+// 1 or 0 for a boolean word, otherwise -1.
+int slow_boolean(std::string_view text);
+
+// The fields between separators, without empty ones.
+std::vector<std::string> slow_split(std::string_view text, std::string_view separators);
+
+// A date like "2008/02/31", whatever its numbers, and with a month and a day that there may be.
+bool has_form_of_date(const std::string& text);
+bool slow_is_date(const std::string& text);
 
 } // namespace ov::fuzz

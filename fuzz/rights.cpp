@@ -8,7 +8,8 @@
 #include "model.h"
 #include "support.h"
 
-#include <cstring>
+#include <cerrno>
+#include <cstdlib>
 
 using namespace ov;
 using namespace ov::fuzz;
@@ -27,8 +28,9 @@ Shown slow_number(const std::string& value) {
     return shown(number & 0xffffffffLL);
 }
 
-Shown slow_word(const std::string& value,
-                std::initializer_list<std::pair<const char*, int>> words) {
+Shown slow_selection(const std::string& value) {
+    const std::pair<const char*, int> words[] = {
+        {"header", 1}, {"envelope", 2}, {"both", 3}, {"none", 0}};
     for (const auto& [word, number] : words) {
         if (same_name(value, word)) {
             return shown(number);
@@ -37,68 +39,31 @@ Shown slow_word(const std::string& value,
     return std::nullopt;
 }
 
-Shown slow_date(const std::string& value) {
-    const char* form = "0000/00/00";
-    for (std::size_t i = 0; i < 10; ++i) {
-        const bool fits = form[i] == '/' ? value[i] == '/' : value[i] >= '0' && value[i] <= '9';
-        if (value.size() != 10 || !fits) {
-            return std::nullopt;
-        }
+Shown slow_limit(std::string value, const std::string& before) {
+    while (value.size() > 1 && value.front() == '0') {
+        value.erase(0, 1);
     }
-    const int month = std::stoi(value.substr(5, 2));
-    const int day = std::stoi(value.substr(8));
-    return month >= 1 && month <= 12 && day >= 1 && day <= 31 ? Shown(shown(value.c_str()))
-                                                              : std::nullopt;
-}
-
-Shown slow_limit(const std::string& value, const std::string& before) {
-    std::string digits = value;
-    while (digits.size() > 1 && digits[0] == '0') {
-        digits.erase(0, 1);
-    }
-    if (value.find_first_not_of("0123456789") != value.npos || digits.size() > 4) {
-        return std::nullopt;
-    }
-    return value.empty() ? before : digits;
-}
-
-std::string slow_list(const std::string& value) {
-    std::vector<std::string> names{""};
-    for (const char c : value) {
-        if (c != ':') {
-            names.back() += c;
-        } else if (!names.back().empty()) {
-            names.emplace_back();
-        }
-    }
-    if (names.back().empty()) {
-        names.pop_back();
-    }
-    return shown(names);
+    return value.empty() ? before : all_digits(value) && value.size() <= 4 ? Shown(value) : Shown();
 }
 
 Shown slow_right(const RightRow& row, const std::string& value, const std::string& before) {
     switch (row.rule) {
     case RightRule::Boolean:
-        return slow_word(value, {{"true", 1},
-                                 {"yes", 1},
-                                 {"on", 1},
-                                 {"1", 1},
-                                 {"false", 0},
-                                 {"no", 0},
-                                 {"off", 0},
-                                 {"0", 0}});
+        return slow_boolean(value) == -1 ? Shown() : shown(slow_boolean(value));
     case RightRule::Number:
         return slow_number(value);
     case RightRule::String:
         return shown(value.c_str());
     case RightRule::List:
-        return value.empty() && std::string(row.key).starts_with("Set") ? "unset"
-                                                                        : slow_list(value);
+        return value.empty() && std::string(row.key).starts_with("Set")
+                   ? "unset"
+                   : shown(slow_split(value, ":"));
     case RightRule::Date:
-        return value.empty() ? "unset" : slow_date(value);
+        return value.empty()         ? "unset"
+               : slow_is_date(value) ? Shown(shown(value.c_str()))
+                                     : Shown();
     case RightRule::Selection:
-        return slow_word(value, {{"header", 1}, {"envelope", 2}, {"both", 3}, {"none", 0}});
+        return slow_selection(value);
     case RightRule::Limit:
         return slow_limit(value, before);
     }
@@ -143,6 +108,12 @@ std::string slow_read(const std::string& text, const std::string& section,
 }
 
 } // namespace
+
+extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size,
+                                               std::size_t most, unsigned seed) {
+    const RightRow& row = rights()[seed / 32 % rights().size()];
+    return with_entry(data, size, most, seed, seed & 0x10000 ? "Admin" : "Manager", row.key);
+}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     restore_settings();

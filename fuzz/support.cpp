@@ -12,6 +12,8 @@
 #include <type_traits>
 #include <unistd.h>
 
+extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, std::size_t most);
+
 namespace ov::fuzz {
 
 namespace {
@@ -225,6 +227,29 @@ bool same_name(std::string_view a, std::string_view b) {
     const auto folded = [](char c) { return c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : int{c}; };
     return std::equal(a.begin(), a.end(), b.begin(), b.end(),
                       [&](char x, char y) { return folded(x) == folded(y); });
+}
+
+std::size_t with_entry(std::uint8_t* data, std::size_t size, std::size_t most, unsigned seed,
+                       std::string_view section, std::string_view key, std::string value) {
+    constexpr const char* values[] = {
+        "yes",      "off",  "0",          "000000025",  "9999",       "10000",
+        "-1",       "none", "999999999G", "2147483647", "2147483648", "4294967295",
+        "20M",      "x",    "\"a # b\"",  "[x]",        "/x",         "9223372036854775808",
+        "0x10",     "010",  "10.1.:*",    "2008/12/31", "a:b::c",     "mx:25 _MSP_",
+        "envelope", "",
+    };
+    if (value.empty()) {
+        value = values[seed % std::size(values)];
+    }
+    const std::string input(reinterpret_cast<const char*>(data), size);
+    const std::size_t first = std::min(input.find('\n'), size);
+    std::string result = input.substr(0, first) + "\n[" + std::string(section) + "]\n";
+    result += std::string(key) + " = " + value + "\n" + input.substr(std::min(first + 1, size));
+    if (seed % 3 == 0 || result.size() > most) {
+        return LLVMFuzzerMutate(data, size, most);
+    }
+    std::copy(result.begin(), result.end(), data);
+    return result.size();
 }
 
 void restore_settings() {

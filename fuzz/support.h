@@ -64,6 +64,12 @@ void write_file(const std::string& path, std::string_view text);
 // Whether two names are equal without regard to the case of ASCII letters.
 bool same_name(std::string_view a, std::string_view b);
 
+// For custom mutators: puts an entry of that section and key behind the first line of the input.
+// Its value is `value` or, when that is empty, one that is often a limit; `seed` chooses which.
+// Returns the new size. Now and then, or without room for it, the input changes in other ways.
+std::size_t with_entry(std::uint8_t* data, std::size_t size, std::size_t most, unsigned seed,
+                       std::string_view section, std::string_view key, std::string value = "");
+
 // Gives all settings and rights their defaults again, and forgets the files read.
 void restore_settings();
 
