@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <fcntl.h>
 #include <new>
 #include <unistd.h>
@@ -47,6 +48,19 @@ int run_command(int argc, char** argv) {
     return EXIT_FAILURE;
 }
 
+[[noreturn]] void end_without_memory() {
+    std::fputs("550 Out of memory: malloc error\n", stderr);
+    std::exit(EXIT_FAILURE);
+}
+
+// When memory is exhausted from the very start, there is none to throw an exception with.
+[[noreturn]] void on_terminate() {
+    if (std::current_exception()) {
+        std::abort();
+    }
+    end_without_memory();
+}
+
 } // namespace
 
 void mss_exit(int status) {
@@ -57,12 +71,12 @@ void mss_exit(int status) {
 } // namespace ov
 
 int main(int argc, char** argv) {
+    std::set_terminate(ov::on_terminate);
     try {
         ov::open_standard_descriptors();
         ov::ProgName = ov::base_name(argc > 0 ? argv[0] : "");
         std::exit(ov::run_command(argc, argv));
     } catch (const std::bad_alloc&) {
-        std::fputs("550 Out of memory: malloc error\n", stderr);
-        std::exit(EXIT_FAILURE);
+        ov::end_without_memory();
     }
 }
