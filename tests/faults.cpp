@@ -1,20 +1,27 @@
-// Preloaded into a command: the n-th call of one system call that concerns a file fails. A write
-// with the error 0 writes one byte less than asked for.
+// Preloaded into a command: the n-th call of one function that concerns a file fails. A write with
+// the error 0 writes one byte less than asked for; with the error -1 nothing fails, but the process
+// stops itself in front of the call.
 //   OV_FAULT_FILE    the file; one whose path begins with it (a temporary file) counts, too
-//   OV_FAULT_CALL    mkstemp, fdopen, open, fcntl, read or write
+//   OV_FAULT_CALL    mkstemp, fdopen, open, fcntl, read, write, fflush, fclose, close or unlink
 //   OV_FAULT_NUMBER  which call of it fails, counted from 1
 //   OV_FAULT_ERROR   its errno
+// Or allocations fail, and OV_FAULT_FILE is made to tell that there was one:
+//   OV_FAULT_CALL    malloc: the n-th one; memory: the n-th and all that follow
 
 #include <cerrno>
+#include <csignal>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace {
+
+constexpr int Stop = -1;
 
 long number_in(const char* variable) {
     const char* text = std::getenv(variable);
@@ -33,7 +40,12 @@ bool fails(const char* name, const char* path) {
         ++calls != number_in("OV_FAULT_NUMBER")) {
         return false;
     }
-    errno = static_cast<int>(number_in("OV_FAULT_ERROR"));
+    const auto error = static_cast<int>(number_in("OV_FAULT_ERROR"));
+    if (error == Stop) {
+        std::raise(SIGSTOP);
+        return false;
+    }
+    errno = error;
     return true;
 }
 
@@ -42,6 +54,10 @@ bool fails(const char* name, int fd) {
     char path[4096] = {};
     std::snprintf(link, sizeof link, "/proc/self/fd/%d", fd);
     return ::readlink(link, path, sizeof path - 1) > 0 && fails(name, path);
+}
+
+bool fails(const char* name, FILE* stream) {
+    return stream && fails(name, ::fileno(stream));
 }
 
 template <class Function>
@@ -97,4 +113,84 @@ ssize_t write(int fd, const void* buffer, size_t size) {
     return errno == 0 ? real_write(fd, buffer, size - 1) : -1;
 }
 
+int fflush(FILE* stream) {
+    return fails("fflush", stream) ? EOF : real<int(FILE*)>("fflush")(stream);
+}
+
+// What is not closed without an error is closed all the same.
+int fclose(FILE* stream) {
+    const bool failing = fails("fclose", stream);
+    const int error = errno;
+    const int result = real<int(FILE*)>("fclose")(stream);
+    errno = failing ? error : errno;
+    return failing ? EOF : result;
+}
+
+int close(int fd) {
+    const bool failing = fails("close", fd);
+    const int error = errno;
+    const int result = real<int(int)>("close")(fd);
+    errno = failing ? error : errno;
+    return failing ? -1 : result;
+}
+
+int unlink(const char* path) {
+    return fails("unlink", path) ? -1 : real<int(const char*)>("unlink")(path);
+}
+
 } // extern "C"
+
+// The sanitizers have an allocator of their own.
+#ifndef OV_SANITIZE
+
+extern "C" void* __libc_malloc(size_t size);
+extern "C" void* __libc_calloc(size_t count, size_t size);
+extern "C" void* __libc_realloc(void* old, size_t size);
+
+namespace {
+
+// Allocations count from here on, which is before those of the command.
+struct Memory {
+    long number = 0; // of the one that fails; 0: none does
+    bool all = false;
+    long calls = 0;
+} memory;
+
+__attribute__((constructor)) void set_up_memory() {
+    const char* call = std::getenv("OV_FAULT_CALL");
+    memory.all = call && std::strcmp(call, "memory") == 0;
+    memory.number =
+        call && (memory.all || std::strcmp(call, "malloc") == 0) ? number_in("OV_FAULT_NUMBER") : 0;
+}
+
+bool allocation_fails() {
+    if (memory.number == 0 || ++memory.calls < memory.number ||
+        (memory.calls > memory.number && !memory.all)) {
+        return false;
+    }
+    if (memory.calls == memory.number) {
+        ::syscall(SYS_close, ::syscall(SYS_creat, std::getenv("OV_FAULT_FILE"), 0666));
+    }
+    errno = ENOMEM;
+    return true;
+}
+
+} // namespace
+
+extern "C" {
+
+void* malloc(size_t size) {
+    return allocation_fails() ? nullptr : __libc_malloc(size);
+}
+
+void* calloc(size_t count, size_t size) {
+    return allocation_fails() ? nullptr : __libc_calloc(count, size);
+}
+
+void* realloc(void* old, size_t size) {
+    return allocation_fails() ? nullptr : __libc_realloc(old, size);
+}
+
+} // extern "C"
+
+#endif

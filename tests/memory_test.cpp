@@ -1,0 +1,194 @@
+// Exhausted memory: whichever allocation of a command fails, it goes on with the result it would
+// have had, or ends with status 1 and a message, and the file it edits is whole.
+#include "installation.h"
+
+#include <gtest/gtest.h>
+#include <regex>
+#include <sstream>
+
+namespace ov {
+namespace {
+
+using test::Result;
+
+enum Effect { Reads, EditsMainFile, ChangesRights };
+
+struct Command {
+    const char* name;
+    Effect effect;
+    std::vector<std::string> words;
+};
+
+void PrintTo(const Command& command, std::ostream* stream) {
+    *stream << command.name;
+}
+
+const std::string Text = "a text that is too long to be held without an allocation";
+
+// A setting of every form that is held in memory of its own.
+const std::string Settings =
+    "DenyIP = 10.0.0.1:192.168.0.0/16\nServerHost = mx1.a-rather-long-domain.example.com:25 _MSP_\n"
+    "[Admin]\nAdminMailAddress = first.administrator@example.com,second@example.com\n"
+    "[check_mail]\nDenyFromAddress = first.one.of.these@example.com;second@example.com\n"
+    "[NoticeMessage]\nSignature = The gateway of a house\n[Archive]\nMailAddress = "
+    "operator.of.the.archive@example.com\n[Cypher]\nUserGroup = " +
+    Text + ":b\n[Manager]\nSetMTYPE = " + Text + ":b\n[Screening]\nNote = 1\n";
+const std::string Rights =
+    "[Manager]\nRealName = " + Text + "\nGroup = sales:marketing\nHoldList = yes\n";
+
+class Memory : public testing::TestWithParam<Command> {
+  protected:
+    Memory() {
+        std::filesystem::create_directory(gateway.path("manager"));
+        gateway.dir.file("etc/group/sales.addr",
+                         "*@a.rather.long.domain.example.com\nfirst.one.of.these@example.com\nx\n");
+        gateway.dir.file("etc/group/marketing.addr", "y\n");
+        restore();
+    }
+
+    void restore() const {
+        gateway.configure(Settings);
+        gateway.dir.file("manager/taro.conf", Rights);
+    }
+    std::string files() const {
+        return test::read_file(gateway.file) + test::read_file(gateway.path("manager/taro.conf"));
+    }
+
+    // Takes away what an edit left beside the file. Returns whether each of it was empty.
+    bool leftovers_are_empty() const {
+        bool empty = true;
+        for (const std::string folder : {"", "manager"}) {
+            for (const auto& file : std::filesystem::directory_iterator(gateway.path(folder))) {
+                if (file.path().string().find(".tmp.") != std::string::npos) {
+                    empty = empty && file.file_size() == 0;
+                    std::filesystem::remove(file.path());
+                }
+            }
+        }
+        return empty;
+    }
+
+    std::string take_log() const {
+        std::string log = test::logged_errors(gateway.path("logs"));
+        std::filesystem::remove_all(gateway.path("logs"));
+        std::filesystem::create_directory(gateway.path("logs"));
+        return log;
+    }
+
+    // Runs the command, which makes the file `mark` when an allocation fails.
+    Result run(const test::Setting& setting = {}) const {
+        std::vector<std::string> words = GetParam().words;
+        words.insert(words.begin() + 1, {"-f", gateway.file});
+        Result result = test::run(words, setting);
+        // The address of a text in memory is shown with it.
+        result.out = std::regex_replace(result.out, std::regex("STR=0x[0-9a-f]{8}"), "STR");
+        return result;
+    }
+
+    test::Installation gateway;
+    const std::string mark = gateway.path("mark");
+};
+
+bool is_message(const std::string& line) {
+    static const std::regex messages("550 Out of memory: malloc error|Out of memory!|malloc error|"
+                                     "mk_(dir|file)path: malloc failed|"
+                                     "(split_str|ipaddr_makeaddr): calloc error: sz = [1-9][0-9]*|"
+                                     "cannot open tmp file: .*[.]tmp[.]......");
+    return std::regex_match(line, messages);
+}
+
+// What a lack of memory may lead to.
+bool is_consequence(const std::string& line) {
+    static const std::regex consequences(
+        ".*/Tessary[.]conf:[0-9]+: \\[[^\\]]*\\] [^ ]+: \".*\" (invalid value ?|cannnot "
+        "configuration )|"
+        ".*[.]conf:[0-9]+: invalid value, \\[[^\\]]*\\] [^ ]+: .*|"
+        "ERROR: (fatal|invalid value)|552 entry delete failed|553 entry replace failed|HoldList");
+    return std::regex_match(line, consequences);
+}
+
+bool is_log_line(const std::string& line) {
+    static const std::regex lines(
+        "((read_addrsgrp3|add_addrtree|add_addrlist): ERROR: malloc failed \\(12\\)|"
+        "ERROR: GROUP \"[a-z]*\" out of memory): [a-z_.]+ [0-9]+|"
+        "conf_delete: cannot open tmp file: .* \\(12\\)|");
+    return std::regex_match(line, lines);
+}
+
+std::vector<std::string> lines_of(const std::string& text) {
+    std::istringstream stream(text);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(stream, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+TEST_P(Memory, EveryAllocationMayFail) {
+#ifdef OV_SANITIZE
+    GTEST_SKIP() << "the sanitizers have an allocator of their own";
+#endif
+    if (GetParam().effect == EditsMainFile && !test::is_root()) {
+        GTEST_SKIP() << "editing takes the super-user";
+    }
+    const std::string before = files();
+    const Result whole = run();
+    const std::string after = files();
+    ASSERT_EQ(whole.status, 0) << whole.err;
+    ASSERT_EQ(before == after, GetParam().effect == Reads);
+
+    for (const char* kind : {"malloc", "memory"}) {
+        bool failed = true;
+        int number = 0;
+        while (failed && !HasFailure()) {
+            SCOPED_TRACE(kind + std::to_string(++number));
+            restore();
+            const Result result = run(test::failing(mark, kind, number, ENOMEM));
+            failed = std::filesystem::remove(mark);
+
+            bool told = false;
+            for (const std::string& line : lines_of(result.err)) {
+                told = told || is_message(line);
+                EXPECT_TRUE(is_message(line) || is_consequence(line)) << line;
+            }
+            const std::vector<std::string> log = lines_of(take_log());
+            for (const std::string& line : log) {
+                EXPECT_TRUE(is_log_line(line)) << line;
+            }
+            const std::string text = files();
+            // The addresses of groups come last; they may be left out, and the log tells why.
+            EXPECT_TRUE(whole.out.starts_with(result.out)) << result.out;
+            if (result.status == 0) {
+                EXPECT_TRUE(result.out == whole.out || !log.empty()) << result.out;
+                EXPECT_EQ(text, after);
+            } else {
+                EXPECT_EQ(result.status, 1);
+                EXPECT_TRUE(told) << result.err;
+                EXPECT_TRUE(text == before || text == after) << text;
+            }
+            EXPECT_TRUE(leftovers_are_empty());
+        }
+        EXPECT_GT(number, 20); // or nothing has been tried
+    }
+}
+
+// clang-format off
+const Command Commands[] = {
+    {"Fetch", Reads, {"ov_conf", "-s", "Cypher", "-k", "UserGroup"}},
+    {"Load", Reads, {"ov_conf", "-m"}},
+    {"ShowLoaded", Reads, {"ov_conf", "-s", "Cypher", "-k", "UserGroup", "-a"}},
+    {"ShowWritten", Reads, {"ov_conf", "-s", "Admin", "-k", "AdminMailAddress", "-l"}},
+    {"Check", Reads, {"ov_conf", "-s", "SMTP", "-k", "ServerHost", "-c", "mx1.a-rather-long-domain.example.com:25 mx2"}},
+    {"Replace", EditsMainFile, {"ov_conf", "-s", "Screening", "-k", "Note", "-r", Text}},
+    {"Delete", EditsMainFile, {"ov_conf", "-s", "Screening", "-k", "Note", "-d"}},
+    {"Listing", Reads, {"ov_mgrconf", "-u", "taro", "-g"}},
+    {"Query", Reads, {"ov_mgrconf", "-u", "taro", "Group"}},
+    {"Change", ChangesRights, {"ov_mgrconf", "-u", "taro", "-m", "HoldList=no"}},
+};
+// clang-format on
+
+INSTANTIATE_TEST_SUITE_P(Commands, Memory, testing::ValuesIn(Commands),
+                         [](const auto& tested) { return std::string(tested.param.name); });
+
+} // namespace
+} // namespace ov
