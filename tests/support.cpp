@@ -140,16 +140,45 @@ void PrintTo(const Result& result, std::ostream* stream) {
 }
 
 Result run(const std::vector<std::string>& words, const Setting& setting) {
-    const Collector out;
-    const Collector err;
-    const pid_t child = ::fork();
-    if (child == 0) {
-        become(words, setting, out.fd(), err.fd());
+    return Running(words, setting).result();
+}
+
+struct Running::Output {
+    Collector out;
+    Collector err;
+};
+
+Running::Running(const std::vector<std::string>& words, const Setting& setting)
+    : output_(std::make_unique<Output>()), process_(::fork()) {
+    if (process_ == 0) {
+        become(words, setting, output_->out.fd(), output_->err.fd());
     }
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : 256 + WTERMSIG(status), out.text(),
-            err.text()};
+}
+
+Running::~Running() {
+    if (!ended_) {
+        ::kill(process_, SIGKILL);
+        ::waitpid(process_, nullptr, 0);
+    }
+}
+
+bool Running::stops() {
+    ::waitpid(process_, &status_, WUNTRACED);
+    ended_ = !WIFSTOPPED(status_);
+    return !ended_;
+}
+
+void Running::go_on() const {
+    ::kill(process_, SIGCONT);
+}
+
+Result Running::result() {
+    if (!ended_) {
+        ::waitpid(process_, &status_, 0);
+        ended_ = true;
+    }
+    return {WIFEXITED(status_) ? WEXITSTATUS(status_) : 256 + WTERMSIG(status_),
+            output_->out.text(), output_->err.text()};
 }
 
 Setting failing(const std::string& file, std::string_view call, int number, int error) {

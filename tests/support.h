@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <map>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -67,8 +68,32 @@ struct Setting {
 // Runs a command, by its path or by its name in the build's bin folder, with its arguments.
 Result run(const std::vector<std::string>& words, const Setting& setting = {});
 
-// The environment in which the `number`-th call of the system call `call` (mkstemp, fdopen, open,
-// fcntl, read or write) for `file`, or a temporary file beside it, fails with `error`.
+// A command that runs beside the test.
+class Running {
+  public:
+    explicit Running(const std::vector<std::string>& words, const Setting& setting = {});
+    ~Running();
+    Running(const Running&) = delete;
+    Running& operator=(const Running&) = delete;
+
+    // Waits until the command stops itself. Returns false when it ends instead.
+    bool stops();
+    void go_on() const;
+    // Waits for the end of the command.
+    Result result();
+
+  private:
+    struct Output;
+    std::unique_ptr<Output> output_;
+    int process_ = -1;
+    int status_ = 0; // as waitpid gives it, once the command has ended
+    bool ended_ = false;
+};
+
+constexpr int Stop = -1; // as an error: the process stops itself in front of the call
+
+// The environment in which the `number`-th call of the function `call` for `file`, or a temporary
+// file beside it, fails with `error`; faults.cpp has the functions.
 Setting failing(const std::string& file, std::string_view call, int number, int error);
 
 // Holds a lock on a file from another process while the object lives.
