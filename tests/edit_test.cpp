@@ -1,6 +1,6 @@
 // The editor: what it does to a file, byte for byte, and what it leaves when something fails.
 #include "conf/conf_tool.h"
-#include "support.h"
+#include "installation.h"
 
 #include <csignal>
 #include <fcntl.h>
@@ -153,14 +153,15 @@ TEST(Edit, AFullTemporaryFileLosesNothing) {
 
 // One system call after the other fails while the command edits; before that it opens the file
 // once, and reads it twice, to load the settings. What the command says and logs, and what it
-// leaves: "CONF" in a message stands for the file, "TEMP" for the temporary one.
+// leaves: "CONF" in a message stands for the file, "TEMP" for the temporary one. A disk that fills
+// up before the copy is not told of.
 TEST(Edit, FailingSystemCalls) {
     if (!test::is_root()) {
         GTEST_SKIP() << "editing takes the super-user";
     }
     enum Left { Untouched, Emptied, WithTemporary };
     struct Outcome {
-        const char* message;
+        std::string message;
         const char* log; // behind the name of the function; empty: nothing is logged
     };
     struct Case {
@@ -178,6 +179,8 @@ TEST(Edit, FailingSystemCalls) {
         {"read", 3, 5, {"read error: CONF", "read error: CONF (5)"}, {"read error: CONF", "read error: CONF (5)"}, Untouched},
         {"mkstemp", 1, 13, {"cannot create tmp file: TEMP", ""}, {"cannot create tmp file: TEMP", "cannot create tmp file: TEMP (13)"}, Untouched},
         {"fdopen", 1, 12, {"cannot open tmp file: TEMP", ""}, {"cannot open tmp file: TEMP", "cannot open tmp file: TEMP (12)\n"}, WithTemporary},
+        {"fflush", 1, 28, {"", ""}, {"", ""}, Untouched},
+        {"fclose", 1, 28, {"", ""}, {"", ""}, Untouched},
         {"open", 3, 13, {"cannot open: CONF", "cannot open: CONF (13)"}, {"cannot open: CONF", "cannot open: CONF (13)"}, WithTemporary},
         {"fcntl", 2, 11, {"cannot lock: CONF", "cannot lock: CONF (11)"}, {"cannot lock: CONF", "cannot lock: CONF (11)"}, Emptied},
         {"open", 4, 24, {"cannot open: TEMP", "cannot open: TEMP (24)"}, {"cannot open: TEMP", "cannot open: TEMP (24)"}, Emptied},
@@ -210,8 +213,9 @@ TEST(Edit, FailingSystemCalls) {
             };
             const Outcome& outcome = removing ? c.deleted : c.modified;
             const std::string reply =
-                removing ? "\n552 entry delete failed\n" : "\n553 entry replace failed\n";
-            EXPECT_EQ(masked(result.err), outcome.message + reply) << c.call << c.number;
+                removing ? "552 entry delete failed\n" : "553 entry replace failed\n";
+            const std::string message = outcome.message + (outcome.message.empty() ? "" : "\n");
+            EXPECT_EQ(masked(result.err), message + reply) << c.call << c.number;
             EXPECT_EQ(result.status, 1);
             EXPECT_EQ(read_file(path), c.left == Emptied ? "" : old) << c.call << c.number;
             EXPECT_EQ(dir.names().size(), c.left == WithTemporary ? 3U : 2U) << c.call << c.number;
@@ -221,6 +225,17 @@ TEST(Edit, FailingSystemCalls) {
             EXPECT_EQ(log, *outcome.log ? name + outcome.log + "\n" : "") << c.call << c.number;
         }
     }
+}
+
+TEST(Edit, ANewRightsFileThatCannotBeClosed) {
+    const test::Installation gateway;
+    const std::string path = gateway.path("admin//taro.conf"); // as it is reported
+    const test::Result result =
+        test::run({"ov_admconf", "-f", gateway.file, "-u", "taro", "-m", "HoldList=no"},
+                  test::failing(gateway.path("admin/taro.conf"), "close", 1, EIO));
+    EXPECT_EQ(result, (test::Result{1, "", ""}));
+    EXPECT_EQ(test::logged_errors(gateway.path("logs")), "close error \"" + path + "\" (5)\n");
+    EXPECT_EQ(read_file(path), "");
 }
 
 TEST(Edit, AShortWriteIsAnError) {
