@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 #include <regex>
-#include <sstream>
 
 namespace ov {
 namespace {
@@ -115,15 +114,6 @@ bool is_log_line(const std::string& line) {
     return std::regex_match(line, lines);
 }
 
-std::vector<std::string> lines_of(const std::string& text) {
-    std::istringstream stream(text);
-    std::vector<std::string> lines;
-    for (std::string line; std::getline(stream, line);) {
-        lines.push_back(line);
-    }
-    return lines;
-}
-
 TEST_P(Memory, EveryAllocationMayFail) {
 #ifdef OV_SANITIZE
     GTEST_SKIP() << "the sanitizers have an allocator of their own";
@@ -147,11 +137,11 @@ TEST_P(Memory, EveryAllocationMayFail) {
             failed = std::filesystem::remove(mark);
 
             bool told = false;
-            for (const std::string& line : lines_of(result.err)) {
+            for (const std::string& line : test::lines_of(result.err)) {
                 told = told || is_message(line);
                 EXPECT_TRUE(is_message(line) || is_consequence(line)) << line;
             }
-            const std::vector<std::string> log = lines_of(take_log());
+            const std::vector<std::string> log = test::lines_of(take_log());
             for (const std::string& line : log) {
                 EXPECT_TRUE(is_log_line(line)) << line;
             }

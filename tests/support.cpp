@@ -110,12 +110,20 @@ void write_file(const std::string& path, std::string_view text) {
     std::ofstream(path, std::ios::binary) << text;
 }
 
+std::vector<std::string> lines_of(const std::string& text) {
+    std::istringstream stream(text);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(stream, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
 std::string logged_errors(const std::string& directory) {
     constexpr std::string_view Behind = "]: ";
     std::string errors;
     for (const auto& file : std::filesystem::directory_iterator(directory)) {
-        std::istringstream log(read_file(file.path()));
-        for (std::string line; std::getline(log, line);) {
+        for (const std::string& line : lines_of(read_file(file.path()))) {
             if (const std::size_t at = line.find(Behind); at != line.npos) {
                 errors += line.substr(at + Behind.size()) + "\n";
             } else if (line.empty()) { // the message ended in a line feed

@@ -31,6 +31,7 @@ class TempDir {
 
 std::string read_file(const std::string& path);
 void write_file(const std::string& path, std::string_view text);
+std::vector<std::string> lines_of(const std::string& text);
 
 // What stands behind "program[pid]: " on the error lines of the daily log in `directory`.
 std::string logged_errors(const std::string& directory);
