@@ -120,9 +120,15 @@ TEST_F(BigInput, ASectionInTenThousandPlaces) {
 
 TEST_F(BigInput, LongestTexts) {
     for (const std::size_t length : {8190U, 8191U, 8192U}) {
-        const std::string value(length, 'v');
-        gateway.configure("[s]\nk =" + value + "\nl = 1\n");
-        EXPECT_EQ(fetch("s", "k"), (Result{0, "1: " + value.substr(0, 8191) + "\n", ""}));
+        const std::string text(length, 'v');
+        const std::string kept = text.substr(0, 8191);
+        gateway.configure("[s]\nk =" + text + "\nl = " + text + "\n" + text + " = x\n[" + text +
+                          "]\ny = z\n");
+        EXPECT_EQ(fetch("s", "k"), (Result{0, "1: " + kept + "\n", ""}));
+        // The blank in front counts.
+        EXPECT_EQ(fetch("s", "l"), (Result{0, "1: " + text.substr(0, 8190) + "\n", ""}));
+        EXPECT_EQ(fetch("s", kept), (Result{0, "1: x\n", ""}));
+        EXPECT_EQ(fetch(kept, "y"), (Result{0, "1: z\n", ""}));
     }
     // The editor takes a line as long as this, its line feed included, for one.
     for (const auto& [length, rest] : {std::pair{8190U, ""}, {8191U, "\n"}, {8192U, "v\n"}}) {
