@@ -65,11 +65,11 @@ TEST_F(BigInput, AHundredThousandLines) {
     edit({"-s", "Manager", "-k", "x", "-d"}, front + back + last);
     edit({"-s", "Manager", "-k", "RealName", "-d"}, front + back);
     edit({"-s", "New", "-k", "x", "-r", "3"}, front + back + "[New]\nx = 3\n");
-    gateway.configure(front + back + "[x]\n" + std::string(100000, '\n') +
+    gateway.configure(front + back + "[x]\ny = 1\n" + std::string(100000, '\n') +
                       "[SMTP]\nSmtpPort = x\n");
     EXPECT_EQ(fetch("s0", "k1"),
               (Result{1, "",
-                      gateway.file + ":" + std::to_string(test::Installation::FirstLine + 200503) +
+                      gateway.file + ":" + std::to_string(test::Installation::FirstLine + 200504) +
                           ": [SMTP] SmtpPort: \"x\" invalid value \n"}));
 }
 
