@@ -16,12 +16,8 @@ namespace {
 // A log directory of its own, and logging not yet started.
 class Log : public testing::Test {
   protected:
-    void SetUp() override {
+    Log() {
         ::umask(022);
-        log_initialized = 0;
-        test::host_id_questions = 0;
-        SystemLogOption = 255;
-        AlternateHostID = 0;
         LogDirectory.set(dir.path("logs")); // without the "/" at its end
         std::filesystem::create_directory(dir.path("logs"));
         Log_uid = ::getuid();
@@ -34,18 +30,27 @@ class Log : public testing::Test {
         return *std::filesystem::directory_iterator(dir.path("logs"));
     }
     std::string text() const { return test::read_file(file()); }
+    struct stat info() const {
+        struct stat info {};
+        ::stat(file().c_str(), &info);
+        return info;
+    }
 
     test::TempDir dir;
 };
 
-const std::string Time = R"(\d{4}/\d\d/\d\d \d\d:\d\d:\d\d)";
-const std::string Header = Time + R"( ORVANTA V7\.1\.02 \(Linux/intel\)\n)";
-
-TEST_F(Log, SilentUntilItIsStarted) {
-    syserr("lost");
-    ov_syslog("lost");
-    log_put("lost");
+TEST_F(Log, NothingIsCreatedButTheDailyFile) {
+    const auto write = [] {
+        syserr("lost");
+        ov_syslog("lost");
+        log_put("lost");
+    };
+    write(); // logging has not been started
     EXPECT_TRUE(std::filesystem::is_empty(dir.path("logs")));
+    LogDirectory.set(dir.path("none/"));
+    log_init();
+    write();
+    EXPECT_EQ(dir.names(), std::vector<std::string>{"logs"});
 }
 
 TEST_F(Log, LinesOfTheDailyFile) {
@@ -58,19 +63,18 @@ TEST_F(Log, LinesOfTheDailyFile) {
     ov_syslog("to the millisecond");
     log_put("older writer");
 
-    const std::string pid = std::to_string(::getpid());
-    const std::regex expected(Header + Time + R"( tool\[)" + pid + R"(\]: broken: 5\n)" + Time +
-                              " event\n" + Time + " nameless\n" + Time +
-                              R"(\.\d{3} to the millisecond\n)" + Time + " older writer\n");
+    const std::string time = R"(\d{4}/\d\d/\d\d \d\d:\d\d:\d\d)";
+    const std::regex expected(time + R"( ORVANTA V7\.1\.02 \(Linux/intel\)\n)" + time +
+                              R"( tool\[)" + std::to_string(::getpid()) + R"(\]: broken: 5\n)" +
+                              time + " event\n" + time + " nameless\n" + time +
+                              R"(\.\d{3} to the millisecond\n)" + time + " older writer\n");
     EXPECT_TRUE(std::regex_match(text(), expected)) << text();
 
     std::array<char, 16> name{};
     const std::time_t now = std::time(nullptr);
     std::strftime(name.data(), name.size(), "log.%Y%m%d", std::localtime(&now));
     EXPECT_EQ(file().filename(), name.data());
-    struct stat info {};
-    ::stat(file().c_str(), &info);
-    EXPECT_EQ(info.st_mode & 07777U, 0666U); // by the older writer, whatever the mask
+    EXPECT_EQ(info().st_mode & 07777U, 0666U); // by the older writer, whatever the mask
 }
 
 TEST_F(Log, ANewFileHasTheModeLessTheMaskAndTheOwner) {
@@ -83,25 +87,14 @@ TEST_F(Log, ANewFileHasTheModeLessTheMaskAndTheOwner) {
     errno = EDOM;
     syserr("x");
     EXPECT_EQ(errno, EDOM);
-    struct stat info {};
-    ::stat(file().c_str(), &info);
-    EXPECT_EQ(info.st_mode & 07777U, 0640U);
-    EXPECT_EQ(info.st_uid, Log_uid);
-    EXPECT_EQ(info.st_gid, Log_gid);
-}
-
-TEST_F(Log, NothingIsCreatedButTheDailyFile) {
-    LogDirectory.set(dir.path("none/"));
-    log_init();
-    syserr("lost");
-    log_put("lost");
-    EXPECT_EQ(dir.names(), std::vector<std::string>{"logs"});
+    EXPECT_EQ(info().st_mode & 07777U, 0640U);
+    EXPECT_EQ(info().st_uid, Log_uid);
+    EXPECT_EQ(info().st_gid, Log_gid);
 }
 
 TEST_F(Log, LongLinesAreCut) {
     log_init();
-    const std::size_t prefix = std::string("2026/11/15 08:30:00 ").size();
-    const std::size_t fits = 65536 - prefix - 1;
+    const std::size_t fits = 65536 - std::string("2026/11/15 08:30:00 ").size() - 1;
     ov_syslog("x");
     std::size_t size = text().size();
     for (const auto& [length, cut] : {std::pair{fits, false}, {fits + 1, true}, {70000UL, true}}) {
@@ -131,26 +124,21 @@ TEST_F(Log, HostIdIsAskedForWhenItIsWanted) {
     log_init();
     EXPECT_EQ(test::host_id_questions, 0);
     EXPECT_EQ(HostID(), 4711U);
-}
-
-TEST_F(Log, AlternateHostIdIsTakenWhenLoggingStarts) {
+    // Another one is taken when logging starts.
+    log_initialized = 0;
     AlternateHostID = 99;
     log_init();
     AlternateHostID = 0;
     log_init();
     EXPECT_EQ(HostID(), 99U);
-    EXPECT_EQ(test::host_id_questions, 0);
+    EXPECT_EQ(test::host_id_questions, 1);
 }
 
 TEST(LogNames, DailyFiles) {
-    for (const auto& [name, result] : {std::pair{"log.20261115", 1},
-                                       {"log.2026111", 0},
-                                       {"log.202611150", 0},
-                                       {"log.2026111x", 0},
-                                       {"LOG.20261115", 0},
-                                       {"logs20261115", 0},
-                                       {"", 0}}) {
-        EXPECT_EQ(is_oldlogfile(name), result) << name;
+    EXPECT_EQ(is_oldlogfile("log.20261115"), 1);
+    for (const char* name :
+         {"log.2026111", "log.202611150", "log.2026111x", "LOG.20261115", "logs20261115", ""}) {
+        EXPECT_EQ(is_oldlogfile(name), 0) << name;
     }
 }
 
