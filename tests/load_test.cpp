@@ -1,5 +1,6 @@
 // Loading: what every rule takes and refuses, and what becomes of the values that it takes.
 #include "conf/aux_sections.h"
+#include "conf/catalogue.h"
 #include "conf/conf.h"
 #include "conf/settings.h"
 #include "fake_host.h"
@@ -8,7 +9,6 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/statfs.h>
-#include <variant>
 
 namespace ov {
 namespace {
@@ -20,14 +20,6 @@ using Values = std::vector<std::string>;
 constexpr unsigned All = 0x00ff;
 constexpr unsigned NoCheck = 0x10ff;
 
-std::string repeated(std::string_view text, int times) {
-    std::string result;
-    while (times-- > 0) {
-        result += text;
-    }
-    return result;
-}
-
 // Loads the whole file with the command, and the search section with it: a fetch loads that, too.
 Result load(const Installation& gateway) {
     Result all = test::run({"ov_conf", "-f", gateway.file, "-m"});
@@ -38,15 +30,11 @@ Result load(const Installation& gateway) {
     return fetch == Result{0, "0: not found\n", ""} ? all : fetch;
 }
 
-// How the readers word a refusal, in front of and behind the value.
-struct Wording {
-    const char* front; // %s:%d: precedes it
-    const char* back;
-};
-constexpr Wording Main{"[SEC] KEY: \"", "\" invalid value \n"};
-constexpr Wording Aux{"invalid value, [SEC] KEY: ", "\n"};
-constexpr Wording Search{"[SEC] KEY: \"", "\" invalid value\n"};
-constexpr Wording NotFull{"[SEC] KEY: \"", "\" must be specified full pathname.\n"};
+// How the readers word a refusal, SEC, KEY and VALUE standing for these.
+const std::string Main = "[SEC] KEY: \"VALUE\" invalid value \n";
+const std::string Aux = "invalid value, [SEC] KEY: VALUE\n";
+const std::string Search = "[SEC] KEY: \"VALUE\" invalid value\n";
+const std::string NotFull = "[SEC] KEY: \"VALUE\" must be specified full pathname.\n";
 
 std::string replaced(std::string text, std::string_view what, std::string_view with) {
     const std::size_t at = text.find(what);
@@ -54,11 +42,11 @@ std::string replaced(std::string text, std::string_view what, std::string_view w
 }
 
 struct Rule {
-    const char* section;
-    const char* key;
+    std::string section;
+    std::string key;
     Values taken;
     Values refused;
-    Wording wording = Main;
+    std::string wording = Main;
     std::string message = {}; // in front of the refusal; VALUE stands for the value
 };
 
@@ -66,9 +54,16 @@ TEST(Load, EveryRuleTakesAndRefuses) {
     const Installation gateway;
     const std::string root = gateway.path();
     const std::string file = gateway.dir.file("file", "");
-    const std::string eight = repeated("m1:25 ", 8);
+    const auto times = [](std::string_view text, int number) {
+        std::string result;
+        while (number-- > 0) {
+            result += text;
+        }
+        return result;
+    };
+    const std::string eight = times("m1:25 ", 8);
     // clang-format off
-    const Rule rules[] = {
+    std::vector<Rule> rules = {
         {"SMTP", "Limit2GB", {"Yes", "ON", "1", "TRUE", "no", "Off", "0", "false"}, {"2", "enable"}},
         {"SMTP", "NeedMailHelo", {"yes # said so"}, {""}},
         {"SMTP", "ListenQueue", {"abc", "", "12abc", "-2147483648", "2147483647"}, {"2147483648", "-2147483649", "99999999999999999999"}},
@@ -78,26 +73,8 @@ TEST(Load, EveryRuleTakesAndRefuses) {
         {"Screening", "OOXML_End", {"-9223372036854775808"}, {"9223372036854775808"}},
         {"Archive", "DirectoryLimitRate", {"0", "100", "abc"}, {"-1", "101"}},
         {"SMTP", "SmtpPort", {"1", "65535", "00025"}, {"0", "65536", "080000", "", "-5", "+5"}},
-        {"SMTP", "MaxRecipientsSend", {"1", "1000"}, {"0", "1001", "01000", "-5"}},
-        {"SMTP", "MaxConnections", {"0", "999", "0000999"}, {"1000"}},
-        {"SMTP", "MaxRecipients", {"99999"}, {"100000"}},
-        {"SMTP", "MaxHeadersLength", {"9223372036854775807"}, {"-1", "9223372036854775808"}},
-        {"SMTP", "Timeout_data", {"0", "9999"}, {"10000", "00000", "1m"}},
-        {"SMTP", "SendmailMinFreeBlocks", {"9999"}, {"10000"}},
-        {"SMTP", "RefuseLoadAverage", {"99"}, {"100", "000"}},
-        {"SMTP", "ConnectionTimeout", {"4294967295"}, {"4294967296"}},
-        {"Archive", "RefuseLoadAverage", {"99"}, {"100"}},
-        {"Archive", "IndexSize", {"10000", "000001"}, {"10001", "0000001"}},
-        {"Archive", "TssIndexSize", {"999"}, {"1000"}},
-        {"Archive", "TSmode", {"0", "2"}, {"3", "02"}},
-        {"Queue", "ConfirmBeforeSend", {"99999"}, {"100000"}},
-        {"Screening", "MaxExtractNesting", {"999"}, {"1000"}},
-        {"Screening", "ExtractNice", {"99"}, {"100"}},
-        {"Screening", "CodeDetectReadSize", {"999999"}, {"1000000", "0000001"}},
         {"Screening", "MIMEngLevel", {"none", "Weak", "9999", "0", "abc"}, {"10000", "-1"}},
         {"Screening", "DPINFOthreshold", {"strong", "9999"}, {"10000"}},
-        {"Expire", "HoldMessages", {"9999", "00009999"}, {"10000", ""}},
-        {"check_mail", "DenyInvalidFormat", {"2147483647"}, {"2147483648", "-1"}},
         {"SMTP", "MailSubmissionProgram", {"Sendmail"}, {"exim", ""}},
         {"Archive", "ArchiveMode", {"RULE", "none"}, {"some"}},
         {"Mail", "CheckInternal", {"both", "envelope"}, {"all", ""}},
@@ -118,42 +95,63 @@ TEST(Load, EveryRuleTakesAndRefuses) {
         {"Directories", "DeliverLogDirectory", {"logs/deliver", root + "new"}, {"no/deep", "file"}},
         {"Directories", "SRCH_Admin_Dir", {"admin"}, {"none"}, Aux},
         {"Directories", "TemplateDirectory", {"", "template"}, {"none"}, Aux},
-        {"SMTP", "AllowIP", {"", "192.168.:10.*:1.2.3.4/32", "0/0"}, {"1.2.3.4/33", "300.1", "1.2.3.4.5", "1234567890123456789"}},
+        {"SMTP", "AllowIP", {"", "192.168.:10.*:1.2.3.4/32", "0/0"}, {"1.2.3.4/33", "1234567890123456789"}},
         {"check_mail", "DenyFromAddress", {"", "a@b,*@c;d"}, {}},
         {"Mail", "ExcludeGroup", {"a&b:c"}, {}},
-        {"Admin", "AdminMailAddress", {"", repeated("a@b,", 8), "user"}, {"*@b"}, Main, "Invalid mail address \"VALUE\"\n"},
-        {"Admin", "AdminMailAddress", {}, {repeated("a@b;", 9)}, Main, "Too much mail addresses. \"VALUE\"\n"},
+        {"Admin", "AdminMailAddress", {"", times("a@b,", 8), "user"}, {"*@b"}, Main, "Invalid mail address \"VALUE\"\n"},
+        {"Admin", "AdminMailAddress", {}, {times("a@b;", 9)}, Main, "Too much mail addresses. \"VALUE\"\n"},
         {"Archive", "MailAddress", {"a@b"}, {"a:b"}, Main, "Invalid mail address. \"VALUE\"\n"},
         {"SMTP", "ServerHost", {eight, " ", "_msp_ _CMD_ a:1 b:60000", "a:25x", "_MSP_:25"}, {eight + "m9", "_MSP_:0", "a:0", "a:60001", "a:", "a:99999999999999999999"}},
         {"SMTP", "NTF_ServerHost", {eight}, {"a:-1"}},
         {"Cooperation", "CoopMode", {"out"}, {"rule"}, Aux},
         {"Cooperation", "FTPPort", {"0"}, {"x", ""}, Aux},
         {"Cooperation", "CoopQueue", {"cqueue"}, {"none"}, Aux},
-        {"Cypher", "UserGroup", {repeated("g:", 8), ""}, {repeated("g:", 9)}, Aux},
+        {"Cypher", "UserGroup", {times("g:", 8), ""}, {times("g:", 9)}, Aux},
         {"Cypher", "encode", {"2"}, {"2147483648"}, Aux},
-        {"Search", "MaxIndexProcs", {"1", "99"}, {"0", "100", "-1", "x"}, Search},
+        {"Search", "MaxIndexProcs", {"1", "99", "5\nMaxIndexProcs_MAX = 5\nMaxIndexProcs_MIN = 5"}, {"0", "100", "-1", "x"}, Search},
+        {"Search", "MaxSearchProcs", {"6\nMaxSearchProcs_MAX = 6"}, {"6"}, Search},
         {"Search", "MaxIndexProcs_MIN", {"1"}, {"0"}, Search},
         {"Search", "MaxIndexProcs_MAX", {"1", "99"}, {"100"}, Search},
         {"Search", "MaxFullScanMessages", {"200000"}, {"200001"}, Search},
         {"Search", "HistoryDirectory", {"history", root + "history"}, {"", "none"}, Search},
-        {"Search", "HistoryDirectory", {}, {std::string(4094, 'x')}, {"[SEC] KEY: \"", "\" cannnot configuration \n"}},
+        {"Search", "HistoryDirectory", {}, {std::string(4094, 'x')}, "[SEC] KEY: \"VALUE\" cannnot configuration \n"},
         {"Search", "TarProgram", {"/no/such"}, {"tar"}, NotFull},
         {"Search", "UseArchiveDirectories", {"no"}, {"maybe"}, Search},
     };
+    // Keys of a section, their largest number, and how many digits they may have (0: any number).
+    const std::tuple<const char*, Values, unsigned long, std::size_t> numbers[] = {
+        {"SMTP", {"MaxConnections"}, 999, 0}, {"SMTP", {"MaxRecipients"}, 99999, 0}, {"SMTP", {"MaxRecipientsSend"}, 1000, 4},
+        {"SMTP", {"MaxHeadersLength"}, 9223372036854775807, 0}, {"SMTP", {"ConnectionTimeout"}, 4294967295, 0},
+        {"SMTP", {"RefuseLoadAverage"}, 99, 2}, {"SMTP", {"Timeout_data", "SendmailMinFreeBlocks"}, 9999, 4},
+        {"Archive", {"RefuseLoadAverage"}, 99, 2}, {"Archive", {"IndexSize"}, 10000, 6}, {"Archive", {"TssIndexSize"}, 999, 3}, {"Archive", {"TSmode"}, 2, 1},
+        {"Screening", {"MaxExtractNesting"}, 999, 0}, {"Screening", {"ExtractNice"}, 99, 2}, {"Screening", {"CodeDetectReadSize"}, 999999, 6},
+        {"Queue", {"ConfirmBeforeSend"}, 99999, 5}, {"Expire", {"HoldMessages"}, 9999, 0}, {"check_mail", {"DenyInvalidFormat"}, 2147483647, 0},
+    };
     // clang-format on
+    for (const auto& [section, keys, number, digits] : numbers) {
+        const std::string highest = std::to_string(number);
+        const std::string zeros((digits == 0 ? 20 : digits) - highest.size(), '0');
+        Values refused = {"", "-1", std::to_string(number + 1)};
+        if (digits != 0) {
+            refused.push_back("0" + zeros + highest);
+        }
+        for (const std::string& key : keys) {
+            rules.push_back({section, key, {highest, zeros + highest}, refused});
+        }
+    }
     for (const Rule& rule : rules) {
-        const std::string header = std::string("[") + rule.section + "]\n" + rule.key + " = ";
+        const std::string header = "[" + rule.section + "]\n" + rule.key + " = ";
         for (const std::string& value : rule.taken) {
             gateway.configure(header + value + "\n");
             EXPECT_EQ(load(gateway), (Result{0, "", ""})) << rule.key << " = " << value;
         }
         for (const std::string& value : rule.refused) {
             gateway.configure(header + value + "\n");
-            std::string front = replaced(rule.wording.front, "SEC", rule.section);
-            front = replaced(front, "KEY", rule.key);
+            std::string wording = replaced(rule.wording, "SEC", rule.section);
+            wording = replaced(replaced(wording, "KEY", rule.key), "VALUE", value);
             const std::string expected = replaced(rule.message, "VALUE", value) + gateway.file +
                                          ":" + std::to_string(Installation::FirstLine + 1) + ": " +
-                                         front + value + rule.wording.back;
+                                         wording;
             EXPECT_EQ(load(gateway), (Result{1, "", expected})) << rule.key << " = " << value;
         }
     }
@@ -165,19 +163,12 @@ TEST(Load, TheFirstInvalidValueInReadingOrderStops) {
     gateway.configure("[Debug]\nNoCore = x\n[Log]\nLogLevel = y\n[Cypher]\nencode = 9999999999\n");
     const std::string at = gateway.file + ":";
     EXPECT_EQ(load(gateway), (Result{1, "", at + "9: [Log] LogLevel: \"y\" invalid value \n"}));
+    // A range is read before the value.
+    gateway.configure("[Search]\nMaxIndexProcs = 5\nMaxIndexProcs_MAX = 4\n");
+    EXPECT_EQ(load(gateway),
+              (Result{1, "", at + "7: [Search] MaxIndexProcs: \"5\" invalid value\n"}));
     EXPECT_EQ(test::run({"ov_conf", "-f", "/no/such", "-m"}),
               (Result{1, "", "cannot open configfile \"/no/such\" (2)\n"}));
-}
-
-TEST(Load, AWiderRangeIsReadBeforeTheValue) {
-    const Installation gateway;
-    const auto fetch = [&](const std::string& text) {
-        gateway.configure("[Search]\n" + text);
-        return load(gateway).status;
-    };
-    EXPECT_EQ(fetch("MaxIndexProcs = 5\nMaxIndexProcs_MAX = 4\n"), 1);
-    EXPECT_EQ(fetch("MaxIndexProcs = 5\nMaxIndexProcs_MAX = 5\nMaxIndexProcs_MIN = 5\n"), 0);
-    EXPECT_EQ(fetch("MaxSearchProcs = 6\nMaxSearchProcs_MAX = 6\n"), 0);
 }
 
 TEST(Load, ProgramsNeedNotExistForAFetch) {
@@ -190,20 +181,18 @@ TEST(Load, ProgramsNeedNotExistForAFetch) {
 
 TEST(Load, TheChosenProgramsKeysAreReadAndTaken) {
     const Installation gateway;
-    gateway.configure("[SMTP]\nMailSubmissionProgram = qmail\nQmailProgram = /bin/sh\n"
-                      "QmailNullFrom = \"\"\nPostfixProgram = relative\nSendmailProgram = bad\n"
-                      "CheckSendmailMqueue = off\n");
-    read_config(gateway.file.c_str(), All);
-    EXPECT_EQ(SendmailProgram.view(), "/bin/sh");
-    EXPECT_EQ(SendmailQueueDirectory.view(), "/var/qmail/queue");
-    EXPECT_EQ(SendmailQueueListProgram.view(), "/var/qmail/bin/qmail-qstat");
-    EXPECT_EQ(SendmailNullFrom.view(), "\"\"");
+    const auto chosen = [&](const std::string& text) {
+        gateway.configure("[SMTP]\nMailSubmissionProgram = " + text);
+        read_config(gateway.file.c_str(), All);
+        return Values{SendmailProgram.c_str(), SendmailQueueDirectory.c_str(),
+                      SendmailQueueListProgram.c_str(), SendmailNullFrom.c_str()};
+    };
+    EXPECT_EQ(chosen("qmail\nQmailProgram = /bin/sh\nQmailNullFrom = \"\"\nPostfixProgram = bad\n"
+                     "SendmailProgram = bad\nCheckSendmailMqueue = off\n"),
+              (Values{"/bin/sh", "/var/qmail/queue", "/var/qmail/bin/qmail-qstat", "\"\""}));
     EXPECT_EQ(CheckSendmailMqueue, 0);
-    gateway.configure("[SMTP]\nMailSubmissionProgram = postfix\nPostfixProgram = /bin/cat\n");
-    read_config(gateway.file.c_str(), All);
-    EXPECT_EQ(SendmailProgram.view(), "/bin/cat");
-    EXPECT_EQ(SendmailQueueDirectory.view(), "/var/spool/postfix");
-    EXPECT_EQ(SendmailNullFrom.view(), "<>");
+    EXPECT_EQ(chosen("postfix\nPostfixProgram = /bin/cat\n"),
+              (Values{"/bin/cat", "/var/spool/postfix", "/usr/sbin/postqueue -p", "<>"}));
 }
 
 TEST(Load, EveryDirectoryIsAbsoluteAfterwards) {
@@ -212,22 +201,15 @@ TEST(Load, EveryDirectoryIsAbsoluteAfterwards) {
     const std::string root = gateway.path();
     read_config(gateway.file.c_str(), All);
     read_config_search(gateway.file.c_str(), NoCheck);
+    // clang-format off
     const std::pair<const Text*, std::string> paths[] = {
-        {&RootDirectory, root},
-        {&EtcDirectory, root + "etc/"},
-        {&Group_Dir, root + "etc/group/"},
-        {&ScreeningLogDirectory, root + "screening/"},
-        {&MessageQueue, root + "mqueue/"},
-        {&TemplateDirectory, root + "template/"},
-        {&SRCH_Sysadm_Dir, root + "srch_sysadm/"},
-        {&SrchHistoryDirectory, root + "history/"},
-        {&CoopQueue, root + "cqueue/"},
-        {&TransPidFile, root + "etc/trans.pid"},
-        {&MssPidFile, root + "etc/mss.pid"},
-        {&ACL_File, root + "etc/mss.acl"},
-        {&PIchkDicFile, "/opt/Orvanta/Admin/lib/dic/pichk.dic"},
-        {&TmpDirectory, "/tmp/"},
+        {&RootDirectory, root}, {&EtcDirectory, root + "etc/"}, {&Group_Dir, root + "etc/group/"},
+        {&ScreeningLogDirectory, root + "screening/"}, {&MessageQueue, root + "mqueue/"}, {&CoopQueue, root + "cqueue/"},
+        {&TemplateDirectory, root + "template/"}, {&SRCH_Sysadm_Dir, root + "srch_sysadm/"}, {&SrchHistoryDirectory, root + "history/"},
+        {&TransPidFile, root + "etc/trans.pid"}, {&MssPidFile, root + "etc/mss.pid"}, {&ACL_File, root + "etc/mss.acl"},
+        {&PIchkDicFile, "/opt/Orvanta/Admin/lib/dic/pichk.dic"}, {&TmpDirectory, "/tmp/"},
     };
+    // clang-format on
     for (const auto& [setting, path] : paths) {
         EXPECT_EQ(setting->view(), path);
     }
@@ -240,49 +222,37 @@ TEST(Load, EveryDirectoryIsAbsoluteAfterwards) {
     EXPECT_FALSE(TemplateDirectory);
 }
 
+// Of what is not shown.
 TEST(Load, StoredValues) {
     const Installation gateway;
-    gateway.configure("[SMTP]\nMaxMessageSize = 2\nSOCKEToption = -1\nAllowIP = 10.1:*.2\n"
-                      "ServerHost = a b:10 _Msp_:5\nGreetingMessage =\n"
-                      "[Queue]\nDirectoryLimitSize = 3\n[Expire]\nMaxDeliverLogSize = 3K\n"
-                      "[Admin]\nAdminMailAddress = a@b, c@d\n[NoticeMessage]\nSignature =\n"
-                      "[check_rcpt]\nLocalDomain = x;y,z\n[Screening]\nMIMELogLevel = none\n"
-                      "[Archive]\nAlternateHostID = 18446744073709551615\nMinFree = 1G\n"
-                      "[Cypher]\nUserGroup = a:b\n[Cooperation]\nMinFree = 2G\n");
+    gateway.configure(
+        "[SMTP]\nSOCKEToption = -1\nServerHost = a b:10 _Msp_:5 _cmd_\nGreetingMessage =\n"
+        "AllowIP = 10.1\n[NoticeMessage]\nSignature =\n"
+        "[check_rcpt]\nLocalDomain = x;y,z\n"
+        "[Archive]\nAlternateHostID = 18446744073709551615\nMinFree = 1G\n"
+        "[Cooperation]\nMinFree = 2G\n");
     read_config(gateway.file.c_str(), All);
-    EXPECT_EQ(MaxMessageSize, 2048);
     EXPECT_EQ(SOCKEToption, 4294967295U);
-    ASSERT_EQ(SMTP_AllowIP->size(), 2U);
-    EXPECT_EQ((*SMTP_AllowIP)[0].cmp, 1);
-    EXPECT_STREQ((*SMTP_AllowIP)[1].str.data(), "*.2");
-    EXPECT_EQ(ServerHost.view(), "a b:10 _Msp_:5");
-    EXPECT_EQ(SvrList[0].host.view(), "a");
-    EXPECT_EQ(SvrList[0].port, 25);
-    EXPECT_EQ(SvrList[1].port, 10);
-    EXPECT_EQ(SvrList[2].host.view(), "_MSP_");
-    EXPECT_EQ(SvrList[2].flg, 1);
-    EXPECT_EQ(SvrList[2].port, 0);
-    EXPECT_FALSE(SvrList[3].host);
-    EXPECT_TRUE(GreetingMessage);
-    EXPECT_EQ(GreetingMessage.view(), "");
-    EXPECT_EQ(QueueDirectoryLimitSize, 3072);
-    EXPECT_EQ(MaxDeliverLogSize, 3);
-    EXPECT_EQ(AdminMailAddress->str, "a@b");
-    EXPECT_EQ(AdminMailAddress->next->str, " c@d");
+    EXPECT_EQ(ServerHost.view(), "a b:10 _Msp_:5 _cmd_");
+    const std::tuple<std::string, int, int> servers[] = {
+        {"a", 25, 0}, {"b", 10, 0}, {"_MSP_", 0, 1}, {"_CMD_", 0, 2}, {"", 0, 0}};
+    for (std::size_t i = 0; i < std::size(servers); ++i) {
+        const SVRLIST& server = SvrList[i];
+        EXPECT_EQ(std::tuple(std::string(server.host.view()), server.port, server.flg), servers[i]);
+    }
+    EXPECT_TRUE(GreetingMessage && GreetingMessage.view().empty());
     EXPECT_FALSE(NoticeSignature);
     EXPECT_EQ(CR_LocalDomain, (WordList{{"x", "y", "z"}}));
-    EXPECT_EQ(ScrLogLevelMIME, 9999);
     EXPECT_EQ(AlternateHostID, 18446744073709551615UL);
-    EXPECT_EQ(IBESvrList[1].host.view(), "b");
-    EXPECT_EQ(ArchiveMinFree, 1048576);
     struct statfs info {};
     ::statfs(gateway.path().c_str(), &info);
+    EXPECT_EQ(ArchiveMinFree, 1048576);
     EXPECT_EQ(ArchiveMinFreeBlocks, 1048576 / info.f_bsize + 1);
-    EXPECT_EQ(CoopMinFreeBlocks, 2097152 / info.f_bsize + 1);
     EXPECT_EQ(CoopMinFree, 2097152);
+    EXPECT_EQ(CoopMinFreeBlocks, 2097152 / info.f_bsize + 1);
+    EXPECT_TRUE(SMTP_AllowIP && InternalDomains);
     EXPECT_EQ(conf_free(), 0);
-    EXPECT_FALSE(SMTP_AllowIP);
-    EXPECT_FALSE(InternalDomains);
+    EXPECT_FALSE(SMTP_AllowIP || InternalDomains);
 }
 
 TEST(Load, WarningsDoNotStop) {
@@ -329,83 +299,63 @@ TEST(Load, QueuesThatCannotBeLinked) {
     gateway.dir.file("aqueue/.qxtest", "left behind");
     gateway.dir.file("pqueue/.qxtest", "left behind");
     read_config(gateway.file.c_str(), All);
-    EXPECT_EQ(ArchiveHardLink, 1);
-    EXPECT_EQ(QuarantineHardLink, 1);
-    EXPECT_TRUE(std::filesystem::is_empty(gateway.path("mqueue")));
-    EXPECT_TRUE(std::filesystem::is_empty(gateway.path("aqueue")));
-    EXPECT_TRUE(std::filesystem::is_empty(gateway.path("pqueue")));
-
+    EXPECT_EQ(std::pair(ArchiveHardLink, QuarantineHardLink), std::pair(1, 1));
+    for (const char* queue : {"mqueue", "aqueue", "pqueue"}) {
+        EXPECT_TRUE(std::filesystem::is_empty(gateway.path(queue))) << queue;
+    }
     std::filesystem::remove(gateway.path("aqueue"));
     std::filesystem::remove(gateway.path("pqueue"));
     read_config(gateway.file.c_str(), 0x0010); // not asked for
     EXPECT_EQ(ArchiveHardLink, 1);
     read_config(gateway.file.c_str(), All);
-    EXPECT_EQ(ArchiveHardLink, 0);
-    EXPECT_EQ(QuarantineHardLink, 0);
+    EXPECT_EQ(std::pair(ArchiveHardLink, QuarantineHardLink), std::pair(0, 0));
     EXPECT_TRUE(std::filesystem::is_empty(gateway.path("mqueue")));
 }
 
+// Which bits of the mask, none when there is no gate, let keys in.
 TEST(Load, Gates) {
     const Installation gateway;
-    struct Key {
-        const char* section;
-        const char* key;
-        std::variant<int*, unsigned*, long*> setting;
-        unsigned gate; // 0: always
+    using Keys = std::vector<std::pair<const char*, const char*>>;
+    // clang-format off
+    const std::pair<unsigned, Keys> gates[] = {
+        {0, {{"SMTP", "MaxRecipientsSend"}, {"Mail", "ACL_Option"}, {"Log", "LogPerm"}, {"Archive", "ArchiveWipeRate"}, {"Screening", "ConvOption"},
+             {"Expire", "SystemLog"}, {"SystemControl", "MaxOpenTries"}, {"Debug", "SmtpForkDelay"}}},
+        {0x01, {{"SMTP", "SmtpPort"}, {"Queue", "DelayInterval"}, {"check_mail", "DenyInvalidFormat"}, {"check_rcpt", "DenyInvalidFormat"},
+                {"Screening", "MaxCategories"}, {"Expire", "SweepInterval"}}},
+        {0x02, {{"Archive", "RefuseLoadAverage"}, {"Archive", "ArchiveInterval"}}},
+        {0x03, {{"Archive", "QueueLimitSize"}}},
+        {0x05, {{"Cooperation", "FTPInterval"}}},
+        {0x10, {{"Queue", "Freeze_Option"}, {"NoticeMessage", "NotifyHoldMask"}}},
+        {0x11, {{"Mail", "DeliverErrorMode"}, {"NoticeMessage", "Forward_option"}, {"Appender", "AppendOption"}, {"Screening", "DPInfo_Option"},
+                {"Screening", "ResultFormat"}, {"Cypher", "encode"}}},
+        {0x13, {{"SMTP", "TransmissionMode"}, {"SMTP", "Timeout_quit"}, {"NoticeMessage", "Notify_option"}}},
+        {0x21, {{"Screening", "ExtractNice"}, {"Screening", "MaxMimeNesting"}}},
+        {0x31, {{"Screening", "ScreeningOption"}}},
+        {0x50, {{"Screening", "LogSearchOption"}}},
+        {0x52, {{"Archive", "TarNice"}, {"Archive", "TSDigestProc"}}},
+        {0x70, {{"BrowseMail", "BrowseOption"}}},
+        {0x71, {{"Screening", "SkipBlank"}}},
     };
-    const Key keys[] = {
-        {"SMTP", "SmtpPort", &SmtpPort, 0x1},
-        {"SMTP", "TransmissionMode", &TransmissionMode, 0x13},
-        {"SMTP", "Timeout_quit", &Timeout_quit, 0x13},
-        {"SMTP", "MaxRecipientsSend", &MaxRecipientsSend, 0},
-        {"Mail", "DeliverErrorMode", &DeliverErrorMode, 0x11},
-        {"Mail", "ACL_Option", &ACL_Option, 0},
-        {"Queue", "DelayInterval", &DelayInterval, 0x1},
-        {"Queue", "Freeze_Option", &QueueFreeze_Option, 0x10},
-        {"Log", "LogPerm", &LogPerm, 0},
-        {"check_mail", "DenyInvalidFormat", &CM_DenyInvalidFormat, 0x1},
-        {"check_rcpt", "DenyInvalidFormat", &CR_DenyInvalidFormat, 0x1},
-        {"NoticeMessage", "Notify_option", &Notify_option, 0x13},
-        {"NoticeMessage", "Forward_option", &Forward_option, 0x11},
-        {"NoticeMessage", "NotifyHoldMask", &NotifyHoldMask, 0x10},
-        {"Archive", "ArchiveWipeRate", &ArchiveWipeRate, 0},
-        {"Archive", "TarNice", &TarNice, 0x52},
-        {"Archive", "TSDigestProc", &TSDigestProc, 0x52},
-        {"Archive", "QueueLimitSize", &ArchiveQueueLimitSize, 0x3},
-        {"Archive", "RefuseLoadAverage", &ArchiveRefuseLoadAverage, 0x2},
-        {"Archive", "ArchiveInterval", &ArchiveInterval, 0x2},
-        {"Screening", "ConvOption", &ConvOption, 0},
-        {"BrowseMail", "BrowseOption", &BrowseOption, 0x70},
-        {"Appender", "AppendOption", &AppendOption, 0x11},
-        {"Screening", "ExtractNice", &ScrExtractNice, 0x21},
-        {"Screening", "ScreeningOption", &ScreeningOption, 0x31},
-        {"Screening", "DPInfo_Option", &DPInfo_Option, 0x11},
-        {"Screening", "LogSearchOption", &LogSearchOption, 0x50},
-        {"Screening", "MaxMimeNesting", &MaxMimeNesting, 0x21},
-        {"Screening", "SkipBlank", &ScrSkipBlank, 0x71},
-        {"Screening", "ResultFormat", &ScrResultFormat, 0x11},
-        {"Screening", "MaxCategories", &MaxCategories, 0x1},
-        {"Expire", "SystemLog", &ExpireSystemLog, 0},
-        {"Expire", "SweepInterval", &SweepInterval, 0x1},
-        {"SystemControl", "MaxOpenTries", &MaxOpenTries, 0},
-        {"Debug", "SmtpForkDelay", &DBG_SmtpForkDelay, 0},
-        {"Cypher", "encode", &IBE_encode, 0x11},
-        {"Cooperation", "FTPInterval", &FTPInterval, 0x5},
-    };
-    std::string text;
-    for (const Key& key : keys) {
-        text += std::string("[") + key.section + "]\n" + key.key + " = 77\n";
-    }
-    text = replaced(text, "QueueLimitSize = 77", "QueueLimitSize = 77K");
-    gateway.configure(text);
-    for (const unsigned bit : {0x1U, 0x2U, 0x4U, 0x8U, 0x10U, 0x20U, 0x40U, 0x80U}) {
-        for (const Key& key : keys) {
-            std::visit([](auto* setting) { *setting = 1; }, key.setting);
+    // clang-format on
+    for (int bit = 0; bit < 8; ++bit) {
+        const std::string value = std::to_string(81 + bit); // one that has not been read before
+        std::string text;
+        for (const auto& [gate, keys] : gates) {
+            for (const auto& [section, key] : keys) {
+                text += std::string("[") + section + "]\n" + key + " = " + value + "\n";
+            }
         }
-        read_config(gateway.file.c_str(), bit | RC_NOCHECK);
-        for (const Key& key : keys) {
-            const bool read = std::visit([](auto* setting) { return *setting == 77; }, key.setting);
-            EXPECT_EQ(read, key.gate == 0 || (key.gate & bit) != 0) << key.key << " " << bit;
+        gateway.configure(
+            replaced(text, "QueueLimitSize = " + value, "QueueLimitSize = " + value + "K"));
+        read_config(gateway.file.c_str(), (1U << bit) | RC_NOCHECK);
+        for (const auto& [gate, keys] : gates) {
+            for (const auto& [section, key] : keys) {
+                const int row = find_row(find_section(section), key);
+                const std::int64_t now =
+                    number_in(catalogue()[static_cast<std::size_t>(row)].variable);
+                EXPECT_EQ(now == 81 + bit, gate == 0 || (gate >> bit & 1U) != 0)
+                    << key << " " << bit;
+            }
         }
     }
 }
@@ -437,17 +387,11 @@ TEST(Load, TheLocalSupplementOverridesTheAuxiliarySections) {
               (Result{1, "", local + ":2: invalid value, [Cypher] encode: 9999999999\n"}));
 }
 
-TEST(Load, ValueTables) {
-    EXPECT_EQ(val_vtab(0, "NONE"), 9999);
-    EXPECT_EQ(val_vtab(7, "qmail"), 3);
-    EXPECT_EQ(val_vtab(7, "exim"), -1);
-    EXPECT_EQ(val_vtab(8, "none"), -1);
-    EXPECT_EQ(val_vtab(-1, "none"), -1);
-    EXPECT_STREQ(str_vtab(6, 0), "none");
-    EXPECT_STREQ(str_vtab(1, 4), "rule");
-    EXPECT_EQ(str_vtab(2, 4), nullptr);
-    EXPECT_EQ(str_vtab(8, 0), nullptr);
-    EXPECT_STREQ(str_addrselect(3), "both");
+TEST(Load, ThereAreEightValueTables) {
+    for (const int table : {-1, 8}) {
+        EXPECT_EQ(val_vtab(table, "none"), -1);
+        EXPECT_EQ(str_vtab(table, 0), nullptr);
+    }
 }
 
 } // namespace
