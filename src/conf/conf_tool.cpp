@@ -61,11 +61,12 @@ bool begins_line(std::string_view text, std::size_t position) {
 }
 
 std::string_view trim_blanks(std::string_view text) {
-    const std::size_t start = text.find_first_not_of(" \t");
-    if (start == text.npos) {
-        return {};
+    const std::size_t start = blanks_end(text, 0);
+    std::size_t end = text.size();
+    while (end > start && (text[end - 1] == ' ' || text[end - 1] == '\t')) {
+        --end;
     }
-    return text.substr(start, text.find_last_not_of(" \t") - start + 1);
+    return text.substr(start, end - start);
 }
 
 } // namespace
