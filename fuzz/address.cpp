@@ -22,13 +22,13 @@ bool is_one_of(char c, const char* characters) {
 
 // An address in a text without a NUL; where it ends, the character that ends it included; whether
 // it is well formed.
-struct Specification {
+struct Address {
     std::string address;
     std::size_t end = 0;
     bool valid = false;
 };
 
-Specification slow_specification(const std::string& in, std::size_t start) {
+Address slow_address(const std::string& in, std::size_t start) {
     std::size_t i = start;
     while (i < in.size() && is_one_of(in[i], ", \t\n\v\f\r_")) {
         ++i;
@@ -102,7 +102,7 @@ std::vector<std::string> slow_list(const std::string& line) {
     std::vector<std::string> addresses;
     std::size_t start = 0;
     for (std::size_t n = 0; n < MostCells; ++n) {
-        const Specification next = slow_specification(line, start);
+        const Address next = slow_address(line, start);
         if (!next.address.empty()) {
             addresses.push_back(next.address);
         }
@@ -154,7 +154,7 @@ bool slow_is_valid(const std::string& text, int mode) {
 }
 
 void check_specification(const std::string& text, std::size_t size) {
-    const Specification expected = slow_specification(text, 0);
+    const Address expected = slow_address(text, 0);
     std::string address = "stale";
     const std::optional<std::string_view> rest = ag_get_addrspec(text, address, size);
     require_equal(address, expected.address.substr(0, size > 0 ? size - 1 : 0), "address");

@@ -16,9 +16,12 @@ Manager_Dir = people
 [Mail]
 InternalDomains = example.com
 END
-PATH=$bin:$PATH
-# shellcheck source=/dev/null
-source "$share/bash-completion/completions/ov_conf"
+# The file is loaded from inside a function when a command is completed for the first time.
+load() {
+    # shellcheck source=/dev/null
+    source "$share/bash-completion/completions/ov_conf"
+}
+load
 
 failures=0
 # expect REPLIES WORD...: completes the last word; bash hands over "=" as a word of its own.
@@ -42,6 +45,8 @@ expect 'Debug' ov_conf -s debu
 expect 'SmtpForkDelay StoreForkDelay SweepForkDelay NoCore' ov_conf -s dEBUG -k ''
 expect 'MaxSearchProcs_MIN MaxSearchProcs_MAX MaxSearchProcs MaxSearchMessages_MIN MaxSearchMessages_MAX MaxSearchMessages' \
     ov_conf -f "$root/conf" -s Search -k maxsearch
+expect 'NoCore' ov_conf -s '"Debug"' -k no
+expect 'NoCore' ov_conf -sDebug -k no
 expect '' ov_conf -s NoSuchSection -k ''
 expect '' ov_conf -k ''
 expect "$root/conf" ov_conf -f "$root/co"
@@ -49,6 +54,8 @@ expect '-f -g -m -u -v' ov_mgrconf -
 expect 'hanako taro' ov_mgrconf -f "$root/conf" -u ''
 expect 'taro' "$bin/ov_mgrconf" -f "$root/conf" -u T
 expect 'jiro' ov_admconf -f "$root/conf" -u ''
+expect 'jiro' ov_admconf "-f$root/conf" -gu ''
+expect 'jiro' ov_admconf -f "'$root/conf'" -u j
 expect '' srch_mgrconf -f "$root/conf" -u ''
 expect '' ov_mgrconf -f "$root/none" -u ''
 expect 'Hold Hold+ HoldList+ HoldList HoldMessage HoldAttach HoldReason HoldForward HoldApprove HoldCancel' \
@@ -59,5 +66,7 @@ expect 'PolicyAttachmentSet= PolicyKeywordSet= PolicyACLRule= PolicyAttachment= 
     ov_admconf -m Policy
 expect 'yes no' ov_admconf -m HoldList =
 expect 'no' ov_admconf -m HoldList = n
+expect 'HoldList=yes HoldList=no' ov_admconf -gm HoldList=
+expect '' ov_conf -s SMTP -k SmtpPort -c ''
 expect '' ov_admconf -m Group =
 exit $((failures != 0))

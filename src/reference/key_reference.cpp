@@ -1,5 +1,6 @@
 #include "reference/key_reference.h"
 
+#include "conf/layout.h"
 #include "conf/load_rules.h"
 #include "conf/settings.h"
 
@@ -191,11 +192,11 @@ std::string all_digits() {
     return "digits";
 }
 std::string within_limits() {
-    return "digits within the same limits";
+    return "digits within the defaults of these limits";
 }
 std::string number(NumberSign sign = AnySign) {
-    return sign == NotNegative ? "number, not negative; 0x may stand in front"
-                               : "number; 0x may stand in front";
+    return std::string("number") + (sign == NotNegative ? ", not negative" : "") +
+           " (0x in front passes, too, but loads as 0)";
 }
 std::string level(LevelWords words) {
     return "level: " + (words == AnyWord ? words_of(LogLevelTable) : "none") + ", or 0 to 9999";
@@ -219,7 +220,7 @@ std::string host_port(std::size_t longest) {
     return R"("host" or "host:port", of which )" + std::to_string(longest) + " characters count";
 }
 std::string servers() {
-    return "at most eight servers";
+    return R"(at most eight servers, "_MSP_" and "_CMD_" among them)";
 }
 std::string command() {
     return "existing program with its full path, and arguments";
@@ -237,7 +238,8 @@ std::string existing_directory() {
     return "existing directory";
 }
 std::string directory_under(const Text& base) {
-    return "existing directory; relative: under " + key_of(base);
+    return "existing directory; relative: under " + key_of(base) +
+           (&base == &RootDirectory ? "" : " at its default");
 }
 std::string directories() {
     return "existing directories, " + separators(":");
@@ -255,10 +257,10 @@ std::string template_file() {
     return "existing file; relative: in TemplateDirectory";
 }
 std::string keyword_set() {
-    return "name of a keyword set that can be read";
+    return "name of a keyword set that can be read where KEYWD_Dir is by default";
 }
 std::string mime_type_set() {
-    return "name of a MIME type set that can be read";
+    return "name of a MIME type set that can be read where MTYPE_Dir is by default";
 }
 
 std::vector<std::string> rules() {
@@ -304,16 +306,16 @@ std::string level() {
     return R"(number, or "none")";
 }
 std::string conditions() {
-    return "list";
+    return "list, " + separators(":");
 }
 std::string internal_domains() {
-    return "list; the host's own domain when there is none";
+    return "list, " + separators(":") + "; the host's own domain when there is none";
 }
 std::string names() {
-    return "list";
+    return "list, " + separators(":");
 }
 std::string addresses() {
-    return "list";
+    return "list, " + separators(";");
 }
 
 std::vector<std::string> rules() {
@@ -329,27 +331,12 @@ std::vector<std::string> rules() {
 } // namespace shown
 
 const std::pair<const char*, const char*> purposes[] = {
-    {"SMTP", "The listener, and how accepted messages go on."},
-    {"Mail", "Which domains are ours, and how addresses are looked at."},
-    {"Admin", "Who is told of trouble."},
-    {"Queue", "How messages wait in the queues."},
-    {"Log", "The daily log and the mail logs."},
-    {"check_mail", "Envelope senders."},
-    {"check_rcpt", "Envelope recipients."},
-    {"NoticeMessage", "Notices to senders, recipients and administrators."},
-    {"Directories", "The installation."},
-    {"Files", "Files of the gateway's programs."},
-    {"Archive", "The archive: what is kept, where, and how long."},
-    {"Screening", "What is looked into, and from which level on a finding counts."},
-    {"BrowseMail", "The web screens that show messages."},
-    {"Forward", "Copies of messages."},
-    {"Appender", "Texts that are put under messages."},
-    {"Expire", "How long logs and messages are kept, and the room that they may take."},
-    {"SystemControl", "How often something is tried again."},
-    {"Debug", "For those who develop the gateway."},
-    {"Cooperation", "Copies for the audit host."},
-    {"Cypher", "The encryption gateway."},
-    {"Search", "The archive search."},
+#define SECTION(name, purpose) {name, purpose},
+#define SETTING(...)
+#define STEP(...)
+#include "conf/catalogue.def"
+#undef STEP
+#undef SETTING
 };
 
 const char* purpose_of(std::string_view section) {
@@ -359,6 +346,15 @@ const char* purpose_of(std::string_view section) {
         throw std::logic_error("a section has no purpose");
     }
     return found->second;
+}
+
+// The largest number of so many digits.
+std::int64_t largest_of(std::size_t digits) {
+    std::int64_t number = 0;
+    for (; digits > 0 && number < NoBound / 10; --digits) {
+        number = number * 10 + 9;
+    }
+    return digits > 0 ? NoBound : number;
 }
 
 // The bounds of a number: those of its rule and those of its setting.
@@ -376,7 +372,8 @@ ValueText with_bounds(const accepted::Rule& rule, const Variable& variable) {
                 const std::int64_t least =
                     std::is_signed_v<Type> ? static_cast<std::int64_t>(Limits::min()) : 0;
                 const std::int64_t most =
-                    beyond ? NoBound : static_cast<std::int64_t>(Limits::max());
+                    std::min(beyond ? NoBound : static_cast<std::int64_t>(Limits::max()),
+                             largest_of(rule.longest));
                 text.details = beyond && rule.whole_range
                                    ? "0 to " + std::to_string(Limits::max())
                                    : bounds(std::max(rule.lowest, least),
@@ -417,25 +414,20 @@ std::string number_text(const Row& row, const std::string& kind) {
     return std::to_string(number);
 }
 
-// A default as one would write it into the file.
+// A default in the terms of a configuration file.
 std::optional<std::string> initial_text(const Row& row, const std::string& kind) {
-    if (auto* const* text = std::get_if<Text*>(&row.variable)) {
-        if (!**text) {
-            return std::nullopt;
-        }
-        // A file that takes no relative name still has a relative default.
-        const bool needs_path = kind == "file" && row.rule.option == load_rules::FullPath &&
-                                !(*text)->view().starts_with('/');
-        return (needs_path ? std::string(RootDirectory.view()) + std::string(EtcDirectory.view())
-                           : "") +
-               std::string((*text)->view());
-    }
-    const bool is_number = std::visit(
-        [](const auto* setting) {
-            return std::is_integral_v<std::remove_cvref_t<decltype(*setting)>>;
+    return std::visit(
+        [&](const auto* setting) -> std::optional<std::string> {
+            using Type = std::remove_cvref_t<decltype(*setting)>;
+            if constexpr (std::is_integral_v<Type>) {
+                return number_text(row, kind);
+            } else if constexpr (std::is_same_v<Type, Text>) {
+                return *setting ? std::optional(std::string(setting->view())) : std::nullopt;
+            } else {
+                return std::nullopt; // lists are not set
+            }
         },
         row.variable);
-    return is_number ? std::optional(number_text(row, kind)) : std::nullopt; // lists are not set
 }
 
 std::string only_text(const Gate& gate) {
@@ -468,9 +460,18 @@ std::vector<SectionReference> key_reference() {
             section = sections.insert(section, {row.section, purpose_of(row.section), {}});
         }
         const ValueText value = with_bounds(values[i], row.variable);
-        section->keys.push_back({row.key, value, initial_text(row, value.kind),
-                                 unless_empty(checks[i]), unless_empty(forms[i]),
-                                 only_text(row.gate)});
+        const std::optional<std::string> initial = initial_text(row, value.kind);
+        const bool is_file = value.kind == "file";
+        section->keys.push_back({
+            .key = row.key,
+            .accepted = value,
+            .initial = initial,
+            .is_in_etc = is_file && initial && !isfullpath(initial->c_str()),
+            .needs_full_path = is_file && row.rule.option == load_rules::FullPath,
+            .checked = unless_empty(checks[i]),
+            .shown = unless_empty(forms[i]),
+            .only = only_text(row.gate),
+        });
     }
     return sections;
 }

@@ -20,7 +20,9 @@ struct ValueText {
 struct KeyReference {
     const char* key;
     ValueText accepted;
-    std::optional<std::string> initial; // the default as it is written in a file; nothing: not set
+    std::optional<std::string> initial; // the default; nothing: it is not set
+    bool is_in_etc;                     // the default is a file in EtcDirectory
+    bool needs_full_path;               // and cannot be written so into a file
     std::optional<std::string> checked; // what -c accepts; nothing: it cannot be checked
     std::optional<std::string> shown;   // how -a shows it; nothing: it cannot be shown
     std::string only;                   // when it is read at all; empty: always

@@ -44,7 +44,8 @@ std::string manual_key(const KeyReference& key) {
     } else if (key.initial->empty()) {
         text += "Default: empty.\n";
     } else {
-        text += "Default:\n.Ql " + argument(*key.initial) + " .\n";
+        text += "Default:\n.Ql " + argument(*key.initial) +
+                (key.is_in_etc ? "\nin\n.Ic EtcDirectory .\n" : " .\n");
     }
     if (!key.only.empty()) {
         text += "Read with\n.Ql " + argument(key.only) + "\nonly.\n";
@@ -197,11 +198,14 @@ std::string manual_rights() {
 }
 
 std::string sample_keys() {
+    const std::string folder =
+        std::string(RootDirectory.view()) + std::string(EtcDirectory.view()); // by default
     std::string text;
     for (const SectionReference& section : key_reference()) {
         text += std::string("\n[") + section.section + "]\n# " + section.purpose + "\n";
         for (const KeyReference& key : section.keys) {
-            const std::string initial = key.initial.value_or("");
+            const std::string initial =
+                (key.is_in_etc && key.needs_full_path ? folder : "") + key.initial.value_or("");
             text += "\n# " + capitalised(sentence(key.accepted)) +
                     (key.initial ? "" : ". Not set.") + "\n#" + key.key + " =" +
                     (initial.empty() ? "" : " " + initial) + "\n";
@@ -214,7 +218,7 @@ std::string completion_data() {
     const std::vector<SectionReference> sections = key_reference();
     std::string text = shell_list("_ov_conf_sections", sections,
                                   [](const SectionReference& s) { return std::string(s.section); });
-    text += "declare -A _ov_conf_keys=(\n";
+    text += "declare -gA _ov_conf_keys=(\n";
     for (const SectionReference& section : sections) {
         std::string name = section.section; // in lower case: it is found in any
         std::transform(name.begin(), name.end(), name.begin(),
@@ -222,7 +226,7 @@ std::string completion_data() {
         text += shell_list("    [" + name + "]", section.keys,
                            [](const KeyReference& key) { return std::string(key.key); });
     }
-    text += ")\ndeclare -A _ov_conf_directories=(\n";
+    text += ")\ndeclare -gA _ov_conf_directories=(\n";
     for (const RoleCommand& command : RoleCommands) {
         const Row& row = directory_row(command.rank);
         text += std::string("    [") + command.name + "]='" + row.key + " " +
