@@ -134,11 +134,13 @@ TEST(Reference, TheManualTellsTheRow) {
              "Read with\n.Ql \"\\&MailSubmissionProgram = postfix\"\nonly.\n"
              ".br\nCheck: no.\nShow: no.\n",
              "DenyIP\"\nIP addresses: separated by \\(dq:\\(dq.\nDefault: not set.\n"
-             ".br\nCheck: IP addresses and networks; may be empty.\nShow: list, separated by \\(dq:\\(dq.\n",
+             ".br\nCheck: IP addresses and networks; may be empty.\nShow: list, separated by "
+             "\\(dq:\\(dq.\n",
              "TSmode\"\nDigits: 0 to 2, at most 1 of them.\nDefault:\n.Ql \"\\&0\" .\n"
              ".br\nCheck: digits: 0 to 9, at most 1 of them.\nShow: number.\n",
              "MaxSearchProcs\"\nDigits: from MaxSearchProcs_MIN to MaxSearchProcs_MAX.\nDefault:\n"
-             ".Ql \"\\&3\" .\n.br\nCheck: digits within the defaults of these limits.\nShow: number.\n",
+             ".Ql \"\\&3\" .\n.br\nCheck: digits within the defaults of these limits.\nShow: "
+             "number.\n",
              "MinFree\"\nSize: to stay free where ArchiveQueue is; held in kilobytes; "
              "without a unit: M.\nDefault:\n.Ql \"\\&2M\" .\n.br\nCheck: no.\nShow: no.\n",
              "ACL_File\"\nFile: with its full path.\nDefault:\n.Ql \"\\&mss.acl\"\nin\n"
