@@ -2,20 +2,13 @@
 // from the key's row in the catalogue.
 #pragma once
 
-#include "conf/catalogue.h"
+#include "reference/vocabulary.h"
 
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace ov {
-
-// What a rule says of a value: the kind, and beside it what is special about this key.
-struct ValueText {
-    std::string kind;
-    std::string details;
-};
 
 struct KeyReference {
     const char* key;

@@ -1,5 +1,6 @@
 #include "reference/write.h"
 
+#include "conf/catalogue.h"
 #include "conf/rights.h"
 #include "conf/settings.h"
 #include "reference/key_reference.h"
