@@ -194,42 +194,33 @@ void copy(Text& to, const Text& from) {
     }
 }
 
-// How messages are to get from the message queue into another one.
-struct QueueWay {
-    const char* key;
-    int& flag; // cleared when there is no such way
-    const Text& queue;
-    int (*bring)(const char*, const char*);
-};
-
-std::string test_file_in(const Text& queue) {
-    return std::string(queue.view()) + ".qxtest";
-}
-
-// Creates a file, in the place of one that was left behind.
-Fd create_anew(const std::string& path) {
-    constexpr int Flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
-    Fd file(::open(path.c_str(), Flags, TestFileMode));
-    if (!file && errno == EEXIST) {
-        ::unlink(path.c_str());
-        file.reset(::open(path.c_str(), Flags, TestFileMode));
+// Tries to bring a file from one queue directory into another with `bring` (link or rename), and
+// clears `flag` when that fails.
+void try_queues(int& flag, const char* name, const Text& from, const Text& to,
+                int (*bring)(const char*, const char*)) {
+    if (!flag) {
+        return;
     }
-    return file;
-}
-
-// Tries the way with the file `source`.
-void try_way(const QueueWay& way, const std::string& source, const std::string& target) {
-    int result = way.bring(source.c_str(), target.c_str());
-    if (result != 0 && errno == EEXIST) {
-        ::unlink(target.c_str());
-        result = way.bring(source.c_str(), target.c_str());
+    if (!from || !to) {
+        flag = 0;
+        return;
     }
-    if (result != 0) {
-        way.flag = 0;
+    const std::string source = std::string(from.view()) + ".qxtest";
+    const std::string target = std::string(to.view()) + ".qxtest";
+    ::unlink(source.c_str());
+    ::unlink(target.c_str());
+    const Fd file(::open(source.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, TestFileMode));
+    if (!file) {
+        return;
+    }
+    if (bring(source.c_str(), target.c_str()) != 0) {
+        flag = 0;
         if ((LogFacility & LogWarnings) != 0 && LogLevel > 1) {
-            syserr("WARNING: %s disabled. (errno=%d)", way.key, errno);
+            syserr("WARNING: %s disabled. (errno=%d)", name, errno);
         }
     }
+    ::unlink(source.c_str());
+    ::unlink(target.c_str());
 }
 
 std::int64_t limit_in(const Operand& operand) {
@@ -524,34 +515,13 @@ Verdict forward_mode(const Loading&) {
     return Verdict::Taken;
 }
 
-Verdict queue_links(const Loading&) {
-    // One file is enough: a link leaves it where it was, and moving comes last.
-    const QueueWay ways[] = {
-        {"ArchiveHardLink", ArchiveHardLink, ArchiveQueue, ::link},
-        {"QuarantineHardLink", QuarantineHardLink, QuarantineQueue, ::rename},
-    };
-    for (const QueueWay& way : ways) {
-        if (!MessageQueue || !way.queue) {
-            way.flag = 0;
-        }
-    }
-    if (!ArchiveHardLink && !QuarantineHardLink) {
-        return Verdict::Taken;
-    }
-    const std::string source = test_file_in(MessageQueue);
-    const Fd file = create_anew(source);
-    for (const QueueWay& way : ways) {
-        if (way.flag) {
-            const std::string target = test_file_in(way.queue);
-            if (file) {
-                try_way(way, source, target);
-            }
-            ::unlink(target.c_str());
-        }
-    }
-    if (file) {
-        ::unlink(source.c_str());
-    }
+Verdict archive_hard_link(const Loading&) {
+    try_queues(ArchiveHardLink, "ArchiveHardLink", MessageQueue, ArchiveQueue, ::link);
+    return Verdict::Taken;
+}
+
+Verdict quarantine_hard_link(const Loading&) {
+    try_queues(QuarantineHardLink, "QuarantineHardLink", MessageQueue, QuarantineQueue, ::rename);
     return Verdict::Taken;
 }
 

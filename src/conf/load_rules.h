@@ -148,8 +148,8 @@ constexpr LoadRule user_group() {
 Verdict chosen_program(const Loading&);
 // Forwarding needs an address to forward to.
 Verdict forward_mode(const Loading&);
-// Whether messages can be linked from the message queue to the archive queue, and moved into
-// quarantine.
-Verdict queue_links(const Loading&);
+// Whether messages can be linked from queue to queue, and moved into quarantine.
+Verdict archive_hard_link(const Loading&);
+Verdict quarantine_hard_link(const Loading&);
 
 } // namespace ov::load_rules

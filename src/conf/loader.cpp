@@ -128,7 +128,9 @@ const Snapshot* scan_for_loading(const char* path) {
 int fetch_scanned(const char* path, const char* sec, const char* key, std::string& ans) {
     const int section = find_section(sec);
     const int row = section == -1 ? -1 : find_row(section, key);
-    const Snapshot* snapshot = row == -1 ? nullptr : scan(path);
+    struct stat info {};
+    const bool regular = ::stat(path, &info) == 0 && S_ISREG(info.st_mode);
+    const Snapshot* snapshot = row != -1 && regular ? scan(path) : nullptr;
     return snapshot ? snapshot->lookup(catalogue()[static_cast<std::size_t>(row)], sec, key, ans,
                                        LineMode)
                     : conf_fetch(path, sec, key, ans, MaxText + 1);

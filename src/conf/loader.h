@@ -12,8 +12,8 @@ const Snapshot* scan(const char* path);
 // The same, with a message on standard error when it cannot be opened.
 const Snapshot* scan_for_loading(const char* path);
 
-// conf_fetch with the longest answer; the file is not read again for a key of the catalogue when it
-// has been scanned and not been changed since.
+// conf_fetch with the longest answer. A regular file is not read again for a key of the catalogue
+// when it has been scanned and not been changed since.
 int fetch_scanned(const char* path, const char* sec, const char* key, std::string& ans);
 
 // Forgets all scans.
