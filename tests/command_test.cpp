@@ -134,6 +134,14 @@ TEST_F(OvConf, ReplacesAndDeletes) {
               (Result{1, "", file + ":2: [SMTP] SmtpPort: \"x\" invalid value \n"}));
 }
 
+// What can be read only once has been read by the load.
+TEST_F(OvConf, APipe) {
+    EXPECT_EQ(
+        run({"/bin/sh", "-c",
+             "cat '" + file + "' | " OV_BIN_DIR "/ov_conf -f /dev/stdin -s SMTP -k SmtpPort"}),
+        (Result{0, "0: not found\n", ""}));
+}
+
 TEST_F(OvConf, AFileWithoutAnEnd) {
     EXPECT_EQ(run({"ov_conf", "-f", "/dev/zero", "-s", "a", "-k", "b"}),
               (Result{0, "0: not found\n", ""}));

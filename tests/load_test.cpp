@@ -303,6 +303,15 @@ TEST(Load, QueuesThatCannotBeLinked) {
     for (const char* queue : {"mqueue", "aqueue", "pqueue"}) {
         EXPECT_TRUE(std::filesystem::is_empty(gateway.path(queue))) << queue;
     }
+    // A queue that is the message queue itself: nothing can be linked, but it can be moved.
+    std::filesystem::remove(gateway.path("aqueue"));
+    std::filesystem::create_symlink("mqueue", gateway.path("aqueue"));
+    gateway.dir.file("mqueue/.qxtest", "left behind");
+    read_config(gateway.file.c_str(), All);
+    EXPECT_EQ(std::pair(ArchiveHardLink, QuarantineHardLink), std::pair(0, 1));
+    EXPECT_TRUE(std::filesystem::is_empty(gateway.path("mqueue")));
+
+    ArchiveHardLink = 1;
     std::filesystem::remove(gateway.path("aqueue"));
     std::filesystem::remove(gateway.path("pqueue"));
     read_config(gateway.file.c_str(), 0x0010); // not asked for

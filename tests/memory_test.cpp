@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 #include <regex>
+#include <set>
 
 namespace ov {
 namespace {
@@ -16,6 +17,7 @@ struct Command {
     const char* name;
     Effect effect;
     std::vector<std::string> words;
+    std::set<std::string> tellers; // who tells of it, as teller_of says
 };
 
 void PrintTo(const Command& command, std::ostream* stream) {
@@ -26,7 +28,8 @@ const std::string Text = "a text that is too long to be held without an allocati
 
 // A setting of every form that is held in memory of its own.
 const std::string Settings =
-    "DenyIP = 10.0.0.1:192.168.0.0/16\nServerHost = mx1.a-rather-long-domain.example.com:25 _MSP_\n"
+    "[SMTP]\nDenyIP = 10.0.0.1:192.168.0.0/16\nServerHost = "
+    "mx1.a-rather-long-domain.example.com:25 _MSP_\n"
     "[Admin]\nAdminMailAddress = first.administrator@example.com,second@example.com\n"
     "[check_mail]\nDenyFromAddress = first.one.of.these@example.com;second@example.com\n"
     "[NoticeMessage]\nSignature = The gateway of a house\n[Archive]\nMailAddress = "
@@ -96,6 +99,12 @@ bool is_message(const std::string& line) {
     return std::regex_match(line, messages);
 }
 
+// Who tells of a lack of memory: what stands in front of the first colon. A message of the nearest
+// place is better than that of main.
+std::string teller_of(const std::string& line) {
+    return line.substr(0, line.find(':'));
+}
+
 // What a lack of memory may lead to.
 bool is_consequence(const std::string& line) {
     static const std::regex consequences(
@@ -127,6 +136,7 @@ TEST_P(Memory, EveryAllocationMayFail) {
     ASSERT_EQ(whole.status, 0) << whole.err;
     ASSERT_EQ(before == after, GetParam().effect == Reads);
 
+    std::set<std::string> tellers;
     for (const char* kind : {"malloc", "memory"}) {
         bool failed = true;
         int number = 0;
@@ -138,12 +148,16 @@ TEST_P(Memory, EveryAllocationMayFail) {
 
             bool told = false;
             for (const std::string& line : test::lines_of(result.err)) {
+                if (!told && is_message(line)) {
+                    tellers.insert(teller_of(line));
+                }
                 told = told || is_message(line);
                 EXPECT_TRUE(is_message(line) || is_consequence(line)) << line;
             }
             const std::vector<std::string> log = test::lines_of(take_log());
             for (const std::string& line : log) {
                 EXPECT_TRUE(is_log_line(line)) << line;
+                tellers.insert(teller_of(line));
             }
             const std::string text = files();
             // The addresses of groups come last; they may be left out, and the log tells why.
@@ -160,20 +174,33 @@ TEST_P(Memory, EveryAllocationMayFail) {
         }
         EXPECT_GT(number, 20); // or nothing has been tried
     }
+    for (const std::string& teller : GetParam().tellers) {
+        EXPECT_TRUE(tellers.contains(teller)) << teller;
+    }
 }
 
 // clang-format off
+const std::string Main = "550 Out of memory";
+const std::string Temporary = "cannot open tmp file";
+const std::set<std::string> RoleLoad = {Main, "Out of memory!", "mk_dirpath", "mk_filepath", "split_str"};
+
+std::set<std::string> with(std::set<std::string> tellers, const std::set<std::string>& more) {
+    tellers.insert(more.begin(), more.end());
+    return tellers;
+}
+const std::set<std::string> Loading = with(RoleLoad, {"ipaddr_makeaddr"});
+
 const Command Commands[] = {
-    {"Fetch", Reads, {"ov_conf", "-s", "Cypher", "-k", "UserGroup"}},
-    {"Load", Reads, {"ov_conf", "-m"}},
-    {"ShowLoaded", Reads, {"ov_conf", "-s", "Cypher", "-k", "UserGroup", "-a"}},
-    {"ShowWritten", Reads, {"ov_conf", "-s", "Admin", "-k", "AdminMailAddress", "-l"}},
-    {"Check", Reads, {"ov_conf", "-s", "SMTP", "-k", "ServerHost", "-c", "mx1.a-rather-long-domain.example.com:25 mx2"}},
-    {"Replace", EditsMainFile, {"ov_conf", "-s", "Screening", "-k", "Note", "-r", Text}},
-    {"Delete", EditsMainFile, {"ov_conf", "-s", "Screening", "-k", "Note", "-d"}},
-    {"Listing", Reads, {"ov_mgrconf", "-u", "taro", "-g"}},
-    {"Query", Reads, {"ov_mgrconf", "-u", "taro", "Group"}},
-    {"Change", ChangesRights, {"ov_mgrconf", "-u", "taro", "-m", "HoldList=no"}},
+    {"Fetch", Reads, {"ov_conf", "-s", "Cypher", "-k", "UserGroup"}, Loading},
+    {"Load", Reads, {"ov_conf", "-m"}, Loading},
+    {"ShowLoaded", Reads, {"ov_conf", "-s", "Cypher", "-k", "UserGroup", "-a"}, Loading},
+    {"ShowWritten", Reads, {"ov_conf", "-s", "Admin", "-k", "AdminMailAddress", "-l"}, Loading},
+    {"Check", Reads, {"ov_conf", "-s", "SMTP", "-k", "ServerHost", "-c", "mx1.a-rather-long-domain.example.com:25 mx2"}, {Main, "mk_dirpath", "split_str"}},
+    {"Replace", EditsMainFile, {"ov_conf", "-s", "Screening", "-k", "Note", "-r", Text}, with(Loading, {Temporary})},
+    {"Delete", EditsMainFile, {"ov_conf", "-s", "Screening", "-k", "Note", "-d"}, with(Loading, {Temporary, "conf_delete"})},
+    {"Listing", Reads, {"ov_mgrconf", "-u", "taro", "-g"}, with(RoleLoad, {"malloc error", "read_addrsgrp3", "add_addrtree", "add_addrlist", "ERROR"})},
+    {"Query", Reads, {"ov_mgrconf", "-u", "taro", "Group"}, with(RoleLoad, {"malloc error"})},
+    {"Change", ChangesRights, {"ov_mgrconf", "-u", "taro", "-m", "HoldList=no"}, with(RoleLoad, {"malloc error", Temporary})},
 };
 // clang-format on
 

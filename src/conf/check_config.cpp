@@ -47,7 +47,7 @@ struct Checking {
 enum LevelWords : bool { NoneOnly = false, AnyWord = true };
 enum NumberSign : bool { AnySign = false, NotNegative = true };
 
-constexpr std::size_t MostServers = 8;
+constexpr std::size_t MostServers = std::tuple_size_v<ServerList>;
 
 template <class Test>
 bool all_words(const std::string& text, const char* separators, Test test) {
