@@ -7,6 +7,7 @@
 #include "tool/commands.h"
 
 #include <algorithm>
+#include <cctype>
 #include <stdexcept>
 
 namespace ov {
