@@ -41,7 +41,7 @@ TEST_F(Show, PrintedForms) {
             {"PostfixProgram", "/bin/sh", "/usr/lib/sendmail", "/usr/lib/sendmail"}}}, // not chosen
         {"Mail", {{"GroupMaxAddresses", "7", "7", "1024"}}},
         {"Queue", {{"DirectoryLimitSize", "2", "2048", "0"}}},
-        {"Admin", {{"AdminMailAddress", "a@b,c@d; e", "a@b;c@d; e", ""}, {"AdminMailAddress", "a\x01\xe9z\tb", "a??z b", ""}}},
+        {"Admin", {{"AdminMailAddress", "Taro <taro@dom>, hanako@dom", "taro@dom;hanako@dom", ""}, {"AdminMailAddress", "a@x, b@y;(none)", "a@x;b@y", ""}, {"AdminMailAddress", "a\x01\xe9z\tb", "a??zb", ""}}},
         {"Screening", {
             {"MIMELogLevel", "weak", "1", "none"}, {"DPINFOngLevel", "none", "none", "50"}, {"DPINFOthreshold", "none", "9999", "1"},
             {"DPInfo_Option", "255", "0x000000ff", "0x00000000"}, {"DPInfo_Type", "-1", "0xffffffff", "0xffffffff"},

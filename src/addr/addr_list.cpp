@@ -262,9 +262,11 @@ std::optional<std::string_view> ag_get_addrspec(std::optional<std::string_view> 
     return rest.substr(extraction.position());
 }
 
-AddressList addr_list(std::optional<std::string_view> line) {
-    AddressList head;
-    AddressList* tail = &head;
+bool append_addresses(AddressList* list, std::optional<std::string_view> line) {
+    AddressList* tail = list;
+    while (*tail) {
+        tail = &(*tail)->next;
+    }
     std::string address;
     std::optional<std::string_view> rest = line;
     for (int extractions = 0; rest && extractions < MostSpecifications; ++extractions) {
@@ -274,12 +276,20 @@ AddressList addr_list(std::optional<std::string_view> line) {
         }
         *tail = alloc_ADDRS(address);
         if (!*tail) {
-            free_ADDRS(std::move(head));
-            return nullptr;
+            return false;
         }
         tail = &(*tail)->next;
     }
-    return head;
+    return true;
+}
+
+AddressList addr_list(std::optional<std::string_view> line) {
+    AddressList list;
+    if (!append_addresses(&list, line)) {
+        free_ADDRS(std::move(list));
+        return nullptr;
+    }
+    return list;
 }
 
 int isvalid_address(const char* text, int mode) {

@@ -48,6 +48,9 @@ std::optional<std::string_view> ag_get_addrspec(std::optional<std::string_view> 
 // list. Null for a line without an address, and when memory is exhausted.
 AddressList addr_list(std::optional<std::string_view> line);
 
+// Puts the addresses of the line behind those in `list`. Returns whether there was memory for all.
+bool append_addresses(AddressList* list, std::optional<std::string_view> line);
+
 // How strict isvalid_address is.
 inline constexpr int AddressPattern = 0; // "*" is allowed in both parts
 inline constexpr int AddressPlain = 1;   // no wild card and no special characters

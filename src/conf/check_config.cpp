@@ -87,15 +87,10 @@ bool is_within_limits(const Checking& checking) {
 }
 
 bool is_any_number(const Checking& checking) {
-    const auto fitting = [&checking](int base) -> std::optional<long> {
-        errno = 0;
-        const long number = std::strtol(checking.value.c_str(), nullptr, base);
-        const bool fits_setting = errno != ERANGE && fits(checking.row.variable, number);
-        return fits_setting ? std::optional(number) : std::nullopt;
-    };
-    const std::optional<long> number = fitting(0);
-    // It is loaded as a decimal number: one that starts with a 0 may be too large as such.
-    return number && fitting(10) && (checking.rule.option != NotNegative || *number >= 0);
+    errno = 0;
+    const long number = std::strtol(checking.value.c_str(), nullptr, 0);
+    return errno != ERANGE && fits(checking.row.variable, number) &&
+           (checking.rule.option != NotNegative || number >= 0);
 }
 
 bool is_level(const Checking& checking) {

@@ -352,9 +352,6 @@ Verdict load_file(const Loading& loading) {
     if (loading.row.rule.option == FullPath && !isfullpath(loading.value.c_str())) {
         return Verdict::NotFullPath;
     }
-    if (loading.value.empty()) {
-        return Verdict::Invalid;
-    }
     const std::optional<std::string> base = absolute(directory_of(loading));
     return take_path(loading, mk_filepath(base ? base->c_str() : nullptr, loading.value.c_str()));
 }
@@ -406,10 +403,10 @@ Verdict load_words(const Loading& loading) {
 }
 
 Verdict load_internal_domains(const Loading& loading) {
-    const bool checked = !(loading.mask & RC_NOCHECK);
     std::string domains = loading.value;
-    if (domains.empty()) {
-        if (!checked) {
+    const bool given = !domains.empty();
+    if (!given) {
+        if (loading.mask & RC_NOCHECK) {
             return Verdict::Taken;
         }
         if (get_internaldomain(domains, LongestDomainList) != 0) {
@@ -421,7 +418,7 @@ Verdict load_internal_domains(const Loading& loading) {
     if (!words) {
         return Verdict::MemoryExhausted;
     }
-    if (checked && !are_domains(*words)) {
+    if (!given && !are_domains(*words)) {
         return Verdict::Invalid;
     }
     setting<WordList>(loading) = std::move(words);
@@ -457,14 +454,11 @@ Verdict load_addresses(const Loading& loading) {
         }
     }
     AddressList list;
-    AddressList* tail = &list;
     for (const std::string& word : *words) {
-        *tail = alloc_ADDRS(word);
-        if (!*tail) {
+        if (!append_addresses(&list, word)) {
             free_ADDRS(std::move(list));
             return Verdict::MemoryExhausted;
         }
-        tail = &(*tail)->next;
     }
     free_ADDRS(std::exchange(setting<AddressList>(loading), std::move(list)));
     return Verdict::Taken;
