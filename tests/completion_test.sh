@@ -8,6 +8,11 @@ root=$(mktemp -d)
 trap 'rm -rf "$root"' EXIT
 mkdir "$root/etc" "$root/template" "$root/queue" "$root/people" "$root/admin"
 touch "$root/people/taro.conf" "$root/people/hanako.conf" "$root/people/notes" "$root/admin/jiro.conf"
+# Names that a shell would run or split, and others that the commands refuse, beside one that has it all.
+# shellcheck disable=SC2016 # nothing is to be expanded
+for name in '$(touch pwned)' 'a b' 'a;b' -a a- ..a a. é $'a\nb' $'a.conf\nb' i.9-Z_; do
+    touch "$root/people/$name.conf"
+done
 cat >"$root/conf" <<END
 [Directories]
 RootDirectory = $root
@@ -51,7 +56,7 @@ expect '' ov_conf -s NoSuchSection -k ''
 expect '' ov_conf -k ''
 expect "$root/conf" ov_conf -f "$root/co"
 expect '-f -g -m -u -v' ov_mgrconf -
-expect 'hanako taro' ov_mgrconf -f "$root/conf" -u ''
+expect 'hanako i.9-Z_ taro' ov_mgrconf -f "$root/conf" -u ''
 expect 'taro' "$bin/ov_mgrconf" -f "$root/conf" -u T
 expect 'jiro' ov_admconf -f "$root/conf" -u ''
 expect 'jiro' ov_admconf "-f$root/conf" -gu ''
