@@ -77,6 +77,48 @@ TEST_F(Log, LinesOfTheDailyFile) {
     EXPECT_EQ(info().st_mode & 07777U, 0666U); // by the older writer, whatever the mask
 }
 
+// One event is one line, whatever is in it, and no terminal obeys it.
+TEST_F(Log, ControlCharactersAreMasked) {
+    log_init();
+    const std::string hostile = "a\nb\rc\x1b[2J\td\x7f\xe3\x81\x82";
+    ov_syslog("%s", hostile.c_str());
+    ov_syslog("%s\n", hostile.c_str());
+    log_put("%s", hostile.c_str());
+    const std::string shown = "a?b?c?[2J\td?\xe3\x81\x82";
+    std::string expected;
+    for (const std::string& line : test::lines_of(text())) {
+        expected += line.substr(std::min<std::size_t>(line.size(), 20)) + "|";
+    }
+    EXPECT_EQ(expected,
+              "ORVANTA V7.1.02 (Linux/intel)|" + shown + "|" + shown + "||" + shown + "|");
+}
+
+// Whoever may write into the directory does not make us write, or give away, another file.
+TEST_F(Log, WhatStandsInThePlaceOfTheFile) {
+    log_init();
+    syserr("x");
+    const std::filesystem::path daily = file();
+    const std::string other = dir.file("other", "");
+    ::chmod(other.c_str(), 0600);
+    Log_uid = 12;
+    for (const char* place : {"link", "pipe"}) {
+        std::filesystem::remove(daily);
+        if (*place == 'l') {
+            std::filesystem::create_symlink(other, daily);
+        } else {
+            ASSERT_EQ(::mkfifo(daily.c_str(), 0666), 0);
+        }
+        syserr("x");
+        ov_syslog("x");
+        log_put("x");
+        struct stat info {};
+        ::stat(other.c_str(), &info);
+        EXPECT_EQ(info.st_uid, ::getuid()) << place;
+        EXPECT_EQ(info.st_mode & 07777U, 0600U) << place;
+        EXPECT_EQ(info.st_size, 0) << place;
+    }
+}
+
 TEST_F(Log, ANewFileHasTheModeLessTheMaskAndTheOwner) {
     LogPerm = 0662;
     if (test::is_root()) {

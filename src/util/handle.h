@@ -1,6 +1,7 @@
-// Guards for descriptors and streams.
+// Guards for descriptors and streams, and what is done with open files.
 #pragma once
 
+#include <cerrno>
 #include <cstdio>
 #include <memory>
 #include <unistd.h>
@@ -34,6 +35,29 @@ class Fd {
   private:
     int fd_;
 };
+
+// Calls `call` again for as long as a signal interrupts it.
+template <class Call>
+auto retried(Call call) {
+    auto result = call();
+    while (result == -1 && errno == EINTR) {
+        result = call();
+    }
+    return result;
+}
+
+// Which files are wanted.
+enum class FileKind {
+    Any,
+    Regular, // any other is not waited for, and cannot be opened (EINVAL)
+};
+
+// Opens the file `path`; an empty guard, with errno set, when it cannot be opened.
+Fd open_file(const char* path, int flags, FileKind kind = FileKind::Any);
+
+// Brings what was written to the file onto the disk. Returns 0, for what is on no disk (a pipe,
+// a device), too; -1 with errno set.
+int sync_data(int fd);
 
 struct StreamCloser {
     void operator()(std::FILE* stream) const { std::fclose(stream); }

@@ -71,17 +71,31 @@ const char* daily_file(const Stamp& stamp) {
     return logfile.c_str();
 }
 
-void give_owner(const char* path) {
+// Opens the daily file for appending. Who may write into the directory could have put a link or a
+// pipe in its place: neither is followed, or waited for.
+Fd open_log(const char* path, int flags, mode_t mode) {
+    return Fd(
+        ::open(path, O_WRONLY | O_APPEND | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | flags, mode));
+}
+
+void give_owner(int fd) {
     // The log belongs to whom it can be given to; an unprivileged process keeps what it wrote.
-    [[maybe_unused]] const int ignored = ::chown(path, Log_uid, Log_gid);
+    [[maybe_unused]] const int ignored = ::fchown(fd, Log_uid, Log_gid);
+}
+
+// Takes what could drive a terminal, or make two lines of one, out of a message made by `format`,
+// which may end in a line feed of its own.
+void mask_controls(std::string_view format, char* message, std::size_t length) {
+    const auto is_control = [](unsigned char c) { return (c < ' ' && c != '\t') || c == 0x7f; };
+    const bool ends_line = format.ends_with('\n') && length > 0;
+    std::replace_if(message, message + length - (ends_line ? 1 : 0), is_control, '?');
 }
 
 // One write for one line, so that the lines of several processes never interleave. The alarm
 // signal is held off, or a timer could interrupt a line half-way.
 void write_line(int fd, std::string_view line) {
     const int was_blocked = blocksignal(SIGALRM);
-    while (::write(fd, line.data(), line.size()) == -1 && errno == EINTR) {
-    }
+    retried([&] { return ::write(fd, line.data(), line.size()); });
     if (was_blocked == 0) {
         releasesignal(SIGALRM);
     }
@@ -104,6 +118,13 @@ class LineBuffer {
         va_start(args, format);
         vprint(format, args);
         va_end(args);
+    }
+
+    // A message: all of it is one line.
+    void vprint_message(const char* format, std::va_list args) {
+        const std::size_t begin = used_;
+        vprint(format, args);
+        mask_controls(format, bytes_.data() + begin, used_ - begin);
     }
 
     void vprint(const char* format, std::va_list args) {
@@ -129,6 +150,17 @@ class LineBuffer {
     std::size_t used_ = 0;
 };
 
+std::string masked_message(const char* format, std::va_list args) {
+    std::va_list again;
+    va_copy(again, args);
+    const int length = std::vsnprintf(nullptr, 0, format, again);
+    va_end(again);
+    std::string message(static_cast<std::size_t>(std::max(length, 0)), ' ');
+    std::vsnprintf(message.data(), message.size() + 1, format, args);
+    mask_controls(format, message.data(), message.size());
+    return message;
+}
+
 bool is_silent() {
     return !log_initialized || logptr == 0;
 }
@@ -141,9 +173,9 @@ void append_line(bool with_program, const char* format, std::va_list args) {
     const Stamp stamp = stamp_now((SystemLogOption & LogMilliseconds) != 0);
     const char* path = daily_file(stamp);
     const auto mode = static_cast<mode_t>(LogPerm);
-    Fd file(::open(path, O_WRONLY | O_APPEND | O_CLOEXEC, mode));
+    Fd file = open_log(path, 0, mode);
     if (!file) {
-        file.reset(::open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, mode));
+        file = open_log(path, O_CREAT, mode);
         if (!file) {
             errno = error;
             return;
@@ -157,10 +189,10 @@ void append_line(bool with_program, const char* format, std::va_list args) {
     if (with_program && ProgName && *ProgName) {
         buffer.print("%s[%d]: ", ProgName, static_cast<int>(::getpid()));
     }
-    buffer.vprint(format, args);
+    buffer.vprint_message(format, args);
     write_line(file.get(), buffer.finish());
+    give_owner(file.get());
     file.reset();
-    give_owner(path);
     errno = error;
 }
 
@@ -206,20 +238,20 @@ void log_put(const char* format, ...) {
         return;
     }
     const Stamp stamp = stamp_now(false);
-    const char* path = daily_file(stamp);
-    Stream file(std::fopen(path, "ae"));
-    if (!file) {
+    Fd file = open_log(daily_file(stamp), O_CREAT, 0666);
+    Stream stream(::fdopen(file.get(), "a"));
+    if (!stream) {
         return;
     }
-    std::fprintf(file.get(), "%s %s ", stamp.date.data(), stamp.time.data());
+    file.release(); // the stream owns it now
     std::va_list args;
     va_start(args, format);
-    std::vfprintf(file.get(), format, args);
+    const std::string message = masked_message(format, args);
     va_end(args);
-    std::fputc('\n', file.get());
-    file.reset();
-    ::chmod(path, static_cast<mode_t>(LogPerm));
-    give_owner(path);
+    std::fprintf(stream.get(), "%s %s %s\n", stamp.date.data(), stamp.time.data(), message.c_str());
+    std::fflush(stream.get());
+    ::fchmod(::fileno(stream.get()), static_cast<mode_t>(LogPerm));
+    give_owner(::fileno(stream.get()));
 }
 
 int is_oldlogfile(const char* name) {
