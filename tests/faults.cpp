@@ -1,12 +1,16 @@
 // Preloaded into a command: the n-th call of one function that concerns a file fails. A write with
 // the error 0 writes one byte less than asked for; with the error -1 nothing fails, but the process
 // stops itself in front of the call.
-//   OV_FAULT_FILE    the file; one whose path begins with it (a temporary file) counts, too
-//   OV_FAULT_CALL    mkstemp, fdopen, open, fcntl, read, write, fflush, fclose, close or unlink
+//   OV_FAULT_FILE    the file; with "*" at its end any file whose path begins so
+//   OV_FAULT_CALL    mkstemp, fdopen, fwrite, fflush, fdatasync, fclose, open, fcntl, read, write,
+//                    ftruncate, close, mkdir or unlink; with "<", ">" or "+" behind it only for a
+//                    file that is open for reading, for writing or for both
 //   OV_FAULT_NUMBER  which call of it fails, counted from 1
 //   OV_FAULT_ERROR   its errno
 // Or allocations fail, and OV_FAULT_FILE is made to tell that there was one:
 //   OV_FAULT_CALL    malloc: the n-th one; memory: the n-th and all that follow
+// And the process is taken for that of another user:
+//   OV_FAULT_USER    what getuid answers
 
 #include <cerrno>
 #include <csignal>
@@ -16,6 +20,7 @@
 #include <cstring>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -28,15 +33,28 @@ long number_in(const char* variable) {
     return text ? std::strtol(text, nullptr, 10) : 0;
 }
 
-bool starts_with(const char* text, const char* start) {
-    return text && start && std::strncmp(text, start, std::strlen(start)) == 0;
+// Whether `path` is the file that is meant.
+bool is_meant(const char* path) {
+    const char* file = std::getenv("OV_FAULT_FILE");
+    if (!path || !file) {
+        return false;
+    }
+    const std::size_t length = std::strcspn(file, "*");
+    return file[length] ? std::strncmp(path, file, length) == 0 : std::strcmp(path, file) == 0;
 }
 
-// Whether this call of `name`, for the file `path`, is the one to fail; sets errno then.
-bool fails(const char* name, const char* path) {
+// Whether this call of `name`, for the file `path` opened with `flags`, is the one to fail; sets
+// errno then.
+bool fails(const char* name, const char* path, int flags = -1) {
     static long calls = 0;
     const char* call = std::getenv("OV_FAULT_CALL");
-    if (!call || std::strcmp(call, name) != 0 || !starts_with(path, std::getenv("OV_FAULT_FILE")) ||
+    const std::size_t length = std::strlen(name);
+    if (!call || std::strncmp(call, name, length) != 0 || !is_meant(path)) {
+        return false;
+    }
+    constexpr char modes[] = "<>+"; // in the order of O_RDONLY, O_WRONLY, O_RDWR
+    const char* mode = call + length;
+    if ((*mode && (flags == -1 || *mode != modes[flags & O_ACCMODE])) ||
         ++calls != number_in("OV_FAULT_NUMBER")) {
         return false;
     }
@@ -53,7 +71,8 @@ bool fails(const char* name, int fd) {
     char link[64];
     char path[4096] = {};
     std::snprintf(link, sizeof link, "/proc/self/fd/%d", fd);
-    return ::readlink(link, path, sizeof path - 1) > 0 && fails(name, path);
+    return ::readlink(link, path, sizeof path - 1) > 0 &&
+           fails(name, path, static_cast<int>(::syscall(SYS_fcntl, fd, F_GETFL)));
 }
 
 bool fails(const char* name, FILE* stream) {
@@ -82,7 +101,8 @@ int open(const char* path, int flags, ...) {
     va_start(args, flags);
     const int mode = va_arg(args, int);
     va_end(args);
-    return fails("open", path) ? -1 : real<int(const char*, int, ...)>("open")(path, flags, mode);
+    return fails("open", path, flags) ? -1
+                                      : real<int(const char*, int, ...)>("open")(path, flags, mode);
 }
 
 int fcntl64(int fd, int command, ...) {
@@ -113,6 +133,19 @@ ssize_t write(int fd, const void* buffer, size_t size) {
     return errno == 0 ? real_write(fd, buffer, size - 1) : -1;
 }
 
+size_t fwrite(const void* data, size_t size, size_t count, FILE* stream) {
+    auto* real_write = real<size_t(const void*, size_t, size_t, FILE*)>("fwrite");
+    return fails("fwrite", stream) ? 0 : real_write(data, size, count, stream);
+}
+
+int fdatasync(int fd) {
+    return fails("fdatasync", fd) ? -1 : real<int(int)>("fdatasync")(fd);
+}
+
+int ftruncate(int fd, off_t size) noexcept {
+    return fails("ftruncate", fd) ? -1 : real<int(int, off_t)>("ftruncate")(fd, size);
+}
+
 int fflush(FILE* stream) {
     return fails("fflush", stream) ? EOF : real<int(FILE*)>("fflush")(stream);
 }
@@ -134,8 +167,17 @@ int close(int fd) {
     return failing ? -1 : result;
 }
 
+int mkdir(const char* path, mode_t mode) noexcept {
+    return fails("mkdir", path) ? -1 : real<int(const char*, mode_t)>("mkdir")(path, mode);
+}
+
 int unlink(const char* path) {
     return fails("unlink", path) ? -1 : real<int(const char*)>("unlink")(path);
+}
+
+uid_t getuid() noexcept {
+    return std::getenv("OV_FAULT_USER") ? static_cast<uid_t>(number_in("OV_FAULT_USER"))
+                                        : real<uid_t()>("getuid")();
 }
 
 } // extern "C"

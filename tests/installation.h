@@ -3,6 +3,8 @@
 
 #include "support.h"
 
+#include <unistd.h>
+
 namespace ov::test {
 
 class Installation {
@@ -23,6 +25,11 @@ class Installation {
                              "\n[Mail]\nInternalDomains = example.com\n" + std::string(text));
     }
     static constexpr int FirstLine = 6;
+
+    // Gives a folder to the unprivileged user, when that is another one. Returns whether it is.
+    bool lend(std::string_view name) const {
+        return ::chown(path(name).c_str(), Nobody, Nobody) == 0;
+    }
 
     std::string path(std::string_view name = "") const { return dir.path(name); }
 

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <sstream>
+#include <sys/ptrace.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -13,8 +14,6 @@
 namespace ov::test {
 
 namespace {
-
-constexpr uid_t Nobody = 65534;
 
 // A file that collects what a command prints.
 class Collector {
@@ -54,6 +53,9 @@ class Collector {
     }
     for (const auto& [name, value] : setting.environment) {
         ::setenv(name.c_str(), value.c_str(), 1);
+    }
+    if (setting.traced) {
+        ::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
     }
     if (setting.unprivileged && is_root() && ::setuid(Nobody) != 0) {
         ::_exit(126);
@@ -189,13 +191,24 @@ Result Running::result() {
             output_->out.text(), output_->err.text()};
 }
 
-Setting failing(const std::string& file, std::string_view call, int number, int error) {
+void Running::ended(int status) {
+    status_ = status;
+    ended_ = true;
+}
+
+Setting as_root() {
     return {{{"LD_PRELOAD", OV_FAULTS},
              {"ASAN_OPTIONS", "verify_asan_link_order=0"},
-             {"OV_FAULT_FILE", file},
-             {"OV_FAULT_CALL", std::string(call)},
-             {"OV_FAULT_NUMBER", std::to_string(number)},
-             {"OV_FAULT_ERROR", std::to_string(error)}}};
+             {"OV_FAULT_USER", "0"}}};
+}
+
+Setting failing(const std::string& file, std::string_view call, int number, int error) {
+    Setting setting = as_root();
+    setting.environment.insert({{"OV_FAULT_FILE", file},
+                                {"OV_FAULT_CALL", std::string(call)},
+                                {"OV_FAULT_NUMBER", std::to_string(number)},
+                                {"OV_FAULT_ERROR", std::to_string(error)}});
+    return setting;
 }
 
 ForeignLock::ForeignLock(const std::string& path, int type) {

@@ -63,6 +63,7 @@ struct Setting {
     bool unprivileged = false;                           // as nobody, for a test that runs as root
     const char* out = nullptr;  // where standard output goes instead of into the result
     bool errors_closed = false; // without a standard error
+    bool traced = false;        // and stops in front of its first instruction
     const char* name = nullptr; // the name that it is started under, when that is not its own
 };
 
@@ -80,8 +81,11 @@ class Running {
     // Waits until the command stops itself. Returns false when it ends instead.
     bool stops();
     void go_on() const;
+    int process() const { return process_; }
     // Waits for the end of the command.
     Result result();
+    // Says that it has ended so, to those who have waited for it themselves.
+    void ended(int status);
 
   private:
     struct Output;
@@ -93,8 +97,11 @@ class Running {
 
 constexpr int Stop = -1; // as an error: the process stops itself in front of the call
 
-// The environment in which the `number`-th call of the function `call` for `file`, or a temporary
-// file beside it, fails with `error`; faults.cpp has the functions.
+// The environment in which a command takes us for the super-user.
+Setting as_root();
+
+// That, and the `number`-th call of the function `call` for `file` fails with `error`; faults.cpp
+// has the functions.
 Setting failing(const std::string& file, std::string_view call, int number, int error);
 
 // Holds a lock on a file from another process while the object lives.
@@ -109,6 +116,8 @@ class ForeignLock {
   private:
     int process_ = -1;
 };
+
+constexpr unsigned Nobody = 65534;
 
 bool is_root();
 

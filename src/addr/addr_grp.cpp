@@ -112,7 +112,7 @@ enum class Outcome { Done, Full, NoMemory };
 
 Outcome load_file(Load& load, const std::string& name) {
     const std::string path = std::string(Group_Dir.view()) + "/" + name + std::string(Suffix);
-    std::optional<Source> source = Source::open(path.c_str());
+    std::optional<Source> source = Source::open(path.c_str(), FileKind::Regular);
     if (!source) {
         if (errno == ENOENT) {
             syserr("WARNING: GROUP \"%s\" not found: \"%s\" - ignored", name.c_str(), path.c_str());

@@ -12,32 +12,41 @@
 
 namespace ov {
 
+namespace {
+
+// Loads what the file's scan has found, and then the local supplement.
+void load_scanned(const Snapshot& snapshot, const char* file, unsigned mask) {
+    if (!(mask & (RC_LOCALPASS | RC_AUXONLY))) {
+        load_rows(snapshot, file, mask, MainReader);
+    }
+    if (mask & (RC_MANAGE | RC_BROWSE)) {
+        read_rights(snapshot, file, "Admin", 0);
+        read_rights(snapshot, file, "Manager", 1);
+    }
+    if (mask & (RC_RECEIVE | RC_MANAGE)) {
+        load_rows(snapshot, file, mask, CypherReader);
+    }
+    if (mask & (RC_RECEIVE | RC_TRANSFER)) {
+        load_rows(snapshot, file, mask, TransferReader);
+    }
+    // A relative one has not been looked for; the working directory is not the place to do so.
+    if ((mask & RC_LOCALPASS) || !isfullpath(LocalConfFile.c_str())) {
+        return;
+    }
+    const std::string local(LocalConfFile.view());
+    if (const Snapshot* supplement = scan(local.c_str(), FileKind::Regular)) {
+        load_scanned(*supplement, local.c_str(), mask | RC_LOCALPASS);
+    }
+}
+
+} // namespace
+
 void read_config(const char* file, unsigned mask) {
     const Snapshot* snapshot = scan_for_loading(file);
     if (!snapshot) {
         std::exit(EXIT_FAILURE);
     }
-    if (!(mask & (RC_LOCALPASS | RC_AUXONLY))) {
-        load_rows(*snapshot, file, mask, MainReader);
-    }
-    if (mask & (RC_MANAGE | RC_BROWSE)) {
-        read_config_user(file, "Admin", 0);
-        read_config_user(file, "Manager", 1);
-    }
-    if (mask & (RC_RECEIVE | RC_MANAGE)) {
-        read_config_cypher(file, mask);
-    }
-    if (mask & (RC_RECEIVE | RC_TRANSFER)) {
-        read_config_transfer(file, mask);
-    }
-    if (mask & RC_LOCALPASS) {
-        return;
-    }
-    // A relative one has not been looked for; the working directory is not the place to do so.
-    if (isfullpath(LocalConfFile.c_str()) && ::access(LocalConfFile.c_str(), R_OK) == 0) {
-        const std::string local(LocalConfFile.view());
-        read_config(local.c_str(), mask | RC_LOCALPASS);
-    }
+    load_scanned(*snapshot, file, mask);
 }
 
 void setconfig(const char* file, unsigned mask, int rank, const char* user) {

@@ -70,9 +70,39 @@ void report(const Editor& editor, const char* what, const std::string& object, i
     std::fprintf(stderr, "%s: %s\n", what, object.c_str());
 }
 
+// What a file is known by, whatever its name.
+struct Identity {
+    dev_t device;
+    ino_t inode;
+    bool operator==(const Identity&) const = default;
+};
+
+// Nothing for a guard that owns no file.
+std::optional<Identity> identity_of(const Fd& file) {
+    struct stat info {};
+    return ::fstat(file.get(), &info) == 0 ? std::optional(Identity{info.st_dev, info.st_ino})
+                                           : std::nullopt;
+}
+
+// Another descriptor of the file: while it is open, no other file can have the same identity.
+Fd pin(int fd) {
+    return Fd(::fcntl(fd, F_DUPFD_CLOEXEC, 0));
+}
+
+// Opens the file `path` when it is the pinned one; ESTALE: there is another one by now.
+Fd open_same(const char* path, int flags, const Fd& pinned) {
+    Fd file(::open(path, flags | O_NONBLOCK | O_CLOEXEC));
+    if (const auto identity = identity_of(pinned);
+        file && (!identity || identity_of(file) != identity)) {
+        file.reset();
+        errno = ESTALE;
+    }
+    return file;
+}
+
 // Opens the file for editing and locks it, without waiting for another editor.
-Fd open_locked(const Editor& editor, const char* path) {
-    Fd file(::open(path, O_RDWR | O_CLOEXEC));
+Fd open_locked(const Editor& editor, const char* path, FileKind kind) {
+    Fd file = open_file(path, O_RDWR, kind);
     if (!file) {
         if (editor.tells_open_error) {
             std::fprintf(stderr, "cannot open: %s (%d)\n", path, errno);
@@ -90,36 +120,55 @@ Fd open_locked(const Editor& editor, const char* path) {
 
 // Reads the locked file. One that cannot be read to its end must not be written back.
 std::optional<std::string> read_whole(const Editor& editor, const char* path, const Fd& file) {
-    std::string text;
     struct stat info {};
     const bool regular = ::fstat(file.get(), &info) == 0 && S_ISREG(info.st_mode);
-    if (regular) {
-        text.reserve(static_cast<std::size_t>(info.st_size));
-    }
-    std::array<char, 8 * BufferSize> buffer;
+    // A file that does not grow is read at once, and once more to see its end.
+    std::size_t room = BufferSize + (regular ? static_cast<std::size_t>(info.st_size) : 0);
+    std::string text;
+    std::size_t used = 0;
     for (;;) {
-        const ssize_t got = ::read(file.get(), buffer.data(), buffer.size());
+        text.resize(used + room);
+        const ssize_t got = ::read(file.get(), text.data() + used, room);
         if (got == 0) {
+            text.resize(used);
             return text;
         }
-        if (got > 0) {
-            text.append(buffer.data(), static_cast<std::size_t>(got));
-        }
-        const bool endless = !regular && text.size() > LongestFileLine;
+        used += got > 0 ? static_cast<std::size_t>(got) : 0;
+        const bool endless = !regular && used > LongestFileLine;
         if (endless || (got < 0 && errno != EINTR)) {
             report(editor, "read error", path, endless ? EFBIG : errno);
             return std::nullopt;
         }
+        room = 8 * BufferSize;
     }
 }
 
-// Writes the edited text to a new file beside the configuration file. Returns that file's name,
-// or nothing on failure.
-std::optional<std::string> write_temporary(const Editor& editor, const char* path,
-                                           const Edit& edit) {
+// The file with the edited text, beside the configuration file.
+struct Temporary {
+    std::string name;
+    Fd pinned;
+};
+
+// Writes a piece of the edited text, going on where a signal has interrupted it.
+bool write_piece(std::FILE* stream, std::string_view piece) {
+    while (!piece.empty()) {
+        piece.remove_prefix(std::fwrite(piece.data(), 1, piece.size(), stream));
+        if (!piece.empty() && errno != EINTR) {
+            return false;
+        }
+        std::clearerr(stream);
+    }
+    return true;
+}
+
+// Writes the edited text to a new file beside the configuration file, for nobody else to read.
+// Returns nothing on failure.
+std::optional<Temporary> write_temporary(const Editor& editor, const char* path, const Edit& edit) {
     std::string name = concat({path, ".tmp.XXXXXX"});
     name.resize(std::min(name.size(), MaxPath)); // one that is cut is refused by mkstemp
+    const mode_t mask = ::umask(0); // it has to be readable again whatever the caller's mask is
     Fd file(::mkstemp(name.data()));
+    ::umask(mask);
     if (!file) {
         if (editor.logs_temporary_file) {
             syserr("%s: cannot create tmp file: %s (%d)", editor.name, name.c_str(), errno);
@@ -136,31 +185,46 @@ std::optional<std::string> write_temporary(const Editor& editor, const char* pat
         return std::nullopt;
     }
     file.release(); // the stream owns it now
-    for (const std::string_view piece : {edit.head, std::string_view(edit.insertion), edit.tail}) {
-        if (!piece.empty()) {
-            std::fwrite(piece.data(), 1, piece.size(), stream.get());
-        }
-    }
-    const bool written = std::ferror(stream.get()) == 0 && std::fflush(stream.get()) == 0;
+    std::setvbuf(stream.get(), nullptr, _IONBF, 0);
+    Fd pinned = pin(::fileno(stream.get()));
+    const bool written = pinned && write_piece(stream.get(), edit.head) &&
+                         write_piece(stream.get(), edit.insertion) &&
+                         write_piece(stream.get(), edit.tail) && std::fflush(stream.get()) == 0 &&
+                         sync_data(::fileno(stream.get())) == 0;
     const bool closed = std::fclose(stream.release()) == 0;
     if (!written || !closed) {
         ::unlink(name.c_str());
         return std::nullopt;
     }
-    return name;
+    return Temporary{std::move(name), std::move(pinned)};
+}
+
+// Opens the configuration file for the write-back and empties it: the file that was locked, or,
+// when there is none by that name any more, a new one.
+Fd open_emptied(const char* path, const Fd& pinned) {
+    Fd file = open_same(path, O_WRONLY, pinned);
+    if (!file && errno == ENOENT) {
+        file.reset(::open(path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, NewFileMode));
+    }
+    if (file && ::ftruncate(file.get(), 0) != 0 && errno != EINVAL) { // EINVAL: a device
+        const int error = errno;
+        file.reset();
+        errno = error;
+    }
+    return file;
 }
 
 // Copies the temporary file into the configuration file, which is open, empty and locked.
-bool copy_back(const Editor& editor, const char* path, const Fd& file,
-               const std::string& temporary) {
-    const Fd source(::open(temporary.c_str(), O_RDONLY | O_CLOEXEC));
+bool copy_back(const Editor& editor, const char* path, const Fd& file, const Temporary& temporary) {
+    const Fd source = open_same(temporary.name.c_str(), O_RDONLY | O_NOFOLLOW, temporary.pinned);
     if (!source) {
-        report(editor, "cannot open", temporary, errno);
+        report(editor, "cannot open", temporary.name, errno);
         return false;
     }
     std::array<char, BufferSize> buffer;
     for (;;) {
-        const ssize_t got = ::read(source.get(), buffer.data(), buffer.size());
+        const ssize_t got =
+            retried([&] { return ::read(source.get(), buffer.data(), BufferSize); });
         if (got == 0) {
             return true;
         }
@@ -169,13 +233,14 @@ bool copy_back(const Editor& editor, const char* path, const Fd& file,
                 syserr("%s: read error %s (%d)", editor.name, path, errno);
                 std::fprintf(stderr, "read error: %s\n", path);
             } else {
-                report(editor, "read error", temporary, errno);
+                report(editor, "read error", temporary.name, errno);
             }
             return false;
         }
         errno = 0; // a short write sets none
-        if (::write(file.get(), buffer.data(), static_cast<std::size_t>(got)) != got) {
-            report(editor, "write error", temporary, errno);
+        const auto size = static_cast<std::size_t>(got);
+        if (retried([&] { return ::write(file.get(), buffer.data(), size); }) != got) {
+            report(editor, "write error", temporary.name, errno);
             return false;
         }
     }
@@ -183,35 +248,49 @@ bool copy_back(const Editor& editor, const char* path, const Fd& file,
 
 // Puts the edited text into the file `path`, which `file` holds open and locked.
 int rewrite(const Editor& editor, const char* path, Fd file, const Edit& edit) {
-    const std::optional<std::string> temporary = write_temporary(editor, path, edit);
+    const HeldSignals held; // from here on a signal would leave half of the work behind
+    const std::optional<Temporary> temporary = write_temporary(editor, path, edit);
     if (!temporary) {
         return -1;
     }
+    Fd pinned = pin(file.get());
     file.reset(); // and with it the lock
     if (editor.clears_umask) {
         ::umask(0);
     }
-    file.reset(::open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, NewFileMode));
+    file = open_emptied(path, pinned);
     if (!file) {
         report(editor, "cannot open", path, errno);
         return -1; // the edited text is still in the temporary file
     }
+    pinned.reset(); // now: later on it would take the lock along
     if (lockfile(file.get(), LockToEdit) != 0) {
         report(editor, "cannot lock", path, errno);
         file.reset();
-        ::unlink(temporary->c_str());
+        ::unlink(temporary->name.c_str());
         return -1;
     }
-    const bool copied = copy_back(editor, path, file, *temporary);
-    file.reset();
-    ::unlink(temporary->c_str());
-    return copied ? 0 : -1;
+    if (!copy_back(editor, path, file, *temporary)) {
+        file.reset();
+        ::unlink(temporary->name.c_str());
+        return -1;
+    }
+    const bool synced = sync_data(file.get()) == 0;
+    const int error = errno;
+    const bool closed = ::close(file.release()) == 0;
+    if (!synced || !closed) {
+        report(editor, "write error", temporary->name, synced ? errno : error);
+        return -1; // the temporary file may be the only whole copy
+    }
+    ::unlink(temporary->name.c_str());
+    return 0;
 }
 
 } // namespace
 
-int conf_modify(const char* configfile, const char* sec, const char* key, const char* value) {
-    Fd file = open_locked(Modify, configfile);
+int conf_modify(const char* configfile, const char* sec, const char* key, const char* value,
+                FileKind kind) {
+    Fd file = open_locked(Modify, configfile, kind);
     if (!file) {
         return -1;
     }
@@ -236,7 +315,7 @@ int conf_modify(const char* configfile, const char* sec, const char* key, const 
 }
 
 int conf_delete(const char* configfile, const char* sec, const char* key) {
-    Fd file = open_locked(Delete, configfile);
+    Fd file = open_locked(Delete, configfile, FileKind::Any);
     if (!file) {
         return -1;
     }

@@ -88,12 +88,15 @@ int get_sec(Source& fp, std::string_view sec);
 // new header at the end of the file. Every other byte of the file stays.
 //
 // The file is locked without waiting and must exist. The edited text goes to a temporary file
-// beside it and from there back into the file itself, which so keeps its owner, mode and links.
-// Between the two the file is unlocked for a moment.
+// beside it, readable by its owner only, and from there back into the file itself, which so keeps
+// its owner, mode and links. Between the two the file is unlocked for a moment. Each copy is on the
+// disk before the other one is given up, and signals that would end the process wait until the
+// temporary file is gone. Another file that has taken the place of either is left alone.
 //
 // Returns 0, or -1 after a message on standard error (a failed write to the temporary file gives
 // none). Up to the write-back a failure leaves the file as it was.
-int conf_modify(const char* configfile, const char* sec, const char* key, const char* value);
+int conf_modify(const char* configfile, const char* sec, const char* key, const char* value,
+                FileKind kind = FileKind::Any);
 
 // Removes the first entry of `sec` and `key`, in the same manner. The section keeps its header
 // even when nothing is left in it. A missing entry is a failure, too.

@@ -113,8 +113,10 @@ std::optional<std::string> directory_under_base(const Loading& loading, const ch
     return base ? mk_dirpath(base->c_str(), name) : std::nullopt;
 }
 
+// Another load may be making it at the same time.
 bool make_directory(const std::string& path) {
-    return isvalid_dir(path.c_str()) || ::mkdir(path.c_str(), LogDirectoryMode) == 0;
+    return isvalid_dir(path.c_str()) || ::mkdir(path.c_str(), LogDirectoryMode) == 0 ||
+           isvalid_dir(path.c_str());
 }
 
 // Stores the path of a directory that stands in the file, when it exists.

@@ -98,7 +98,7 @@ Verdict load_row(const Snapshot& snapshot, const Loading& loading, std::string& 
 
 } // namespace
 
-const Snapshot* scan(const char* path) {
+const Snapshot* scan(const char* path, FileKind kind) {
     struct stat now {};
     const bool there = ::stat(path, &now) == 0;
     for (auto last = scans.begin(); last != scans.end(); ++last) {
@@ -110,7 +110,7 @@ const Snapshot* scan(const char* path) {
             break;
         }
     }
-    std::optional<Snapshot> snapshot = Snapshot::open(path);
+    std::optional<Snapshot> snapshot = Snapshot::open(path, kind);
     if (!snapshot) {
         return nullptr;
     }

@@ -7,7 +7,7 @@ namespace ov {
 
 // What a scan of the file `path` has found. A file is scanned once, and again only when it has
 // changed since. Null, with errno set, when it cannot be opened.
-const Snapshot* scan(const char* path);
+const Snapshot* scan(const char* path, FileKind kind = FileKind::Any);
 
 // The same, with a message on standard error when it cannot be opened.
 const Snapshot* scan_for_loading(const char* path);

@@ -246,14 +246,15 @@ int access_cffile(int rank, const char* user, std::string& path, std::string* se
 }
 
 void read_config_user(const char* path, const char* section, int rank) {
-    const Snapshot* snapshot = scan(path);
-    if (!snapshot) {
-        if (errno != ENOENT) {
-            syserr("cannot open configfile \"%s\" (%d)", path, errno);
-        }
-        return;
+    if (const Snapshot* snapshot = scan(path, FileKind::Regular)) {
+        read_rights(*snapshot, path, section, rank);
+    } else if (errno != ENOENT) {
+        syserr("cannot open configfile \"%s\" (%d)", path, errno);
     }
-    const Reading reading{*snapshot, path, section, static_cast<std::size_t>(rank)};
+}
+
+void read_rights(const Snapshot& snapshot, const char* path, const char* section, int rank) {
+    const Reading reading{snapshot, path, section, static_cast<std::size_t>(rank)};
     for (std::size_t i = 0; i < std::size(rows); ++i) {
         const auto right = static_cast<Right>(i);
         if (is_read(right, reading.rank)) {

@@ -7,6 +7,7 @@
 #pragma once
 
 #include "conf/settings.h"
+#include "conf/snapshot.h"
 
 #include <array>
 #include <cstdint>
@@ -92,9 +93,12 @@ const Text& role_directory(int rank);
 int access_cffile(int rank, const char* user, std::string& path, std::string* section);
 
 // Reads the rights in `section` of the file `path` into the settings of the role `rank`. A file
-// that is missing, or, after a line in the log, cannot be opened, leaves the defaults. An invalid
-// value ends the process with status 1, after a message.
+// that is missing, or, after a line in the log, cannot be opened or is no regular file, leaves the
+// defaults. An invalid value ends the process with status 1, after a message.
 void read_config_user(const char* path, const char* section, int rank);
+
+// The same from a file that has been scanned.
+void read_rights(const Snapshot& snapshot, const char* path, const char* section, int rank);
 
 // Whether `text` is a date like "2008/02/31": month 1 to 12, day 1 to 31. Returns 0 and gives the
 // fields, or -1. A field that is not asked for (null) is not checked against its range either.

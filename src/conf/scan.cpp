@@ -96,8 +96,8 @@ Source::Source(Fd file) : file_(std::move(file)), at_end_(false) {
     at_start_ = true;
 }
 
-std::optional<Source> Source::open(const char* path) {
-    Fd file(::open(path, O_RDONLY | O_CLOEXEC));
+std::optional<Source> Source::open(const char* path, FileKind kind) {
+    Fd file = open_file(path, O_RDONLY, kind);
     if (!file) {
         return std::nullopt;
     }

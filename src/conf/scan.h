@@ -25,7 +25,7 @@ class Source {
     // Scans `text`, which must outlive the source.
     explicit Source(std::string_view text) : window_(text) {}
     // The file `path`; nothing, with errno set, when it cannot be opened.
-    static std::optional<Source> open(const char* path);
+    static std::optional<Source> open(const char* path, FileKind kind = FileKind::Any);
 
     // Goes back to the first byte.
     void rewind();

@@ -22,8 +22,8 @@ const char* find_rights_section(std::string_view name) {
 
 } // namespace
 
-std::optional<Snapshot> Snapshot::open(const char* path) {
-    std::optional<Source> source = Source::open(path);
+std::optional<Snapshot> Snapshot::open(const char* path, FileKind kind) {
+    std::optional<Source> source = Source::open(path, kind);
     if (!source) {
         return std::nullopt;
     }

@@ -13,7 +13,7 @@ namespace ov {
 class Snapshot {
   public:
     // Reads and scans the file `path`; nothing, with errno set, when it cannot be opened.
-    static std::optional<Snapshot> open(const char* path);
+    static std::optional<Snapshot> open(const char* path, FileKind kind = FileKind::Any);
     explicit Snapshot(Source source);
 
     // What _getprofile finds for the key of `row`: the same value, line number and result. `sec`

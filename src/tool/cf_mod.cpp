@@ -75,7 +75,8 @@ int cf_mod(int rank, const char* user, int count, char** assignments) {
         const std::string value = assignment.substr(equal + 1);
         const RightRow* right = find_right(key);
         if (!right || !is_acceptable(right->change, value) ||
-            conf_modify(path.c_str(), section.c_str(), key.c_str(), value.c_str()) != 0) {
+            conf_modify(path.c_str(), section.c_str(), key.c_str(), value.c_str(),
+                        FileKind::Regular) != 0) {
             std::fprintf(stderr, "%s\n", key.c_str());
             result = -1;
         }

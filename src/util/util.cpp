@@ -83,6 +83,19 @@ int releasesignal(int sig) {
     return change_mask(SIG_UNBLOCK, sig);
 }
 
+HeldSignals::HeldSignals() {
+    sigset_t held;
+    ::sigfillset(&held);
+    for (const int fault : {SIGABRT, SIGBUS, SIGFPE, SIGILL, SIGSEGV, SIGSYS, SIGTRAP}) {
+        ::sigdelset(&held, fault);
+    }
+    ::sigprocmask(SIG_BLOCK, &held, &before_);
+}
+
+HeldSignals::~HeldSignals() {
+    ::sigprocmask(SIG_SETMASK, &before_, nullptr);
+}
+
 std::time_t curtime() {
     return std::time(nullptr);
 }

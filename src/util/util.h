@@ -1,7 +1,8 @@
-// Small services of the operating system: locks, limits, one blocked signal, the clock, free disk
+// Small services of the operating system: locks, limits, blocked signals, the clock, free disk
 // space, and helpers for texts.
 #pragma once
 
+#include <csignal>
 #include <cstddef>
 #include <cstdint>
 #include <ctime>
@@ -28,6 +29,19 @@ void resetlimits();
 // blocked before the call, 0 when it was not, -1 on failure. Release only what was not blocked.
 int blocksignal(int sig);
 int releasesignal(int sig);
+
+// Holds back every signal that would end the process while the object lives, save those of a fault
+// and SIGKILL; what came meanwhile is delivered at its end.
+class HeldSignals {
+  public:
+    HeldSignals();
+    ~HeldSignals();
+    HeldSignals(const HeldSignals&) = delete;
+    HeldSignals& operator=(const HeldSignals&) = delete;
+
+  private:
+    sigset_t before_;
+};
 
 // The current time in seconds.
 std::time_t curtime();
