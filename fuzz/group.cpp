@@ -3,7 +3,7 @@
 // Input: GroupMaxAddresses and GroupAddressHashSize, each on its line, and the two files, the line
 // "--" between them.
 #include "addr/addr_grp.h"
-#include "conf/settings.h"
+#include "settings/settings.h"
 #include "support.h"
 
 #include <array>

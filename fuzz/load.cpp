@@ -2,10 +2,10 @@
 // or the value that the message names, against the common rules spelled out plainly.
 //
 // Input: the load mask, on its line, and the file.
-#include "conf/catalogue.h"
-#include "conf/conf.h"
+#include "settings/catalogue.h"
+#include "settings/conf.h"
 #include "conf/load_rules.h"
-#include "conf/rights.h"
+#include "settings/rights.h"
 #include "exit.h"
 #include "model.h"
 #include "support.h"

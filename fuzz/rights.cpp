@@ -2,7 +2,7 @@
 // afterwards, or the message that ends the process.
 //
 // Input: the role, on its line, and the file.
-#include "conf/rights.h"
+#include "settings/rights.h"
 #include "conf/conf_tool.h"
 #include "exit.h"
 #include "model.h"

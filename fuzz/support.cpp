@@ -1,8 +1,8 @@
 #include "support.h"
 
-#include "conf/catalogue.h"
-#include "conf/loader.h"
-#include "conf/rights.h"
+#include "settings/catalogue.h"
+#include "settings/loader.h"
+#include "settings/rights.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -3,11 +3,11 @@
 //
 // Input: a unit or a set of separators; two bounds; the number of a key; each on its line; and the
 // value.
-#include "conf/catalogue.h"
-#include "conf/check_config.h"
+#include "settings/catalogue.h"
+#include "settings/check_config.h"
 #include "conf/layout.h"
-#include "conf/rights.h"
-#include "conf/validate.h"
+#include "settings/rights.h"
+#include "settings/validate.h"
 #include "model.h"
 #include "support.h"
 

@@ -1,5 +1,6 @@
 #include "addr/addr_grp.h"
-#include "conf/settings.h"
+#include "util/util_settings.h"
+#include "settings/settings.h"
 #include "support.h"
 #include "util/log.h"
 
@@ -14,7 +15,7 @@ class AddrGrp : public testing::Test {
   protected:
     AddrGrp() {
         std::filesystem::create_directory(dir.path("logs"));
-        LogDirectory.set(dir.path("logs"));
+        services.log_directory = dir.path("logs");
         log_init();
         ProgName = "tool";
         Group_Dir.set(dir.path());

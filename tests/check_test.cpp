@@ -1,6 +1,6 @@
 // ov_conf -c: which values are acceptable for which key.
-#include "conf/check_config.h"
 #include "installation.h"
+#include "settings/check_config.h"
 
 #include <gtest/gtest.h>
 #include <sstream>

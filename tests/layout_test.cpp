@@ -1,5 +1,6 @@
 #include "conf/layout.h"
-#include "conf/settings.h"
+#include "settings/setdir.h"
+#include "settings/settings.h"
 #include "support.h"
 
 #include <gtest/gtest.h>

@@ -1,10 +1,11 @@
 // Loading: what every rule takes and refuses, and what becomes of the values that it takes.
-#include "conf/aux_sections.h"
-#include "conf/catalogue.h"
-#include "conf/conf.h"
-#include "conf/settings.h"
 #include "fake_host.h"
 #include "installation.h"
+#include "settings/aux_sections.h"
+#include "settings/catalogue.h"
+#include "settings/conf.h"
+#include "settings/kinds.h"
+#include "settings/settings.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -362,9 +363,8 @@ TEST(Load, Gates) {
         read_config(gateway.file.c_str(), (1U << bit) | RC_NOCHECK);
         for (const auto& [gate, keys] : gates) {
             for (const auto& [section, key] : keys) {
-                const int row = find_row(find_section(section), key);
-                const std::int64_t now =
-                    number_in(catalogue()[static_cast<std::size_t>(row)].variable);
+                const Row& row = *find_row(section, key);
+                const std::int64_t now = kinds::number_in(variable_of(row));
                 EXPECT_EQ(now == 81 + bit, gate == 0 || (gate >> bit & 1U) != 0)
                     << key << " " << bit;
             }

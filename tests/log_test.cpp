@@ -18,10 +18,10 @@ class Log : public testing::Test {
   protected:
     Log() {
         ::umask(022);
-        LogDirectory.set(dir.path("logs")); // without the "/" at its end
+        services.log_directory = dir.path("logs"); // without the "/" at its end
         std::filesystem::create_directory(dir.path("logs"));
-        Log_uid = ::getuid();
-        Log_gid = ::getgid();
+        services.log_owner = ::getuid();
+        services.log_group = ::getgid();
         ProgName = "tool";
     }
 
@@ -47,7 +47,7 @@ TEST_F(Log, NothingIsCreatedButTheDailyFile) {
     };
     write(); // logging has not been started
     EXPECT_TRUE(std::filesystem::is_empty(dir.path("logs")));
-    LogDirectory.set(dir.path("none/"));
+    services.log_directory = dir.path("none/");
     log_init();
     write();
     EXPECT_EQ(dir.names(), std::vector<std::string>{"logs"});
@@ -59,7 +59,7 @@ TEST_F(Log, LinesOfTheDailyFile) {
     ov_syslog("event");
     ProgName = "";
     syserr("nameless");
-    SystemLogOption |= 0x10000;
+    services.log_option |= 0x10000;
     ov_syslog("to the millisecond");
     log_put("older writer");
 
@@ -100,7 +100,7 @@ TEST_F(Log, WhatStandsInThePlaceOfTheFile) {
     const std::filesystem::path daily = file();
     const std::string other = dir.file("other", "");
     ::chmod(other.c_str(), 0600);
-    Log_uid = 12;
+    services.log_owner = 12;
     for (const char* place : {"link", "pipe"}) {
         std::filesystem::remove(daily);
         if (*place == 'l') {
@@ -120,18 +120,18 @@ TEST_F(Log, WhatStandsInThePlaceOfTheFile) {
 }
 
 TEST_F(Log, ANewFileHasTheModeLessTheMaskAndTheOwner) {
-    LogPerm = 0662;
+    services.log_mode = 0662;
     if (test::is_root()) {
-        Log_uid = 12;
-        Log_gid = 34;
+        services.log_owner = 12;
+        services.log_group = 34;
     }
     log_init();
     errno = EDOM;
     syserr("x");
     EXPECT_EQ(errno, EDOM);
     EXPECT_EQ(info().st_mode & 07777U, 0640U);
-    EXPECT_EQ(info().st_uid, Log_uid);
-    EXPECT_EQ(info().st_gid, Log_gid);
+    EXPECT_EQ(info().st_uid, services.log_owner);
+    EXPECT_EQ(info().st_gid, services.log_group);
 }
 
 TEST_F(Log, LongLinesAreCut) {
@@ -168,9 +168,9 @@ TEST_F(Log, HostIdIsAskedForWhenItIsWanted) {
     EXPECT_EQ(HostID(), 4711U);
     // Another one is taken when logging starts.
     log_initialized = 0;
-    AlternateHostID = 99;
+    services.alternate_host_id = 99;
     log_init();
-    AlternateHostID = 0;
+    services.alternate_host_id = 0;
     log_init();
     EXPECT_EQ(HostID(), 99U);
     EXPECT_EQ(test::host_id_questions, 1);

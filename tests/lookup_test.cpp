@@ -137,11 +137,11 @@ TEST(Lookup, FetchReadsAFileAndNamesOneItCannotOpen) {
 
 TEST(Lookup, FoundEntriesAreLoggedForDebugging) {
     const test::TempDir dir;
-    LogDirectory.set(dir.path());
+    services.log_directory = dir.path();
     log_init();
     const auto look_up_with = [](unsigned facility, int level) {
-        LogFacility = facility;
-        LogLevel = level;
+        services.facility = facility;
+        services.level = level;
         look_up("[s]\nk = value\n", "S", "K", LineMode, 3); // the log has all of it
         look_up("[s]\nk = v\n", "S", "none", LineMode);
     };

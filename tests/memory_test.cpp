@@ -172,7 +172,7 @@ TEST_P(Memory, EveryAllocationMayFail) {
             }
             EXPECT_TRUE(leftovers_are_empty());
         }
-        EXPECT_GT(number, 20); // or nothing has been tried
+        EXPECT_GT(number, 10); // or nothing has been tried
     }
     for (const std::string& teller : GetParam().tellers) {
         EXPECT_TRUE(tellers.contains(teller)) << teller;

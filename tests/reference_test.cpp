@@ -1,7 +1,7 @@
 // What the manual and the sample configuration say of the keys.
-#include "conf/aux_sections.h"
-#include "conf/catalogue.h"
-#include "conf/conf.h"
+#include "settings/aux_sections.h"
+#include "settings/catalogue.h"
+#include "settings/conf.h"
 #include "support.h"
 
 #include <gtest/gtest.h>
@@ -24,11 +24,11 @@ std::string replaced(std::string text, const std::string& what, const std::strin
 std::map<std::string, std::string> settings(int program = 0) {
     std::map<std::string, std::string> texts;
     for (const Row& row : catalogue()) {
-        if (!row.section ||
+        if (is_step(row) ||
             (program != 0 && row.gate.program != 0 && row.gate.program != program)) {
             continue;
         }
-        const std::string name = std::string(row.section) + ' ' + row.key;
+        const std::string name = std::string(section_of(row)) + ' ' + key_of(row);
         std::visit(
             [&](auto* setting) {
                 using Type = std::remove_pointer_t<decltype(setting)>;
@@ -40,14 +40,14 @@ std::map<std::string, std::string> settings(int program = 0) {
                     }
                 }
             },
-            row.variable);
+            variable_of(row));
     }
     return texts;
 }
 
 void forget_defaults() {
     for (const Row& row : catalogue()) {
-        if (!row.section) {
+        if (is_step(row)) {
             continue;
         }
         std::visit(
@@ -59,7 +59,7 @@ void forget_defaults() {
                     setting->set("forgotten");
                 }
             },
-            row.variable);
+            variable_of(row));
     }
 }
 

@@ -1,7 +1,7 @@
 // The role commands: listing, queries, changes, and the rights files behind them.
-#include "conf/conf.h"
-#include "conf/rights.h"
 #include "installation.h"
+#include "settings/conf.h"
+#include "settings/rights.h"
 #include "util/log.h"
 
 #include <fcntl.h>
@@ -355,19 +355,19 @@ TEST_F(RightsTest, AskableAndChangeableKeys) {
                                    "StatOptionMask FromFilterSelect_Log RcptFilterSelect_Log ";
     for (const RightRow& right : rights()) {
         const auto is_in = [&right](const std::string& keys) {
-            return keys.find(" " + std::string(right.key) + " ") != keys.npos;
+            return keys.find(" " + std::string(key_of(right)) + " ") != keys.npos;
         };
         const auto accepts = [&](const std::string& value) {
-            return role(0, {"-u", "taro", "-m", right.key + ("=" + value)}).status == 0;
+            return role(0, {"-u", "taro", "-m", key_of(right) + ("=" + value)}).status == 0;
         };
         const bool flag = is_in(changeable_flags + changeable_unasked);
-        EXPECT_EQ(accepts("1"), flag || is_in(levels + free)) << right.key;
-        EXPECT_EQ(accepts("7"), is_in(levels + free)) << right.key;
-        EXPECT_EQ(accepts("on"), flag || is_in(free)) << right.key;
-        EXPECT_EQ(accepts("2008/01/01"), is_in(free)) << right.key;
-        EXPECT_EQ(role(0, {right.key}).status == 0,
+        EXPECT_EQ(accepts("1"), flag || is_in(levels + free)) << key_of(right);
+        EXPECT_EQ(accepts("7"), is_in(levels + free)) << key_of(right);
+        EXPECT_EQ(accepts("on"), flag || is_in(free)) << key_of(right);
+        EXPECT_EQ(accepts("2008/01/01"), is_in(free)) << key_of(right);
+        EXPECT_EQ(role(0, {key_of(right)}).status == 0,
                   is_in(changeable_flags + levels + free + only_asked))
-            << right.key;
+            << key_of(right);
     }
 }
 

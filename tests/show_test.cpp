@@ -1,9 +1,9 @@
 // ov_conf -l, -a and -p: a key's value as written and as loaded, and the submission program.
-#include "conf/get_vals.h"
-#include "conf/isvalid_msp.h"
-#include "conf/settings.h"
 #include "fake_host.h"
 #include "installation.h"
+#include "settings/get_vals.h"
+#include "settings/isvalid_msp.h"
+#include "settings/settings.h"
 
 #include <gtest/gtest.h>
 

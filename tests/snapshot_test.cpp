@@ -1,5 +1,6 @@
 // What a scan for loading answers is what the lookup answers, key by key.
 #include "conf/snapshot.h"
+#include "settings/catalogue.h"
 
 #include <gtest/gtest.h>
 #include <random>
@@ -10,26 +11,27 @@ namespace {
 using namespace std::string_literals;
 
 void expect_equal_answers(const std::string& text) {
-    const Snapshot snapshot{Source(text)};
+    const Snapshot snapshot(Source(text), key_index());
     Source source(text);
     for (const int mode : {TokenMode, LineMode}) {
-        const auto compare = [&](const char* section, const char* key, const auto&... asked) {
+        const auto compare = [&](const char* section, const char* key, std::size_t number) {
             std::string expected;
             std::string value = "stale";
             const int result = _getprofile(source, section, key, expected, 8192, mode);
             const int line = scan_linenumber;
-            EXPECT_EQ(snapshot.lookup(asked..., value, mode), result) << key << '\n' << text;
+            EXPECT_EQ(snapshot.lookup(number, section, key, value, mode), result) << key << '\n'
+                                                                                  << text;
             EXPECT_EQ(scan_linenumber, line) << key << '\n' << text;
             EXPECT_EQ(value, expected) << key << '\n' << text;
         };
         for (const Row& row : catalogue()) {
-            if (row.section) {
-                compare(row.section, row.key, row);
+            if (!is_step(row)) {
+                compare(section_of(row), key_of(row), number_of(row));
             }
         }
         for (const char* section : {"Admin", "Manager"}) { // of the rights some keys will do
-            for (const char* key : {"HoldList", "Group", "LogLevel"}) {
-                compare(section, key, section, key);
+            for (const Right right : {Right::HoldList, Right::Group}) {
+                compare(section, key_of(row_of(right)), number_of(right, section));
             }
         }
     }

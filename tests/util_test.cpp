@@ -45,12 +45,12 @@ TEST(Util, LocksExcludeOtherProcesses) {
 
 TEST(Util, AFailedLockIsLogged) {
     const test::TempDir dir;
-    LogDirectory.set(dir.path());
+    services.log_directory = dir.path();
     log_init();
-    LogLevel = 1;
+    services.level = 1;
     EXPECT_EQ(lockfile(-1, 6), -1);
     EXPECT_TRUE(dir.names().empty());
-    LogLevel = 2;
+    services.level = 2;
     EXPECT_EQ(lockfile(-1, 6), -1);
     EXPECT_EQ(errno, EBADF);
     const std::string log = test::read_file(dir.path(dir.names().at(0)));
@@ -72,7 +72,7 @@ TEST(Util, LimitsAreLifted) {
                 ::setrlimit(resource, &limit);
             }
         }
-        DBG_NoCore = no_core;
+        services.no_core = no_core;
         errno = EDOM;
         resetlimits();
         EXPECT_EQ(errno, 0);

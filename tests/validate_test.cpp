@@ -1,5 +1,6 @@
-#include "conf/settings.h"
-#include "conf/validate.h"
+#include "util/util_settings.h"
+#include "settings/settings.h"
+#include "settings/validate.h"
 #include "support.h"
 #include "util/log.h"
 
@@ -30,7 +31,7 @@ TEST(Validate, IpAddresses) {
 
 TEST(Validate, ConditionsOfAList) {
     const test::TempDir dir;
-    LogDirectory.set(dir.path());
+    services.log_directory = dir.path();
     log_init();
     ProgName = "tool";
     const std::tuple<const char*, const char*, const char*> conditions[] = {

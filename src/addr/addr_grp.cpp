@@ -1,7 +1,7 @@
 #include "addr/addr_grp.h"
 
 #include "conf/scan.h"
-#include "conf/settings.h"
+#include "settings/settings.h"
 #include "util/log.h"
 #include "util/text.h"
 #include "util/util.h"
@@ -22,10 +22,6 @@ namespace {
 constexpr std::size_t LongestLine = 4094;
 constexpr std::size_t ShownOfALine = 64;
 constexpr std::string_view Suffix = ".addr";
-
-char fold(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
 
 void report_memory(const char* function, int line) {
     syserr("%s: ERROR: malloc failed (%d): %s %d", function, errno, __FILE_NAME__, line);
@@ -48,8 +44,8 @@ unsigned bucket_of(std::string_view entry) {
 }
 
 std::size_t list_of(char first) {
-    const char c = fold(first);
-    if (c >= '0' && c <= '9') {
+    const char c = lower(first);
+    if (is_digit(c)) {
         return static_cast<std::size_t>(c - '0');
     }
     if (c >= 'a' && c <= 'z') {
@@ -92,7 +88,7 @@ std::string entry_on(std::string_view line) {
         return {};
     }
     std::string entry(line.substr(start, line.find_last_not_of(" \t") - start + 1));
-    std::transform(entry.begin(), entry.end(), entry.begin(), fold);
+    std::transform(entry.begin(), entry.end(), entry.begin(), lower);
     return entry;
 }
 
@@ -192,7 +188,7 @@ addrlist_t::~addrlist_t() {
 
 bool CaseLess::operator()(std::string_view a, std::string_view b) const {
     return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
-        return static_cast<unsigned char>(fold(x)) < static_cast<unsigned char>(fold(y));
+        return static_cast<unsigned char>(lower(x)) < static_cast<unsigned char>(lower(y));
     });
 }
 

@@ -187,25 +187,20 @@ std::string_view trim(std::string_view text, std::string_view characters) {
     return text.substr(start, text.find_last_not_of(characters) - start + 1);
 }
 
-bool is_host_character(char c) {
-    return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '.' ||
-           c == '-' || c == '_';
-}
-
 bool has_none_of(std::string_view text, std::string_view characters) {
     return text.find_first_of(characters) == text.npos;
 }
 
 bool is_domain(std::string_view domain, int mode) {
     if (mode >= AddressStrict) {
-        return std::all_of(domain.begin(), domain.end(), is_host_character);
+        return std::all_of(domain.begin(), domain.end(), is_name_character);
     }
     return has_none_of(domain, mode == AddressPlain ? "*?#$%&@:;[]!" : "?#$%&@:;[]!");
 }
 
 bool is_local_part(std::string_view local, int mode) {
     if (mode >= AddressStrict) {
-        return std::all_of(local.begin(), local.end(), is_host_character);
+        return std::all_of(local.begin(), local.end(), is_name_character);
     }
     return has_none_of(local, mode == AddressPlain ? "*?#$%&@:;[]" : "#:");
 }
@@ -297,8 +292,7 @@ int isvalid_address(const char* text, int mode) {
         return 0;
     }
     std::string_view address(text);
-    if (mode >= AddressStrict &&
-        !std::all_of(address.begin(), address.end(), [](char c) { return c >= ' ' && c <= '~'; })) {
+    if (mode >= AddressStrict && !std::all_of(address.begin(), address.end(), is_printable)) {
         return 0;
     }
     address = address.substr(0, MostExamined);

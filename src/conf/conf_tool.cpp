@@ -181,7 +181,7 @@ bool take_value(const Entry& entry, const char* sec, const char* key, std::strin
         return false;
     }
     scan_linenumber = entry.line;
-    if ((LogFacility & LogConfScan) != 0 && LogLevel >= LogConfScanLevel) {
+    if ((services.facility & LogConfScan) != 0 && services.level >= LogConfScanLevel) {
         ov_syslog("CONF SCAN: DEBUG sec=%s key=%s  val=%s", sec ? sec : "", key ? key : "",
                   std::string(*value).c_str());
     }

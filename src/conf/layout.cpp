@@ -1,14 +1,10 @@
 #include "conf/layout.h"
 
-#include "conf/conf_tool.h"
-#include "conf/settings.h"
+#include "util/text.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <new>
-#include <sys/stat.h>
 
 namespace ov {
 
@@ -28,21 +24,6 @@ std::vector<std::string> fields_of(std::string_view str, std::string_view sep) {
         start = str.find_first_not_of(sep, end);
     }
     return fields;
-}
-
-bool is_directory(const std::string& path) {
-    struct stat info {};
-    return path.size() <= MaxPath && ::stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
-}
-
-// Sets the directory `setting` to its place under `root`. Returns whether it exists.
-bool establish(Text& setting, const char* root) {
-    std::optional<std::string> path = mk_dirpath(root, setting.c_str());
-    if (!path) {
-        return false;
-    }
-    setting.set(std::move(*path));
-    return is_directory(setting.c_str());
 }
 
 } // namespace
@@ -107,45 +88,6 @@ std::optional<std::vector<std::string>> split_str(std::string_view str, std::str
                      list_size(str.size(), static_cast<std::size_t>(separators)));
         return std::nullopt;
     }
-}
-
-int setdir(const char* configfile) {
-    std::optional<Source> file = Source::open(configfile);
-    if (!file) {
-        std::fprintf(stderr, "cannot open configfile \"%s\" (%d)\n", configfile, errno);
-        return -1;
-    }
-    std::string value;
-    const auto given = [&](const char* key) {
-        return conf_getprofile(*file, "Directories", key, value, MaxText + 1) == 0;
-    };
-    if (given("RootDirectory")) {
-        std::optional<std::string> root = mk_dirpath("", value.c_str());
-        if (!isfullpath(value.c_str()) || !root) {
-            return -1;
-        }
-        RootDirectory.set(std::move(*root));
-    }
-    if (!is_directory(RootDirectory.c_str())) {
-        return -1;
-    }
-    if (given("TemplateDirectory")) {
-        if (value.empty()) {
-            TemplateDirectory.unset();
-        } else {
-            TemplateDirectory.set(value);
-        }
-    }
-    if (TemplateDirectory && !establish(TemplateDirectory, RootDirectory.c_str())) {
-        return -1;
-    }
-    if (given("EtcDirectory")) {
-        if (value.empty()) {
-            return -1;
-        }
-        EtcDirectory.set(value);
-    }
-    return establish(EtcDirectory, RootDirectory.c_str()) ? 0 : -1;
 }
 
 } // namespace ov

@@ -1,4 +1,4 @@
-// The installation's directories, the joining of paths, and the splitting of lists.
+// The joining of paths, and the splitting of lists.
 //
 // A relative directory lies under the installation root, a relative file under its own directory.
 // Two pieces that are longer than 4095 characters together are not joined.
@@ -27,10 +27,5 @@ std::optional<std::string> mk_filepath(const char* dir, const char* file);
 // The fields of `str`, which any character of `sep` separates. Runs of separators make no empty
 // fields. Nothing, after a message on standard error, when memory is exhausted.
 std::optional<std::vector<std::string>> split_str(std::string_view str, std::string_view sep);
-
-// Establishes RootDirectory, TemplateDirectory and EtcDirectory from the configuration file. All
-// three are absolute afterwards and end in "/"; an empty TemplateDirectory is unset. Returns 0
-// when they exist, -1 otherwise; says only of an unopenable file why.
-int setdir(const char* configfile);
 
 } // namespace ov

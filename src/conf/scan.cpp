@@ -8,6 +8,7 @@
 #include <array>
 #include <cerrno>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace ov {
@@ -102,6 +103,11 @@ std::optional<Source> Source::open(const char* path, FileKind kind) {
         return std::nullopt;
     }
     return Source(std::move(file));
+}
+
+bool Source::is_regular_file() const {
+    struct stat info {};
+    return ::fstat(file_.get(), &info) == 0 && S_ISREG(info.st_mode);
 }
 
 void Source::rewind() {

@@ -30,6 +30,9 @@ class Source {
     // Goes back to the first byte.
     void rewind();
 
+    // Whether it can be read again from the start with the same outcome.
+    bool is_regular_file() const;
+
     // The window: it ends behind a line feed or with the file.
     std::string_view window() const { return window_; }
     std::size_t position() const { return position_; }

@@ -6,63 +6,54 @@
 
 namespace ov {
 
-namespace {
-
-constexpr const char* RightsSections[] = {"Admin", "Manager"};
-
-// The section that rights stand in with that name, or null.
-const char* find_rights_section(std::string_view name) {
-    for (const char* section : RightsSections) {
-        if (same_word(section, name)) {
-            return section;
-        }
-    }
-    return nullptr;
-}
-
-} // namespace
-
-std::optional<Snapshot> Snapshot::open(const char* path, FileKind kind) {
+std::optional<Snapshot> Snapshot::open(const char* path, const KeyIndex& index, FileKind kind,
+                                       const WantedKey& wanted) {
     std::optional<Source> source = Source::open(path, kind);
     if (!source) {
         return std::nullopt;
     }
-    return Snapshot(std::move(*source));
+    return Snapshot(std::move(*source), index, wanted);
 }
 
-Snapshot::Snapshot(Source source) : found_(catalogue().size()) {
+Snapshot::Snapshot(Source source, const KeyIndex& index, const WantedKey& wanted)
+    : found_(index.size() + 1), regular_(source.is_regular_file()) {
     EntryScan entries(source);
     int header = 0;
     int section = -1;
-    const char* rights_section = nullptr;
+    bool wanted_section = false;
     while (const std::optional<Entry> entry = entries.next()) {
         if (entry->header != header) {
             header = entry->header;
-            section = find_section(c_text(entry->section));
-            rights_section = find_rights_section(c_text(entry->section));
+            section = index.find_section(c_text(entry->section));
+            wanted_section = wanted.section && same_word(c_text(entry->section), *wanted.section);
         }
-        if (section == -1 && !rights_section) {
+        if (section == -1 && !wanted_section) {
             entries.skip_section();
             continue;
         }
-        if (rights_section) {
-            rights_.push_back({rights_section, std::string(c_text(entry->key)), keep(*entry)});
+        const std::string_view key = c_text(entry->key);
+        const int number = section == -1 ? -1 : index.find(section, key);
+        if (number != -1) {
+            keep(static_cast<std::size_t>(number), *entry);
         }
-        const int row = section == -1 ? -1 : find_row(section, c_text(entry->key));
-        if (row == -1) {
-            continue;
-        }
-        First& first = found_[static_cast<std::size_t>(row)];
-        if (first.line == 0) {
-            first = keep(*entry);
-        } else if (token_value(*entry) && !token_value(entry_of(first))) {
-            with_token_.emplace_back(row, keep(*entry));
+        if (wanted_section && same_word(key, wanted.key)) {
+            keep(this->wanted(), *entry);
         }
     }
 }
 
-Snapshot::First Snapshot::keep(const Entry& entry) {
-    const First first{entry.line, rests_.size(), entry.rest.size()};
+// Only the first entry of a key counts, and the first one with a token for those who want that.
+void Snapshot::keep(std::size_t number, const Entry& entry) {
+    First& first = found_[number];
+    if (first.line == 0) {
+        first = store(entry);
+    } else if (token_value(entry) && !token_value(entry_of(first))) {
+        with_token_.emplace_back(number, store(entry));
+    }
+}
+
+Snapshot::First Snapshot::store(const Entry& entry) {
+    const First first{entry.line, static_cast<std::uint32_t>(entry.rest.size()), rests_.size()};
     rests_ += entry.rest;
     return first;
 }
@@ -71,9 +62,8 @@ Entry Snapshot::entry_of(const First& first) const {
     return {{}, 0, {}, first.line, std::string_view(rests_).substr(first.start, first.length)};
 }
 
-int Snapshot::lookup(const Row& row, const char* sec, const char* key, std::string& ans,
+int Snapshot::lookup(std::size_t number, const char* sec, const char* key, std::string& ans,
                      int flg) const {
-    const auto number = static_cast<std::size_t>(&row - catalogue().data());
     const auto take = [&](const First& first) {
         return take_value(entry_of(first), sec, key, ans, MaxText + 1, flg);
     };
@@ -85,19 +75,6 @@ int Snapshot::lookup(const Row& row, const char* sec, const char* key, std::stri
                                     [number](const auto& pair) { return pair.first == number; });
     if (other != with_token_.end() && take(other->second)) {
         return 0;
-    }
-    scan_linenumber = 0;
-    return -1;
-}
-
-int Snapshot::lookup(const char* section, const char* key, std::string& ans, int flg) const {
-    const char* wanted = find_rights_section(section);
-    ans.clear();
-    for (const RightEntry& right : rights_) {
-        if (right.section == wanted && same_word(right.key, key) &&
-            take_value(entry_of(right.first), section, key, ans, MaxText + 1, flg)) {
-            return 0;
-        }
     }
     scan_linenumber = 0;
     return -1;

@@ -1,8 +1,10 @@
-// All that one scan of a configuration file tells of the keys in the catalogue, and of the rights.
+// All that one scan of a configuration file tells of the wanted keys.
 #pragma once
 
-#include "conf/catalogue.h"
+#include "conf/conf_tool.h"
+#include "conf/key_index.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <utility>
@@ -10,43 +12,45 @@
 
 namespace ov {
 
+// A key that is wanted beside those of the index; none by default.
+struct WantedKey {
+    std::optional<std::string_view> section;
+    std::string_view key;
+};
+
 class Snapshot {
   public:
     // Reads and scans the file `path`; nothing, with errno set, when it cannot be opened.
-    static std::optional<Snapshot> open(const char* path, FileKind kind = FileKind::Any);
-    explicit Snapshot(Source source);
+    static std::optional<Snapshot> open(const char* path, const KeyIndex& index,
+                                        FileKind kind = FileKind::Any,
+                                        const WantedKey& wanted = {});
+    Snapshot(Source source, const KeyIndex& index, const WantedKey& wanted = {});
 
-    // What _getprofile finds for the key of `row`: the same value, line number and result. `sec`
-    // and `key` are the names as they were asked for.
-    int lookup(const Row& row, const char* sec, const char* key, std::string& ans, int flg) const;
-    int lookup(const Row& row, std::string& ans, int flg) const {
-        return lookup(row, row.section, row.key, ans, flg);
-    }
-
-    // The same for a right: a key of the section "Admin" or "Manager".
-    int lookup(const char* section, const char* key, std::string& ans, int flg) const;
+    // What _getprofile finds for the key with that number, called `sec` and `key`: the same value,
+    // line number and result.
+    int lookup(std::size_t number, const char* sec, const char* key, std::string& ans,
+               int flg) const;
+    // Whether another scan would have found the same.
+    bool is_of_regular_file() const { return regular_; }
+    // The number of the key that was wanted beside those of the index.
+    std::size_t wanted() const { return found_.size() - 1; }
 
   private:
     // The first entry of a key: its line, and where its rest stands in `rests_`.
     struct First {
         int line = 0; // 0: there is none
+        std::uint32_t length = 0;
         std::size_t start = 0;
-        std::size_t length = 0;
     };
-    First keep(const Entry& entry);
+    void keep(std::size_t number, const Entry& entry);
+    First store(const Entry& entry);
     Entry entry_of(const First& first) const;
 
-    std::vector<First> found_; // by row of the catalogue
+    std::vector<First> found_; // by number; the last one is the key wanted beside
     // The first entries that have a token as value, of the keys whose first entry has none.
     std::vector<std::pair<std::size_t, First>> with_token_;
-    // The entries of the sections that rights stand in.
-    struct RightEntry {
-        const char* section;
-        std::string key;
-        First first;
-    };
-    std::vector<RightEntry> rights_;
     std::string rests_;
+    bool regular_;
 };
 
 } // namespace ov

@@ -1,8 +1,8 @@
 #include "tool/cf_mod.h"
 
 #include "conf/conf_tool.h"
-#include "conf/rights.h"
-#include "conf/validate.h"
+#include "settings/check_config.h"
+#include "settings/rights.h"
 #include "util/handle.h"
 #include "util/log.h"
 #include "util/util.h"
@@ -18,21 +18,6 @@ namespace ov {
 namespace {
 
 constexpr mode_t RightsFileMode = 0644;
-
-bool is_acceptable(RightChange change, const std::string& value) {
-    int ignored = 0;
-    switch (change) {
-    case RightChange::Fixed:
-        return false;
-    case RightChange::Boolean:
-        return truefalse(value, &ignored) == 0;
-    case RightChange::Digits:
-        return is_alldigit(value) != 0;
-    case RightChange::Anything:
-        return true;
-    }
-    return false;
-}
 
 // Makes an empty rights file where there is none. Returns whether there is one now.
 bool ensure_file(const std::string& path) {
@@ -74,7 +59,7 @@ int cf_mod(int rank, const char* user, int count, char** assignments) {
         const std::string key = assignment.substr(0, equal);
         const std::string value = assignment.substr(equal + 1);
         const RightRow* right = find_right(key);
-        if (!right || !is_acceptable(right->change, value) ||
+        if (!right || !is_acceptable(*right, {}, value) ||
             conf_modify(path.c_str(), section.c_str(), key.c_str(), value.c_str(),
                         FileKind::Regular) != 0) {
             std::fprintf(stderr, "%s\n", key.c_str());

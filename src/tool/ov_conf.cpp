@@ -1,12 +1,11 @@
-#include "conf/aux_sections.h"
-#include "conf/check_config.h"
-#include "conf/conf.h"
 #include "conf/conf_tool.h"
-#include "conf/get_vals.h"
-#include "conf/isvalid_msp.h"
-#include "conf/layout.h"
-#include "conf/loader.h"
-#include "conf/settings.h"
+#include "settings/aux_sections.h"
+#include "settings/check_config.h"
+#include "settings/conf.h"
+#include "settings/get_vals.h"
+#include "settings/isvalid_msp.h"
+#include "settings/setdir.h"
+#include "settings/settings.h"
 #include "tool/commands.h"
 #include "tool/reply.h"
 #include "util/text.h"
@@ -124,10 +123,16 @@ Options parse_options(int argc, char** argv) {
     finish();
 }
 
-[[noreturn]] void fetch(const Options& options) {
+// A file that can be read again is not: what the load has scanned holds the value.
+[[noreturn]] void fetch(const Options& options, const Snapshot& snapshot) {
+    const char* file = ConfigFile.c_str();
+    const char* section = options.section->c_str();
+    const char* key = options.key->c_str();
     std::string value;
-    if (fetch_scanned(ConfigFile.c_str(), options.section->c_str(), options.key->c_str(), value) ==
-        0) {
+    const int result = snapshot.is_of_regular_file()
+                           ? snapshot.lookup(snapshot.wanted(), section, key, value, LineMode)
+                           : conf_fetch(file, section, key, value, MaxText + 1);
+    if (result == 0) {
         std::printf("1: %s\n", value.c_str());
     } else {
         std::puts("0: not found");
@@ -186,8 +191,14 @@ void ov_conf(int argc, char** argv) {
     if ((options.replace || options.remove) && ::getuid() != 0) {
         refuse("530 Permission denied\n");
     }
-    setconfig(ConfigFile.c_str(), MaskToEdit, NoRole, nullptr);
-    read_config_search(ConfigFile.c_str(), MaskToEdit);
+    std::optional<Configuration> configuration =
+        Configuration::open(ConfigFile.c_str(), FileKind::Any, {*options.section, *options.key});
+    if (!configuration) {
+        print_cannot_open(ConfigFile.c_str());
+        std::exit(EXIT_FAILURE);
+    }
+    setconfig(*configuration, MaskToEdit, NoRole, nullptr);
+    read_config_search(*configuration, MaskToEdit);
     resetlimits();
     if (options.show) {
         show(options, arguments > 0 ? argument[0] : ConfigFile.c_str());
@@ -198,7 +209,7 @@ void ov_conf(int argc, char** argv) {
     if (options.remove) {
         remove(options, arguments, argument);
     }
-    fetch(options);
+    fetch(options, configuration->snapshot);
 }
 
 } // namespace ov

@@ -1,6 +1,6 @@
 #include "addr/addr_grp.h"
-#include "conf/conf.h"
-#include "conf/rights.h"
+#include "settings/conf.h"
+#include "settings/rights.h"
 #include "tool/cf_mod.h"
 #include "tool/commands.h"
 #include "tool/reply.h"
@@ -30,15 +30,10 @@ struct Options {
     bool modify = false;
 };
 
-bool is_name_character(char c) {
-    return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' ||
-           c == '-' || c == '.';
-}
-
 // A user's name becomes part of a path.
 bool isvalid_username(std::string_view name) {
-    const auto is_edge = [](char c) { return c != '-' && c != '.'; };
-    return !name.empty() && is_edge(name.front()) && is_edge(name.back()) &&
+    const auto may_end = [](char c) { return c != '-' && c != '.'; };
+    return !name.empty() && may_end(name.front()) && may_end(name.back()) &&
            std::all_of(name.begin(), name.end(), is_name_character);
 }
 
@@ -91,14 +86,14 @@ class Rights {
   private:
     template <class Type>
     const Type& of(Right right) const {
-        return (*std::get<PerRole<Type>*>(row_of(right).setting))[rank_];
+        return (settings.*std::get<PerRole<Type> Settings::*>(row_of(right).member))[rank_];
     }
 
     std::size_t rank_;
 };
 
 const char* key_of(Right right) {
-    return row_of(right).key;
+    return key_of(row_of(right));
 }
 
 void print_named_mask(const Rights& user, Right right) {

@@ -1,4 +1,5 @@
-#include "conf/conf.h"
+#include "settings/conf.h"
+#include "settings/rights.h"
 #include "tool/commands.h"
 #include "util/log.h"
 #include "util/text.h"
@@ -38,9 +39,10 @@ int run_command(int argc, char** argv) {
     if (same_word(ProgName, SystemCommand)) {
         ov_conf(argc, argv);
     }
-    for (const RoleCommand& command : RoleCommands) {
-        if (same_word(ProgName, command.name)) {
-            ov_usrconf(argc, argv, command.rank, command.is_search);
+    for (int rank = 0; rank < Roles; ++rank) {
+        const Role& role = AllRoles[static_cast<std::size_t>(rank)];
+        if (same_word(ProgName, role.command)) {
+            ov_usrconf(argc, argv, rank, role.is_search);
             return EXIT_SUCCESS;
         }
     }

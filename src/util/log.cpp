@@ -19,6 +19,8 @@
 
 namespace ov {
 
+constinit ServiceSettings services;
+
 const char* ProgName = nullptr;
 std::string logfile;
 std::string::size_type logptr = 0;
@@ -80,7 +82,7 @@ Fd open_log(const char* path, int flags, mode_t mode) {
 
 void give_owner(int fd) {
     // The log belongs to whom it can be given to; an unprivileged process keeps what it wrote.
-    [[maybe_unused]] const int ignored = ::fchown(fd, Log_uid, Log_gid);
+    [[maybe_unused]] const int ignored = ::fchown(fd, services.log_owner, services.log_group);
 }
 
 // Takes what could drive a terminal, or make two lines of one, out of a message made by `format`,
@@ -170,9 +172,9 @@ void append_line(bool with_program, const char* format, std::va_list args) {
         return;
     }
     const int error = errno; // logging leaves no trace in the caller's errno
-    const Stamp stamp = stamp_now((SystemLogOption & LogMilliseconds) != 0);
+    const Stamp stamp = stamp_now((services.log_option & LogMilliseconds) != 0);
     const char* path = daily_file(stamp);
-    const auto mode = static_cast<mode_t>(LogPerm);
+    const auto mode = static_cast<mode_t>(services.log_mode);
     Fd file = open_log(path, 0, mode);
     if (!file) {
         file = open_log(path, O_CREAT, mode);
@@ -202,9 +204,9 @@ void log_init() {
     if (log_initialized) {
         return;
     }
-    host_id = AlternateHostID;
+    host_id = services.alternate_host_id;
     log_initialized = 1;
-    logfile = LogDirectory.view();
+    logfile = services.log_directory;
     if (!logfile.empty()) { // without a directory logging stays silent
         logfile += logfile.back() == '/' ? "log" : "/log";
         logfile.resize(std::min(logfile.size(), MaxPath));
@@ -250,7 +252,7 @@ void log_put(const char* format, ...) {
     va_end(args);
     std::fprintf(stream.get(), "%s %s %s\n", stamp.date.data(), stamp.time.data(), message.c_str());
     std::fflush(stream.get());
-    ::fchmod(::fileno(stream.get()), static_cast<mode_t>(LogPerm));
+    ::fchmod(::fileno(stream.get()), static_cast<mode_t>(services.log_mode));
     give_owner(::fileno(stream.get()));
 }
 

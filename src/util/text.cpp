@@ -5,17 +5,6 @@
 
 namespace ov {
 
-namespace {
-
-// The lower-case form of an ASCII letter, any other byte as it is: names in the files are
-// compared so whatever the locale is.
-unsigned char lower(char c) {
-    const auto byte = static_cast<unsigned char>(c);
-    return byte >= 'A' && byte <= 'Z' ? static_cast<unsigned char>(byte - 'A' + 'a') : byte;
-}
-
-} // namespace
-
 std::string shortenstring(std::string_view text, std::size_t length) {
     constexpr std::string_view Mark = "...";
     if (text.size() <= length) {

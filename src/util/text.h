@@ -1,7 +1,7 @@
 // A text setting: not set, a built-in text, or an own copy.
 #pragma once
 
-#include <optional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -19,14 +19,17 @@ class Text {
   public:
     constexpr Text() = default;
     constexpr Text(const char* builtin) : text_(builtin) {}
-    Text(const Text&) = delete;
-    Text& operator=(const Text&) = delete;
 
-    void set(std::string value) {
-        own_ = std::move(value);
-        text_ = own_->c_str();
+    void set(std::string_view value) {
+        auto own = std::make_unique_for_overwrite<char[]>(value.size() + 1);
+        own[value.copy(own.get(), value.size())] = '\0';
+        own_ = std::move(own);
+        text_ = own_.get();
     }
-    void unset() { text_ = nullptr; }
+    void unset() {
+        own_.reset();
+        text_ = nullptr;
+    }
 
     // The text, or a null pointer when not set.
     const char* c_str() const { return text_; }
@@ -36,8 +39,26 @@ class Text {
 
   private:
     const char* text_ = nullptr;
-    std::optional<std::string> own_;
+    std::unique_ptr<char[]> own_;
 };
+
+// ASCII letters and digits, whatever the locale is: names and words in files are made of them.
+constexpr bool is_digit(char c) {
+    return c >= '0' && c <= '9';
+}
+constexpr char lower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+constexpr bool is_letter_or_digit(char c) {
+    return is_digit(c) || (lower(c) >= 'a' && lower(c) <= 'z');
+}
+// One of those, or of ".", "-" and "_".
+constexpr bool is_name_character(char c) {
+    return is_letter_or_digit(c) || c == '.' || c == '-' || c == '_';
+}
+constexpr bool is_printable(char c) {
+    return c >= ' ' && c <= '~';
+}
 
 // The part of `text` before its first NUL: what a program that holds it as a C string sees.
 inline std::string_view c_text(std::string_view text) {

@@ -1,6 +1,7 @@
 #include "util/util.h"
 
 #include "util/log.h"
+#include "util/text.h"
 #include "util/util_settings.h"
 
 #include <algorithm>
@@ -58,7 +59,7 @@ int lockfile(int fd, int type) {
         return 0;
     }
     const int error = errno;
-    if (LogLevel >= 2) {
+    if (services.level >= 2) {
         syserr("%s: fcntl failed: l_type = %d, (%d)", "lockfile", type, error);
     }
     errno = error;
@@ -68,7 +69,7 @@ int lockfile(int fd, int type) {
 void resetlimits() {
     set_limit(RLIMIT_CPU, RLIM_INFINITY);
     set_limit(RLIMIT_FSIZE, RLIM_INFINITY);
-    if (DBG_NoCore != 0) {
+    if (services.no_core) {
         set_limit(RLIMIT_CORE, 0);
     }
     set_limit(RLIMIT_NOFILE, RLIM_INFINITY);
@@ -124,8 +125,7 @@ std::size_t strlcpy(char* dst, const char* src, std::size_t len) {
 }
 
 int is_alldigit(std::string_view text) {
-    return !text.empty() &&
-           std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+    return !text.empty() && std::all_of(text.begin(), text.end(), is_digit);
 }
 
 } // namespace ov

@@ -1,12 +1,10 @@
-#include "conf/isvalid_msp.h"
+#include "settings/isvalid_msp.h"
 
 #include "conf/conf_tool.h"
 #include "conf/layout.h"
-#include "conf/settings.h"
-#include "conf/validate.h"
-
-#include <cerrno>
-#include <cstdio>
+#include "settings/conf.h"
+#include "settings/settings.h"
+#include "settings/validate.h"
 
 namespace ov {
 
@@ -50,16 +48,12 @@ std::optional<std::string> in_force(Source& file, const char* key, const Text& s
     return value;
 }
 
-bool is_queue(const std::string& path) {
-    return isfullpath(path.c_str()) && isvalid_dir(path.c_str());
-}
-
 } // namespace
 
 int isvalid_msp(const char* file) {
     std::optional<Source> source = Source::open(file);
     if (!source) {
-        std::fprintf(stderr, "cannot open configfile \"%s\" (%d)\n", file, errno);
+        print_cannot_open(file);
         return 0;
     }
     const std::optional<std::string> word = written(*source, "MailSubmissionProgram");
@@ -70,7 +64,8 @@ int isvalid_msp(const char* file) {
     const Program& chosen = programs[choice == 2 || choice == 3 ? choice - 1 : 0];
     const auto program = in_force(*source, chosen.program_key, chosen.program);
     const auto queue = in_force(*source, chosen.queue_key, chosen.queue);
-    if (!program || !isvalid_program(program->c_str()) || !queue || !is_queue(*queue)) {
+    if (!program || !isvalid_program(program->c_str()) || !queue ||
+        !isvalid_full_dir(queue->c_str())) {
         return 0;
     }
     const auto list = in_force(*source, chosen.list_key, chosen.list);

@@ -1,13 +1,9 @@
-#include "reference/write.h"
+#include "manual/write.h"
 
-#include "conf/catalogue.h"
-#include "conf/rights.h"
-#include "conf/settings.h"
-#include "reference/key_reference.h"
-#include "tool/commands.h"
+#include "manual/key_reference.h"
+#include "settings/rights.h"
 
 #include <algorithm>
-#include <cctype>
 #include <stdexcept>
 
 namespace ov {
@@ -32,7 +28,7 @@ std::string line(std::string text) {
 }
 
 std::string capitalised(std::string text) {
-    if (text[0] >= 'a' && text[0] <= 'z') {
+    if (lower(text[0]) == text[0] && is_letter_or_digit(text[0]) && !is_digit(text[0])) {
         text[0] = static_cast<char>(text[0] - 'a' + 'A');
     }
     return text;
@@ -58,50 +54,29 @@ std::string manual_key(const KeyReference& key) {
     return text;
 }
 
-const char* kind_of(RightRule rule) {
-    switch (rule) {
-    case RightRule::Boolean:
-        return "boolean";
-    case RightRule::Number:
-        return "number";
-    case RightRule::String:
-        return "text";
-    case RightRule::List:
-        return "names";
-    case RightRule::Date:
-        return "date";
-    case RightRule::Selection:
-        return "selection";
-    case RightRule::Limit:
-        return "limit";
-    }
-    return "";
-}
-
-const char* change_of(RightChange change) {
-    switch (change) {
-    case RightChange::Fixed:
+// What a right can be changed to.
+const char* change_of(const RightRow& row) {
+    if (row.check == NoRule) {
         return "no";
-    case RightChange::Boolean:
-        return "boolean";
-    case RightChange::Digits:
-        return "digits";
-    case RightChange::Anything:
-        return "anything";
     }
-    return "";
+    const Words& words = rule_of(row.check).kind->words;
+    return words.check == std::string_view(TheSame) ? words.load : words.check;
 }
 
 // A default of a right as it is written in a rights file.
 std::string written(const RightRow& row, std::size_t rank) {
-    if (const auto* const* numbers = std::get_if<PerRole<int>*>(&row.setting)) {
-        const int number = (**numbers)[rank];
-        return row.rule == RightRule::Selection ? str_addrselect(number) : std::to_string(number);
-    }
-    if (const auto* const* numbers = std::get_if<PerRole<unsigned>*>(&row.setting)) {
-        return std::to_string((**numbers)[rank]);
-    }
-    return "-"; // texts and lists are not set
+    return std::visit(
+        [&](auto member) -> std::string {
+            const auto& value = (settings.*member)[rank];
+            if constexpr (std::is_integral_v<std::remove_cvref_t<decltype(value)>>) {
+                const int table = rule_of(row.load).table;
+                return table == -1 ? std::to_string(value)
+                                   : str_vtab(table, static_cast<int>(value));
+            } else {
+                return "-"; // texts and lists are not set
+            }
+        },
+        row.member);
 }
 
 // The defaults of the six roles: one when they are all the same.
@@ -117,11 +92,11 @@ std::string defaults(const RightRow& row) {
 }
 
 // The key of the directory of a role's rights files.
-const Row& directory_row(int rank) {
+const Row& directory_row(const Role& role) {
     const auto rows = catalogue();
-    const auto found = std::find_if(rows.begin(), rows.end(), [rank](const Row& row) {
-        const auto* const* text = std::get_if<Text*>(&row.variable);
-        return text && *text == &role_directory(rank);
+    const auto found = std::find_if(rows.begin(), rows.end(), [&role](const Row& row) {
+        const auto* text = std::get_if<Text Settings::*>(&row.member);
+        return text && *text == role.directory;
     });
     if (found == rows.end()) {
         throw std::logic_error("the directory of a role has no key");
@@ -140,9 +115,9 @@ std::string shell_list(const std::string& name, const Items& items, TextOf text_
 }
 
 // The names of the rights that can be given values of one kind.
-std::string assignable(const char* name, RightChange change) {
-    return shell_list(name, rights(), [change](const RightRow& right) {
-        return right.change == change ? std::string(right.key) : "";
+std::string assignable(const char* name, std::string_view kind) {
+    return shell_list(name, rights(), [kind](const RightRow& right) {
+        return change_of(right) == kind ? std::string(key_of(right)) : "";
     });
 }
 
@@ -177,7 +152,7 @@ std::string manual_queries() {
         text += std::string(".It Ic ") + query.name;
         const char* separator = "\n.Ic ";
         for (const Right right : query.rights) {
-            text += separator + std::string(row_of(right).key);
+            text += separator + std::string(key_of(row_of(right)));
             separator = " ,\n.Ic ";
         }
         text += query.tells_freezing
@@ -192,9 +167,9 @@ std::string manual_rights() {
                        "\"asked\" \"anything\"\n"
                        ".It Sy Right Ta Sy Kind Ta Sy Default Ta Sy Asked Ta Sy Changed\n";
     for (const RightRow& right : rights()) {
-        text += std::string(".It Ic ") + right.key + " Ta " + kind_of(right.rule) + " Ta " +
-                defaults(right) + " Ta " + (right.query == RightQuery::None ? "no" : "yes") +
-                " Ta " + change_of(right.change) + "\n";
+        text += std::string(".It Ic ") + key_of(right) + " Ta " +
+                rule_of(right.load).kind->words.load + " Ta " + defaults(right) + " Ta " +
+                (right.query == RightQuery::None ? "no" : "yes") + " Ta " + change_of(right) + "\n";
     }
     return text + ".El\n";
 }
@@ -223,26 +198,24 @@ std::string completion_data() {
     text += "declare -gA _ov_conf_keys=(\n";
     for (const SectionReference& section : sections) {
         std::string name = section.section; // in lower case: it is found in any
-        std::transform(name.begin(), name.end(), name.begin(),
-                       [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+        std::transform(name.begin(), name.end(), name.begin(), lower);
         text += shell_list("    [" + name + "]", section.keys,
                            [](const KeyReference& key) { return std::string(key.key); });
     }
     text += ")\ndeclare -gA _ov_conf_directories=(\n";
-    for (const RoleCommand& command : RoleCommands) {
-        const Row& row = directory_row(command.rank);
-        text += std::string("    [") + command.name + "]='" + row.key + " " +
-                std::get<Text*>(row.variable)->c_str() + "'\n";
+    for (const Role& role : AllRoles) {
+        text += std::string("    [") + role.command + "]='" + key_of(directory_row(role)) + " " +
+                (settings.*role.directory).c_str() + "'\n";
     }
     text += ")\n_ov_conf_root='" + std::string(RootDirectory.view()) + "'\n";
     text += shell_list("_ov_conf_queries", combined_queries(),
                        [](const CombinedQuery& query) { return std::string(query.name); });
     text += shell_list("_ov_conf_rights", rights(), [](const RightRow& right) {
-        return right.query == RightQuery::None ? "" : std::string(right.key);
+        return right.query == RightQuery::None ? "" : std::string(key_of(right));
     });
-    text += assignable("_ov_conf_boolean_rights", RightChange::Boolean);
-    text += assignable("_ov_conf_digit_rights", RightChange::Digits);
-    text += assignable("_ov_conf_text_rights", RightChange::Anything);
+    text += assignable("_ov_conf_boolean_rights", "boolean");
+    text += assignable("_ov_conf_digit_rights", "digits");
+    text += assignable("_ov_conf_text_rights", "anything");
     return text;
 }
 

@@ -1,23 +1,46 @@
-#include "conf/settings.h"
+#include "settings/settings.h"
 
-#include "util/util_settings.h" // the compiler holds these declarations against the rows
+#include <memory>
+#include <new>
 
 namespace ov {
 
-constinit Text ConfigFile = "/etc/Tessary.conf";
-
-#define SETTING(section, key, variable, type, initial, ...) constinit type variable = initial;
+// The rows as initialisers, with the "defaults" column of the rights: of each role, the same for
+// all, none.
+// clang-format off
+#define SETTING(section, key, variable, type, initial, ...) .variable = initial,
 #define STEP(gate, step)
-#include "conf/catalogue.def"
+#define RIGHT(key, variable, type, kind, defaults, ...) .variable = defaults,
+#define Each(...) {{__VA_ARGS__}}
+#define All(value) {{value, value, value, value, value, value}}
+#define Unset {}
+
+constinit Settings settings = {
+    .ConfigFile = "/etc/Tessary.conf",
+#include "settings/catalogue.def"
+#include "settings/rights.def"
+    .SvrList = {}, .NTF_SvrList = {}, .ArchiveMinFreeBlocks = 0, .CoopMinFreeBlocks = 0,
+};
+
+void reset_settings() {
+    std::destroy_at(&settings);
+    ::new (&settings) Settings{
+        .ConfigFile = "/etc/Tessary.conf",
+#include "settings/catalogue.def"
+#include "settings/rights.def"
+        .SvrList = {}, .NTF_SvrList = {}, .ArchiveMinFreeBlocks = 0, .CoopMinFreeBlocks = 0,
+    };
+}
+
+#undef Unset
+#undef All
+#undef Each
+#undef RIGHT
 #undef STEP
 #undef SETTING
+// clang-format on
 
-constinit ServerList SvrList{};
-constinit ServerList NTF_SvrList{};
-constinit long ArchiveMinFreeBlocks = 0;
-constinit long CoopMinFreeBlocks = 0;
-
-const VTAB Tab_LogLevel[] = {{"none", 9999}, {"weak", 1}, {"strong", 0}, {nullptr, -1}};
+const VTAB Tab_LogLevel[] = {{"none", NoLevel}, {"weak", 1}, {"strong", 0}, {nullptr, -1}};
 const VTAB Tab_ArcMode[] = {{"none", 0}, {"all", 1},  {"out", 2},
                             {"in", 3},   {"rule", 4}, {nullptr, -1}};
 const VTAB Tab_FwdMode[] = {{"none", 0}, {"all", 1}, {"out", 2}, {"in", 3}, {nullptr, -1}};

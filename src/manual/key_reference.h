@@ -2,7 +2,7 @@
 // from the key's row in the catalogue.
 #pragma once
 
-#include "reference/vocabulary.h"
+#include "manual/vocabulary.h"
 
 #include <optional>
 #include <string>
@@ -30,8 +30,5 @@ struct SectionReference {
 // All sections in the order in which they are first read, each with all of its keys. To be called
 // before anything is loaded: the settings hold the defaults.
 std::vector<SectionReference> key_reference();
-
-// The texts of a kind and its details as one sentence without a full stop.
-std::string sentence(const ValueText& text);
 
 } // namespace ov

@@ -1,7 +1,7 @@
-#include "conf/validate.h"
+#include "settings/validate.h"
 
 #include "conf/layout.h"
-#include "conf/settings.h"
+#include "settings/settings.h"
 #include "util/log.h"
 #include "util/text.h"
 #include "util/util.h"
@@ -25,14 +25,6 @@ constexpr std::size_t LongestPart = 3;
 constexpr std::size_t LongestHostName = 255;
 constexpr std::size_t LongestSizeNumber = 9;
 constexpr std::int64_t LargestSize = 0x7FFFFFFFFFFFFFFE;
-
-bool is_digit(char c) {
-    return c >= '0' && c <= '9';
-}
-
-bool is_letter_or_digit(char c) {
-    return is_digit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
 
 // The number that `text`, decimal digits only, stands for when it is at most `highest`.
 std::optional<unsigned> number_up_to(std::string_view text, unsigned highest) {
@@ -67,6 +59,15 @@ std::string_view take_part(std::string_view& rest) {
     const std::string_view part = rest.substr(0, dot);
     rest.remove_prefix(std::min(dot + 1, rest.size()));
     return part;
+}
+
+// The number made of the digits of `text`, or -1 when there is anything else in it.
+int field(std::string_view text) {
+    int number = 0;
+    for (const char c : text) {
+        number = number * 10 + (c - '0');
+    }
+    return is_alldigit(text) ? number : -1;
 }
 
 bool is_regular_file(const char* path) {
@@ -288,6 +289,16 @@ int isvalid_program(const char* path) {
     return isfullpath(path) && isvalid_file(nullptr, path);
 }
 
+int isvalid_full_dir(const char* path) {
+    return isfullpath(path) && isvalid_dir(path);
+}
+
+int isvalid_hostport(const std::string& text) {
+    const std::size_t colon = text.find(':');
+    return (colon == text.npos || server_port(text.substr(colon + 1))) &&
+           isvalid_hostname(text.substr(0, colon).c_str());
+}
+
 std::optional<int> server_port(const std::string& text) {
     constexpr long Highest = 60000;
     const long port = std::strtol(text.c_str(), nullptr, 10); // an overflow is above it, too
@@ -334,7 +345,26 @@ std::optional<std::int64_t> decimal_within(const std::string& text, std::int64_t
 }
 
 int valid_str(std::string_view text) {
-    return std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; });
+    return std::all_of(text.begin(), text.end(), is_printable);
+}
+
+int date_str(const char* text, int* year, int* month, int* day) {
+    const std::string_view date(text ? text : "");
+    if (date.size() != 10 || date[4] != '/' || date[7] != '/') {
+        return -1;
+    }
+    const int y = field(date.substr(0, 4));
+    const int m = field(date.substr(5, 2));
+    const int d = field(date.substr(8, 2));
+    if (y < 0 || m < 0 || d < 0 || (month && (m < 1 || m > 12)) || (day && (d < 1 || d > 31))) {
+        return -1;
+    }
+    for (const auto& [target, value] : {std::pair{year, y}, {month, m}, {day, d}}) {
+        if (target) {
+            *target = value;
+        }
+    }
+    return 0;
 }
 
 int isvalid_keywd(std::string_view name) {

@@ -1,6 +1,6 @@
 // Fills in a template: copies it with the generated text in the place of each line "@NAME@".
-//   ov_reference TEMPLATE OUTPUT
-#include "reference/write.h"
+//   ov_manual TEMPLATE OUTPUT
+#include "manual/write.h"
 
 #include <cstdlib>
 #include <exception>
@@ -30,13 +30,13 @@ void fill_in(const char* from, const char* to) {
 
 int main(int argc, char** argv) {
     if (argc != 3) {
-        std::cerr << "usage: ov_reference TEMPLATE OUTPUT\n";
+        std::cerr << "usage: ov_manual TEMPLATE OUTPUT\n";
         return EXIT_FAILURE;
     }
     try {
         fill_in(argv[1], argv[2]);
     } catch (const std::exception& error) {
-        std::cerr << "ov_reference: " << error.what() << '\n';
+        std::cerr << "ov_manual: " << error.what() << '\n';
         return EXIT_FAILURE;
     }
     return EXIT_SUCCESS;

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "addr/addr_list.h"
-#include "conf/validate.h"
+#include "settings/validate.h"
 #include "util/text.h"
 
 #include <array>
@@ -27,20 +27,55 @@ struct SVRLIST {
 };
 using ServerList = std::array<SVRLIST, 8>;
 
-// The main configuration file; the option -f names another.
-extern Text ConfigFile;
+// The six administration roles: administrator, manager and system administrator of the screening
+// side, then the same of the search side.
+inline constexpr int Roles = 6;
+template <class Type>
+using PerRole = std::array<Type, Roles>;
 
-#define SETTING(section, key, variable, type, ...) extern type variable;
+struct Settings {
+    Text ConfigFile; // the main configuration file; the option -f names another
+
+#define SETTING(section, key, variable, type, ...) type variable;
 #define STEP(gate, step)
-#include "conf/catalogue.def"
+#include "settings/catalogue.def"
 #undef STEP
 #undef SETTING
 
-// What the values of some keys become beside the key's own setting.
-extern ServerList SvrList;        // [SMTP] ServerHost
-extern ServerList NTF_SvrList;    // [SMTP] NTF_ServerHost
-extern long ArchiveMinFreeBlocks; // [Archive] MinFree, in blocks of its file system
-extern long CoopMinFreeBlocks;    // [Cooperation] MinFree, likewise
+#define RIGHT(key, variable, type, ...) PerRole<type> variable;
+#include "settings/rights.def"
+#undef RIGHT
+
+    // What the values of some keys become beside the key's own setting.
+    ServerList SvrList;        // [SMTP] ServerHost
+    ServerList NTF_SvrList;    // [SMTP] NTF_ServerHost
+    long ArchiveMinFreeBlocks; // [Archive] MinFree, in blocks of its file system
+    long CoopMinFreeBlocks;    // [Cooperation] MinFree, likewise
+};
+extern Settings settings;
+
+// Sets all settings to their defaults.
+void reset_settings();
+
+// Each setting by its name.
+inline constexpr Text& ConfigFile = settings.ConfigFile;
+#define SETTING(section, key, variable, type, ...)                                                 \
+    inline constexpr type& variable = settings.variable;
+#define STEP(gate, step)
+#include "settings/catalogue.def"
+#undef STEP
+#undef SETTING
+#define RIGHT(key, variable, type, ...)                                                            \
+    inline constexpr PerRole<type>& variable = settings.variable;
+#include "settings/rights.def"
+#undef RIGHT
+inline constexpr ServerList& SvrList = settings.SvrList;
+inline constexpr ServerList& NTF_SvrList = settings.NTF_SvrList;
+inline constexpr long& ArchiveMinFreeBlocks = settings.ArchiveMinFreeBlocks;
+inline constexpr long& CoopMinFreeBlocks = settings.CoopMinFreeBlocks;
+
+// The level that stands for none.
+inline constexpr int NoLevel = 9999;
 
 // One row of a value table: a word and the number that it stands for. A table ends with a row
 // without a word and the number -1.

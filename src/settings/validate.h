@@ -49,8 +49,12 @@ int isvalid_program(const char* path);
 // The port of a server that `text` begins with, decimal, from 1 to 60000; nothing for any other.
 std::optional<int> server_port(const std::string& text);
 
-// Whether `path` is a directory.
+// Whether `text` is a host name, or one with the port of a server behind a ":".
+int isvalid_hostport(const std::string& text);
+
+// Whether `path` is a directory, and whether it is the absolute path of one.
 int isvalid_dir(const char* path);
+int isvalid_full_dir(const char* path);
 
 // Reads "true", "yes", "on", "1" as 1 and "false", "no", "off", "0" as 0, in any case. Returns 0,
 // or -1 for any other word, which leaves `out` alone.
@@ -66,6 +70,10 @@ std::int64_t conv_Kbyte(std::string_view text, char defunit);
 // The number that `text`, made of decimal digits only, stands for when it is within the bounds.
 std::optional<std::int64_t> decimal_within(const std::string& text, std::int64_t lowest,
                                            std::int64_t highest);
+
+// Whether `text` is a date like "2008/02/31": month 1 to 12, day 1 to 31. Returns 0 and gives the
+// fields, or -1. A field that is not asked for (null) is not checked against its range either.
+int date_str(const char* text, int* year, int* month, int* day);
 
 // Whether every character is printable ASCII.
 int valid_str(std::string_view text);

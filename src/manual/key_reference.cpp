@@ -1,9 +1,7 @@
-#include "reference/key_reference.h"
+#include "manual/key_reference.h"
 
-#include "conf/catalogue.h"
 #include "conf/layout.h"
-#include "conf/load_rules.h"
-#include "conf/settings.h"
+#include "settings/kinds.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -17,7 +15,7 @@ const std::pair<const char*, const char*> purposes[] = {
 #define SECTION(name, purpose) {name, purpose},
 #define SETTING(...)
 #define STEP(...)
-#include "conf/catalogue.def"
+#include "settings/catalogue.def"
 #undef STEP
 #undef SETTING
 };
@@ -42,21 +40,23 @@ std::string size_text(std::int64_t bytes) {
 }
 
 std::string number_text(const Row& row, const std::string& kind) {
-    if (auto* const* large = std::get_if<unsigned long*>(&row.variable)) {
+    const Rule& rule = rule_of(row.load);
+    const Variable variable = variable_of(row);
+    if (auto* const* large = std::get_if<unsigned long*>(&variable)) {
         return std::to_string(**large);
     }
-    const std::int64_t number = number_in(row.variable);
+    const std::int64_t number = kinds::number_in(variable);
     if (kind == "boolean") {
         return number != 0 ? "yes" : "no";
     }
     if (kind == "word") {
-        return str_vtab(row.rule.table, static_cast<int>(number));
+        return str_vtab(rule.table, static_cast<int>(number));
     }
-    if (kind == "level" && number >= row.rule.highest) {
+    if (kind == "level" && number >= NoLevel) {
         return "none";
     }
     if (kind == "size") {
-        return size_text(row.rule.load == load_rules::load_bytes ? number : number << 10);
+        return size_text(rule.kind == &kinds::Bytes ? number : number << 10);
     }
     return std::to_string(number);
 }
@@ -74,7 +74,7 @@ std::optional<std::string> initial_text(const Row& row, const std::string& kind)
                 return std::nullopt; // lists are not set
             }
         },
-        row.variable);
+        variable_of(row));
 }
 
 std::string only_text(const Gate& gate) {
@@ -91,40 +91,31 @@ std::optional<std::string> unless_empty(const std::string& text) {
 
 std::vector<SectionReference> key_reference() {
     std::vector<SectionReference> sections;
-    const std::vector<ValueText> values = accepted_texts();
-    const std::vector<std::string> checks = checked_texts();
-    const std::vector<std::string> forms = shown_texts();
-    std::size_t number = 0;
     for (const Row& row : catalogue()) {
-        const std::size_t i = number++;
-        if (!row.section) {
+        if (is_step(row)) {
             continue;
         }
         auto section = std::find_if(sections.begin(), sections.end(), [&](const auto& s) {
-            return std::string_view(s.section) == row.section;
+            return std::string_view(s.section) == section_of(row);
         });
         if (section == sections.end()) {
-            section = sections.insert(section, {row.section, purpose_of(row.section), {}});
+            section = sections.insert(section, {section_of(row), purpose_of(section_of(row)), {}});
         }
-        const ValueText& value = values[i];
+        const ValueText value = accepted_text(row);
         const std::optional<std::string> initial = initial_text(row, value.kind);
         const bool is_file = value.kind == "file";
         section->keys.push_back({
-            .key = row.key,
+            .key = key_of(row),
             .accepted = value,
             .initial = initial,
             .is_in_etc = is_file && initial && !isfullpath(initial->c_str()),
-            .needs_full_path = is_file && row.rule.option == load_rules::FullPath,
-            .checked = unless_empty(checks[i]),
-            .shown = unless_empty(forms[i]),
+            .needs_full_path = is_file && rule_of(row.load).kind == &kinds::FullFile,
+            .checked = unless_empty(checked_text(row)),
+            .shown = unless_empty(shown_text(row)),
             .only = only_text(row.gate),
         });
     }
     return sections;
-}
-
-std::string sentence(const ValueText& text) {
-    return text.details.empty() ? text.kind : text.kind + ": " + text.details;
 }
 
 } // namespace ov

@@ -1,0 +1,163 @@
+#include "manual/vocabulary.h"
+
+#include <algorithm>
+#include <limits>
+#include <stdexcept>
+#include <type_traits>
+#include <utility>
+
+namespace ov {
+
+namespace {
+
+// The key whose setting a rule names.
+std::string key_of(const Other& setting) {
+    const auto names = [&setting](const Row& row) {
+        return std::visit(
+            [&row](auto named) {
+                if constexpr (std::is_same_v<decltype(named), std::monostate>) {
+                    return false;
+                } else {
+                    const auto* member = std::get_if<decltype(named)>(&row.member);
+                    return member && *member == named;
+                }
+            },
+            setting);
+    };
+    const std::span<const Row> rows = catalogue();
+    const auto found = std::find_if(rows.begin(), rows.end(), names);
+    if (found == rows.end()) {
+        throw std::logic_error("a rule names a setting that has no key");
+    }
+    return ov::key_of(*found);
+}
+
+std::string words_of(int table) {
+    std::string words;
+    for (const VTAB* row = VTable[table]; row->str; ++row) {
+        words += (words.empty() ? "" : row[1].str ? ", " : " or ") + std::string(row->str);
+    }
+    return words;
+}
+
+// The names of the separators that `characters` holds.
+std::string separators(const char* characters) {
+    std::string text;
+    for (; *characters; ++characters) {
+        text += (text.empty() ? "" : " or ") + ("\"" + std::string(1, *characters) + "\"");
+    }
+    return "separated by " + text;
+}
+
+// The largest number of so many digits.
+std::int64_t largest_of(std::size_t digits) {
+    std::int64_t number = 0;
+    for (; digits > 0 && number < NoBound / 10; --digits) {
+        number = number * 10 + 9;
+    }
+    return digits > 0 ? NoBound : number;
+}
+
+// The bounds of a number: those of its rule and those of its setting, of which the one without a
+// sign may be larger than any rule.
+std::string bounds(const Rule& rule, const Variable& variable, bool whole_range) {
+    return std::visit(
+        [&](const auto* setting) -> std::string {
+            using Type = std::remove_cvref_t<decltype(*setting)>;
+            using Limits = std::numeric_limits<Type>;
+            if constexpr (std::is_integral_v<Type>) {
+                if (whole_range && std::is_unsigned_v<Type>) {
+                    return "0 to " + std::to_string(Limits::max());
+                }
+                const std::int64_t largest = std::cmp_less(NoBound, Limits::max())
+                                                 ? NoBound
+                                                 : static_cast<std::int64_t>(Limits::max());
+                const std::int64_t least =
+                    std::max(rule.lowest, static_cast<std::int64_t>(Limits::min()));
+                const std::int64_t most =
+                    std::min({rule.highest, largest_of(rule.longest), largest});
+                return std::to_string(least) + " to " + std::to_string(most) +
+                       (rule.longest == NoLength
+                            ? ""
+                            : ", at most " + std::to_string(rule.longest) + " of them");
+            } else {
+                throw std::logic_error("bounds of what is no number");
+            }
+        },
+        variable);
+}
+
+// What stands for a name in braces.
+std::string filled_in(std::string_view name, const Rule& rule, const Variable& variable) {
+    if (name == "bounds" || name == "range") {
+        return bounds(rule, variable, name == "range");
+    }
+    if (name == "words") {
+        return words_of(rule.table);
+    }
+    if (name == "separators") {
+        return separators(rule.characters.data());
+    }
+    if (name == "longest") {
+        return std::to_string(rule.longest);
+    }
+    if (name == "unit") {
+        return rule.characters.data();
+    }
+    if (name == "first" || name == "second") {
+        return key_of(name == "first" ? rule.first : rule.second);
+    }
+    throw std::logic_error("the words of a kind have an unknown name: " + std::string(name));
+}
+
+// The words of a kind with what the rule puts in.
+std::string text_of(std::string_view words, const Rule& rule, const Variable& variable) {
+    std::string text;
+    for (std::size_t open = 0; (open = words.find('{')) != words.npos;) {
+        const std::size_t close = words.find('}', open);
+        text += words.substr(0, open);
+        text += filled_in(words.substr(open + 1, close - open - 1), rule, variable);
+        words.remove_prefix(close + 1);
+    }
+    return text.append(words);
+}
+
+ValueText accepted_text(const Rule& rule, const Variable& variable) {
+    const std::string text = text_of(rule.kind->words.load, rule, variable);
+    const std::size_t bar = text.find('|');
+    return {text.substr(0, bar), bar == text.npos ? "" : text.substr(bar + 1)};
+}
+
+} // namespace
+
+ValueText accepted_text(const Row& row) {
+    return accepted_text(rule_of(row.load), variable_of(row));
+}
+
+std::string checked_text(const Row& row) {
+    if (row.check == NoRule) {
+        return "";
+    }
+    const Rule& rule = rule_of(row.check);
+    const Variable variable = variable_of(row);
+    const std::string text = rule.kind->words.check == std::string_view(TheSame)
+                                 ? sentence(accepted_text(rule, variable))
+                                 : text_of(rule.kind->words.check, rule, variable);
+    return text + (row.empty == Empty::Accepted  ? "; may be empty"
+                   : row.empty == Empty::Refused ? "; not empty"
+                                                 : "");
+}
+
+std::string shown_text(const Row& row) {
+    if (row.show == NoRule) {
+        return "";
+    }
+    const Rule& rule = rule_of(row.show);
+    return text_of(rule.kind->words.show, rule, variable_of(row));
+}
+
+std::string sentence(const ValueText& text) {
+    return text.details.empty() ? text.kind : text.kind + ": " + text.details;
+}
+
+} // namespace ov

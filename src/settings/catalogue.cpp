@@ -1,0 +1,367 @@
+#include "settings/catalogue.h"
+
+#include "settings/kinds.h"
+#include "settings/load.h"
+
+#include <algorithm>
+#include <array>
+#include <type_traits>
+
+namespace ov {
+
+namespace {
+
+using namespace kinds;
+using S = Settings;
+
+// The gates. Numbers are bits of the load mask.
+constexpr std::uint16_t REC = RC_RECEIVE;
+constexpr std::uint16_t ARC = RC_ARCHIVE;
+constexpr std::uint16_t MAN = RC_MANAGE;
+constexpr std::uint16_t EXT = RC_EXTRACT;
+constexpr std::uint16_t BRW = RC_BROWSE;
+constexpr std::uint16_t Always = 0;
+// Left alone by callers that want no directory looked at.
+constexpr Gate Files{.unless = RC_NODIRCHECK};
+// Read for the chosen mail submission program only.
+constexpr Gate Sendmail{.program = 1};
+constexpr Gate Postfix{.program = 2};
+constexpr Gate Qmail{.program = 3};
+// The auxiliary sections, and the directories that their readers need.
+constexpr Gate Transfer{.readers = TransferReader};
+constexpr Gate Cypher{.readers = CypherReader};
+constexpr Gate Search{.readers = SearchReader};
+constexpr Gate Aux{.readers = CypherReader | SearchReader};
+constexpr Gate MainAndAux{.readers = MainReader | CypherReader | SearchReader};
+
+constexpr Gate gate(Gate given) {
+    return given;
+}
+constexpr Gate gate(int any) {
+    return {.any = static_cast<std::uint16_t>(any)};
+}
+
+// The columns behind the kind of a row. Without a rule of their own they follow that of the kind.
+struct Checked {
+    Rule rule = {};
+    Empty empty = Empty::AsTheKind;
+};
+constexpr Checked checked(Rule rule = {}) {
+    return {rule};
+}
+constexpr Checked checked_or_empty(Rule rule = {}) {
+    return {rule, Empty::Accepted};
+}
+constexpr Checked checked_not_empty(Rule rule = {}) {
+    return {rule, Empty::Refused};
+}
+struct ShownAs {
+    Rule rule = {};
+};
+constexpr ShownAs shown(Rule rule = {}) {
+    return {rule};
+}
+
+// The rules of a row; one without a kind: the row has nothing in that column.
+struct Rules {
+    Rule load = {};
+    Rule check = {};
+    Rule show = {};
+    Empty empty = Empty::AsTheKind;
+
+    constexpr void add(const Checked& column) {
+        check = column.rule.kind ? column.rule : load;
+        empty = column.empty;
+    }
+    constexpr void add(const ShownAs& column) { show = column.rule.kind ? column.rule : load; }
+};
+template <class... Column>
+constexpr Rules rules(Rule load, Column... columns) {
+    Rules all{.load = load};
+    (all.add(columns), ...);
+    return all;
+}
+
+// Whether the kinds of a row know what to do with a setting of the type, and have words for it.
+template <class Type>
+constexpr bool can_load(const Rules& row) {
+    return row.load.kind->load && row.load.kind->words.load &&
+           (row.load.kind->types & type_of<Type>());
+}
+template <class Type>
+constexpr bool can_check(const Rules& row) {
+    return !row.check.kind || (row.check.kind->check && row.check.kind->words.check &&
+                               (row.check.kind->types & type_of<Type>()));
+}
+template <class Type>
+constexpr bool can_show(const Rules& row) {
+    return !row.show.kind || (row.show.kind->show && row.show.kind->words.show &&
+                              (row.show.kind->types & type_of<Type>()));
+}
+#define HOLD_AGAINST_THE_TYPE(name, type, ...)                                                     \
+    static_assert(can_load<type>(rules(__VA_ARGS__)),                                              \
+                  name ": what its kind loads does not fit the setting's type");                   \
+    static_assert(can_check<type>(rules(__VA_ARGS__)),                                             \
+                  name ": what its check is for does not fit the setting's type");                 \
+    static_assert(can_show<type>(rules(__VA_ARGS__)),                                              \
+                  name ": what its form shows does not fit the setting's type");
+#define SETTING(section, key, variable, type, initial, when, ...)                                  \
+    HOLD_AGAINST_THE_TYPE("[" section "] " key, type, __VA_ARGS__)
+#define STEP(when, step)
+#include "settings/catalogue.def"
+#undef STEP
+#undef SETTING
+#define RIGHT(key, variable, type, kind, defaults, query, ...)                                     \
+    HOLD_AGAINST_THE_TYPE(#key, type, kind __VA_OPT__(, ) __VA_ARGS__)
+#include "settings/rights.def"
+#undef RIGHT
+
+// A step is a kind that takes no value.
+template <Verdict (*function)(const Loading&)>
+inline constexpr Kind Step{.words = {}, .load = function};
+
+// The rows as they are written.
+struct WrittenRow {
+    const char* section;
+    const char* key;
+    Member member;
+    Gate gate;
+    Rules rules;
+};
+constexpr WrittenRow written_rows[] = {
+#define SETTING(section, key, variable, type, initial, when, ...)                                  \
+    {section, key, &Settings::variable, gate(when), rules(__VA_ARGS__)},
+#define STEP(when, step) {nullptr, #step, {}, gate(when), {.load = {.kind = &Step<step>}}},
+#include "settings/catalogue.def"
+#undef STEP
+#undef SETTING
+};
+struct WrittenRight {
+    const char* key;
+    RightMember member;
+    RightQuery query;
+    Rules rules;
+};
+constexpr WrittenRight written_rights[] = {
+#define RIGHT(key, variable, type, kind, defaults, query, ...)                                     \
+    {#key, &Settings::variable, RightQuery::query, rules(kind __VA_OPT__(, ) __VA_ARGS__)},
+#include "settings/rights.def"
+#undef RIGHT
+};
+constexpr std::size_t Keys = std::size(written_rows);
+constexpr std::size_t Rights = std::size(written_rights);
+constexpr std::size_t RightsKeys = Rights + 1; // with the old name of one
+
+// All names of keys, each behind the other.
+constexpr char key_names[] =
+#define SETTING(section, key, ...) key "\0"
+#define STEP(when, step) #step "\0"
+#include "settings/catalogue.def"
+#undef STEP
+#undef SETTING
+#define RIGHT(key, ...) #key "\0"
+#include "settings/rights.def"
+#undef RIGHT
+    "RejectGroup";
+
+// The names of the sections, each once.
+constexpr std::size_t MostSections = 32;
+struct Sections {
+    std::array<std::string_view, MostSections> names;
+    std::size_t count = 0;
+
+    constexpr std::uint8_t number_of(std::string_view name) const {
+        std::size_t number = 0;
+        while (number < count && names[number] != name) {
+            ++number;
+        }
+        return static_cast<std::uint8_t>(number);
+    }
+    constexpr void add(std::string_view name) {
+        if (number_of(name) == count) {
+            names[count++] = name;
+        }
+    }
+};
+constexpr Sections sections = [] {
+    Sections found;
+    for (const WrittenRow& row : written_rows) {
+        if (row.section) {
+            found.add(row.section);
+        }
+    }
+    found.add(AdminSection);
+    found.add(ManagerSection);
+    return found;
+}();
+
+// The distinct rules; the first one stands for none.
+constexpr std::size_t MostRules = 160;
+struct DistinctRules {
+    std::array<Rule, MostRules> rules{};
+    std::size_t count = 1;
+
+    constexpr RuleNumber number_of(const Rule& rule) {
+        if (!rule.kind) {
+            return NoRule;
+        }
+        std::size_t number = 1;
+        while (number < count && !(rules[number] == rule)) {
+            ++number;
+        }
+        count = std::max(count, number + 1);
+        rules[number] = rule;
+        return static_cast<RuleNumber>(number);
+    }
+};
+
+struct Tables {
+    std::array<Row, Keys> rows{};
+    std::array<RightRow, Rights> rights{};
+    std::array<std::uint16_t, Keys + RightsKeys> starts{}; // of the names
+    DistinctRules rules;
+};
+constexpr Tables build() {
+    Tables tables;
+    std::uint16_t start = 0;
+    for (std::uint16_t& name : tables.starts) {
+        name = start;
+        start = static_cast<std::uint16_t>(start + std::string_view(key_names + start).size() + 1);
+    }
+    const auto columns = [&tables](std::uint16_t name, const Rules& rules) {
+        return Columns{name, tables.rules.number_of(rules.load),
+                       tables.rules.number_of(rules.check), tables.rules.number_of(rules.show),
+                       rules.empty};
+    };
+    for (std::size_t i = 0; i < Keys; ++i) {
+        const WrittenRow& row = written_rows[i];
+        tables.rows[i] = {columns(tables.starts[i], row.rules),
+                          row.section ? sections.number_of(row.section) : std::uint8_t{0}, row.gate,
+                          row.member};
+    }
+    for (std::size_t i = 0; i < Rights; ++i) {
+        const WrittenRight& right = written_rights[i];
+        tables.rights[i] = {columns(tables.starts[Keys + i], right.rules), right.query,
+                            right.member};
+    }
+    return tables;
+}
+constexpr Tables built = build();
+constexpr std::array<Row, Keys> rows = built.rows;
+constexpr std::array<RightRow, Rights> right_rows = built.rights;
+constexpr std::array<std::uint16_t, Keys + RightsKeys> starts = built.starts;
+constexpr std::array<Rule, built.rules.count> distinct_rules = [] {
+    std::array<Rule, built.rules.count> used{};
+    std::copy_n(built.rules.rules.begin(), used.size(), used.begin());
+    return used;
+}();
+
+// The keys of the rights are numbered behind the rows, once for each section.
+constexpr std::size_t IndexedKeys = Keys + 2 * RightsKeys;
+constexpr std::size_t first_right(std::string_view section) {
+    return section == AdminSection ? Keys : Keys + RightsKeys;
+}
+
+const char* key_of_number(std::size_t number) {
+    return key_names + starts[number < Keys + RightsKeys ? number : number - RightsKeys];
+}
+
+constexpr std::size_t Buckets = 2048;
+constexpr std::array<KeyIndex::Bucket, Buckets> buckets = [] {
+    std::array<KeyIndex::Bucket, Buckets> table{};
+    const auto enter = [&table](std::size_t number, std::uint8_t section, std::string_view key) {
+        std::size_t at = KeyIndex::place(section, key, Buckets);
+        while (table[at].number != KeyIndex::Free) {
+            at = (at + 1) % Buckets;
+        }
+        table[at] = {static_cast<std::uint16_t>(number), section};
+    };
+    for (std::size_t i = 0; i < Keys; ++i) {
+        if (written_rows[i].section) {
+            enter(i, rows[i].section, written_rows[i].key);
+        }
+    }
+    for (const char* section : {AdminSection, ManagerSection}) {
+        for (std::size_t i = 0; i < RightsKeys; ++i) {
+            enter(first_right(section) + i, sections.number_of(section),
+                  key_names + starts[Keys + i]);
+        }
+    }
+    return table;
+}();
+
+constexpr KeyIndex index{std::span(sections.names.data(), sections.count), key_of_number,
+                         IndexedKeys, buckets};
+
+} // namespace
+
+const Rule& rule_of(RuleNumber number) {
+    return distinct_rules[static_cast<std::size_t>(number)];
+}
+
+const char* key_of(const Columns& row) {
+    return key_names + row.name;
+}
+
+bool is_step(const Row& row) {
+    return std::holds_alternative<std::monostate>(row.member);
+}
+
+const char* section_of(const Row& row) {
+    return is_step(row) ? nullptr : sections.names[row.section].data();
+}
+
+Variable variable_of(const Row& row) {
+    return std::visit(
+        [](auto member) -> Variable {
+            if constexpr (std::is_same_v<decltype(member), std::monostate>) {
+                return {};
+            } else {
+                return &(settings.*member);
+            }
+        },
+        row.member);
+}
+
+std::span<const Row> catalogue() {
+    return rows;
+}
+
+const Row* find_row(std::string_view section, std::string_view key) {
+    const int number = index.find(section, key);
+    return number == -1 || static_cast<std::size_t>(number) >= Keys
+               ? nullptr
+               : &rows[static_cast<std::size_t>(number)];
+}
+
+std::span<const RightRow> rights() {
+    return right_rows;
+}
+
+const RightRow& row_of(Right right) {
+    return right_rows[static_cast<std::size_t>(right)];
+}
+
+const RightRow* find_right(std::string_view key) {
+    const int found = index.find(AdminSection, key);
+    const auto number = static_cast<std::size_t>(found) - Keys;
+    return found == -1 || number >= Rights ? nullptr : &right_rows[number];
+}
+
+const KeyIndex& key_index() {
+    return index;
+}
+
+std::size_t number_of(const Row& row) {
+    return static_cast<std::size_t>(&row - rows.data());
+}
+
+std::size_t number_of(Right right, std::string_view section) {
+    return first_right(section) + static_cast<std::size_t>(right);
+}
+
+std::size_t number_of_old_exclude_group(std::string_view section) {
+    return first_right(section) + Rights;
+}
+
+} // namespace ov

@@ -1,0 +1,137 @@
+#include "settings/conf.h"
+
+#include "conf/layout.h"
+#include "settings/aux_sections.h"
+#include "settings/catalogue.h"
+#include "settings/rights.h"
+#include "util/log.h"
+#include "util/util_settings.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <unistd.h>
+
+namespace ov {
+
+namespace {
+
+// Tells logging and the system services what has been loaded.
+void equip_services() {
+    services = {.facility = LogFacility,
+                .level = LogLevel,
+                .log_option = SystemLogOption,
+                .log_mode = LogPerm,
+                .log_owner = Log_uid,
+                .log_group = Log_gid,
+                .log_directory = std::string(LogDirectory.view()),
+                .alternate_host_id = AlternateHostID,
+                .no_core = DBG_NoCore != 0};
+}
+
+Configuration open_or_end(const char* file) {
+    std::optional<Configuration> configuration = Configuration::open(file);
+    if (!configuration) {
+        print_cannot_open(file);
+        std::exit(EXIT_FAILURE);
+    }
+    return std::move(*configuration);
+}
+
+} // namespace
+
+std::optional<Configuration> Configuration::open(const char* file, FileKind kind,
+                                                 const WantedKey& wanted) {
+    std::optional<Snapshot> snapshot = Snapshot::open(file, key_index(), kind, wanted);
+    if (!snapshot) {
+        return std::nullopt;
+    }
+    return Configuration{std::move(*snapshot), {.file = file, .mask = 0}};
+}
+
+std::optional<Refusal> load_settings(Configuration& configuration, unsigned mask) {
+    auto& [snapshot, load] = configuration;
+    load.mask = mask;
+    std::optional<Refusal> refusal;
+    if (!(mask & (RC_LOCALPASS | RC_AUXONLY))) {
+        refusal = load_rows(load, snapshot, MainReader);
+    }
+    if (!refusal && (mask & (RC_MANAGE | RC_BROWSE))) {
+        refusal = load_rights(load, snapshot, AdminSection, 0);
+        if (!refusal) {
+            refusal = load_rights(load, snapshot, ManagerSection, 1);
+        }
+    }
+    if (!refusal && (mask & (RC_RECEIVE | RC_MANAGE))) {
+        refusal = load_rows(load, snapshot, CypherReader);
+    }
+    if (!refusal && (mask & (RC_RECEIVE | RC_TRANSFER))) {
+        refusal = load_rows(load, snapshot, TransferReader);
+    }
+    // A relative supplement has not been looked for; the working directory is not the place to do
+    // so.
+    if (refusal || (mask & RC_LOCALPASS) || !isfullpath(LocalConfFile.c_str())) {
+        return refusal;
+    }
+    if (auto local = Configuration::open(LocalConfFile.c_str(), FileKind::Regular)) {
+        std::swap(local->load.said, load.said);
+        std::swap(local->load.directories, load.directories);
+        refusal = load_settings(*local, mask | RC_LOCALPASS);
+        std::swap(local->load.said, load.said);
+        std::swap(local->load.directories, load.directories);
+    }
+    return refusal;
+}
+
+void end_when_refused(Load& load, const std::optional<Refusal>& refusal) {
+    std::fputs(load.said.c_str(), stderr);
+    load.said.clear();
+    if (refusal) {
+        print_refusal(*refusal);
+        std::exit(EXIT_FAILURE);
+    }
+}
+
+void print_cannot_open(const char* file) {
+    std::fprintf(stderr, "cannot open configfile \"%s\" (%d)\n", file, errno);
+}
+
+void read_config(const char* file, unsigned mask) {
+    Configuration configuration = open_or_end(file);
+    end_when_refused(configuration.load, load_settings(configuration, mask));
+}
+
+void setconfig(const char* file, unsigned mask, int rank, const char* user) {
+    Configuration configuration = open_or_end(file);
+    setconfig(configuration, mask, rank, user);
+}
+
+void setconfig(Configuration& configuration, unsigned mask, int rank, const char* user) {
+    end_when_refused(configuration.load, load_settings(configuration, mask));
+    equip_services();
+    log_init();
+    std::string path;
+    std::string section;
+    if (user && rank != NoRole && access_cffile(rank, user, path, &section) == 0 &&
+        ::access(path.c_str(), R_OK) == 0) {
+        read_config_user(path.c_str(), section.c_str(), rank);
+    }
+}
+
+int conf_free() {
+    InternalDomains.reset();
+    for (IpList* list : {&SMTP_DenyIP, &SMTP_AllowIP, &CM_DenyIP, &CM_AllowIP, &CM_ExcludeIP,
+                         &CM_LocalIP, &CM_ClientIP}) {
+        list->reset();
+    }
+    for (WordList* list : {&CM_DenyFromAddress, &CM_ClientFROM, &CR_DenyRcptAddress,
+                           &CR_AllowFromAddress, &CR_AllowRcptAddress, &CR_AllowRcptDomain}) {
+        list->reset();
+    }
+    for (PerRole<WordList>* lists : {&CF_Group, &CF_ExcludeGroup, &CF_SelectGroup}) {
+        lists->fill(std::nullopt);
+    }
+    return 0;
+}
+
+} // namespace ov

@@ -1,0 +1,52 @@
+// Loading of the whole configuration.
+#pragma once
+
+#include "conf/snapshot.h"
+#include "settings/load.h"
+
+#include <optional>
+#include <string>
+
+namespace ov {
+
+// The role number of callers that are in no role.
+inline constexpr int NoRole = 10;
+
+// A configuration file that has been opened and scanned once, for all that is loaded or fetched
+// from it.
+struct Configuration {
+    // Nothing, with errno set, when the file cannot be opened. `file` and the names of `wanted`,
+    // the key that will be fetched, live on.
+    static std::optional<Configuration> open(const char* file, FileKind kind = FileKind::Any,
+                                             const WantedKey& wanted = {});
+
+    Snapshot snapshot;
+    Load load;
+};
+
+// Loads the settings of the groups in `mask`, then the auxiliary sections, and then those of the
+// local supplement file, when there is one. Returns what was refused; then loading has stopped.
+std::optional<Refusal> load_settings(Configuration& configuration, unsigned mask);
+
+// load_settings from `file`. Comes back only when all values are valid: at the first one that is
+// not, and when the file cannot be opened, it says why on standard error and ends the process with
+// status 1.
+void read_config(const char* file, unsigned mask);
+
+// read_config, and the start of logging with what has been loaded; then, for a `user` of the role
+// `rank`, his rights.
+void setconfig(const char* file, unsigned mask, int rank, const char* user);
+
+// The same from a file that has been opened.
+void setconfig(Configuration& configuration, unsigned mask, int rank, const char* user);
+
+// Prints what loading has said so far, and what it has refused; that ends the process.
+void end_when_refused(Load& load, const std::optional<Refusal>& refusal);
+
+// Says on standard error that a configuration file cannot be opened.
+void print_cannot_open(const char* file);
+
+// Releases the lists that the settings own. For the end of the process. Returns 0.
+int conf_free();
+
+} // namespace ov

@@ -1,0 +1,66 @@
+#include "settings/rights.h"
+
+#include "settings/conf.h"
+#include "util/log.h"
+
+#include <algorithm>
+#include <cerrno>
+
+namespace ov {
+
+std::span<const CombinedQuery> combined_queries() {
+    using enum Right;
+    static constexpr Right hold_list[] = {HoldList};
+    static constexpr Right hold[] = {HoldList,   HoldReason,  HoldMessage, HoldApprove,
+                                     HoldCancel, HoldForward, HoldAttach,  HoldFreeze};
+    static constexpr Right hold_and_code[] = {HoldList,    HoldReason, HoldMessage,
+                                              HoldApprove, HoldCancel, HoldForward,
+                                              HoldAttach,  CheckPcode, HoldFreeze};
+    static constexpr Right archive[] = {ArchiveList,     ArchiveMessage, ArchiveBackup,
+                                        ArchiveRetrieve, ArchiveAttach,  CSVDownload};
+    static constexpr Right statistics[] = {ViewStatistics, CSVDownload};
+    static constexpr Right screening_log[] = {ViewScreeningLog, ArchiveMessage, CSVDownload};
+    static constexpr Right manager_log[] = {ViewManagerLog, ArchiveMessage, CSVDownload};
+    static constexpr Right viewer_log[] = {ViewViewerLog, ArchiveMessage, CSVDownload};
+    static constexpr CombinedQuery queries[] = {
+        {"Hold", hold, false},
+        {"Hold+", hold_and_code, false},
+        {"HoldList+", hold_list, true},
+        {"Archive", archive, false},
+        {"ViewStatistics+", statistics, false},
+        {"ViewScreeningLog+", screening_log, false},
+        {"ViewManagerLog+", manager_log, false},
+        {"ViewViewerLog+", viewer_log, false},
+    };
+    return queries;
+}
+
+int access_cffile(int rank, const char* user, std::string& path, std::string* section) {
+    if (!user) {
+        return -1;
+    }
+    if (rank < 0 || rank >= Roles) {
+        syserr("CONF: invalid user: rank=%d user=%s", rank, user);
+        return -1;
+    }
+    const Role& role = AllRoles[static_cast<std::size_t>(rank)];
+    path = (settings.*role.directory).view();
+    path += '/';
+    path += user;
+    path += ".conf";
+    path.resize(std::min(path.size(), MaxPath));
+    if (section) {
+        *section = role.section;
+    }
+    return 0;
+}
+
+void read_config_user(const char* path, const char* section, int rank) {
+    if (std::optional<Configuration> file = Configuration::open(path, FileKind::Regular)) {
+        end_when_refused(file->load, load_rights(file->load, file->snapshot, section, rank));
+    } else if (errno != ENOENT) {
+        syserr("cannot open configfile \"%s\" (%d)", path, errno);
+    }
+}
+
+} // namespace ov
