@@ -91,7 +91,11 @@ Token bare_word(Source& source) {
 } // namespace
 
 Source::Source(Fd file) : file_(std::move(file)), at_end_(false) {
-    capacity_ = BufferSize;
+    struct stat info {};
+    regular_ = ::fstat(file_.get(), &info) == 0 && S_ISREG(info.st_mode);
+    // A small file is read at once, with room to see its end.
+    const auto size = static_cast<std::size_t>(std::max<off_t>(info.st_size, 0));
+    capacity_ = regular_ && size > 0 && size < BufferSize ? size + 1 : BufferSize;
     buffer_ = std::make_unique_for_overwrite<char[]>(capacity_);
     next_window();
     at_start_ = true;
@@ -103,11 +107,6 @@ std::optional<Source> Source::open(const char* path, FileKind kind) {
         return std::nullopt;
     }
     return Source(std::move(file));
-}
-
-bool Source::is_regular_file() const {
-    struct stat info {};
-    return ::fstat(file_.get(), &info) == 0 && S_ISREG(info.st_mode);
 }
 
 void Source::rewind() {

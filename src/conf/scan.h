@@ -31,7 +31,7 @@ class Source {
     void rewind();
 
     // Whether it can be read again from the start with the same outcome.
-    bool is_regular_file() const;
+    bool is_regular_file() const { return regular_; }
 
     // The window: it ends behind a line feed or with the file.
     std::string_view window() const { return window_; }
@@ -52,6 +52,7 @@ class Source {
     void next_window();
 
     Fd file_;
+    bool regular_ = false;
     bool at_end_ = true;   // nothing more can be read
     bool at_start_ = true; // the window is the first one
     std::unique_ptr<char[]> buffer_;

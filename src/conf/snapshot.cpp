@@ -44,37 +44,42 @@ Snapshot::Snapshot(Source source, const KeyIndex& index, const WantedKey& wanted
 
 // Only the first entry of a key counts, and the first one with a token for those who want that.
 void Snapshot::keep(std::size_t number, const Entry& entry) {
-    First& first = found_[number];
-    if (first.line == 0) {
-        first = store(entry);
-    } else if (token_value(entry) && !token_value(entry_of(first))) {
-        with_token_.emplace_back(number, store(entry));
+    const std::size_t first = found_[number];
+    if (first == 0) {
+        store(entry);
+        found_[number] = static_cast<std::uint16_t>(kept_.size());
+    } else if (token_value(entry) && !token_value(entry_at(first))) {
+        store(entry);
+        with_token_.emplace_back(number, kept_.size());
     }
 }
 
-Snapshot::First Snapshot::store(const Entry& entry) {
-    const First first{entry.line, static_cast<std::uint32_t>(entry.rest.size()), rests_.size()};
+void Snapshot::store(const Entry& entry) {
+    kept_.push_back({entry.line, static_cast<std::uint32_t>(entry.rest.size()), rests_.size()});
     rests_ += entry.rest;
-    return first;
 }
 
-Entry Snapshot::entry_of(const First& first) const {
-    return {{}, 0, {}, first.line, std::string_view(rests_).substr(first.start, first.length)};
+Entry Snapshot::entry_at(std::size_t place) const {
+    const Kept& kept = kept_[place - 1];
+    return {{}, 0, {}, kept.line, std::string_view(rests_).substr(kept.start, kept.length)};
 }
 
 int Snapshot::lookup(std::size_t number, const char* sec, const char* key, std::string& ans,
                      int flg) const {
-    const auto take = [&](const First& first) {
-        return take_value(entry_of(first), sec, key, ans, MaxText + 1, flg);
+    const auto take = [&](std::size_t place) {
+        return take_value(entry_at(place), sec, key, ans, MaxText + 1, flg);
     };
     ans.clear();
-    if (found_[number].line != 0 && take(found_[number])) {
-        return 0;
-    }
-    const auto other = std::find_if(with_token_.begin(), with_token_.end(),
-                                    [number](const auto& pair) { return pair.first == number; });
-    if (other != with_token_.end() && take(other->second)) {
-        return 0;
+    if (has(number)) {
+        if (take(found_[number])) {
+            return 0;
+        }
+        const auto other =
+            std::find_if(with_token_.begin(), with_token_.end(),
+                         [number](const auto& pair) { return pair.first == number; });
+        if (other != with_token_.end() && take(other->second)) {
+            return 0;
+        }
     }
     scan_linenumber = 0;
     return -1;

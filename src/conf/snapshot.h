@@ -26,6 +26,9 @@ class Snapshot {
                                         const WantedKey& wanted = {});
     Snapshot(Source source, const KeyIndex& index, const WantedKey& wanted = {});
 
+    // Whether the file has an entry of the key with that number.
+    bool has(std::size_t number) const { return found_[number] != 0; }
+
     // What _getprofile finds for the key with that number, called `sec` and `key`: the same value,
     // line number and result.
     int lookup(std::size_t number, const char* sec, const char* key, std::string& ans,
@@ -36,19 +39,22 @@ class Snapshot {
     std::size_t wanted() const { return found_.size() - 1; }
 
   private:
-    // The first entry of a key: its line, and where its rest stands in `rests_`.
-    struct First {
-        int line = 0; // 0: there is none
-        std::uint32_t length = 0;
-        std::size_t start = 0;
+    // An entry: its line, and where its rest stands in `rests_`.
+    struct Kept {
+        int line;
+        std::uint32_t length;
+        std::size_t start;
     };
     void keep(std::size_t number, const Entry& entry);
-    First store(const Entry& entry);
-    Entry entry_of(const First& first) const;
+    void store(const Entry& entry);
+    Entry entry_at(std::size_t place) const;
 
-    std::vector<First> found_; // by number; the last one is the key wanted beside
+    // The place of the first entry of each key in `kept_`, counted from 1; 0: there is none. The
+    // last one is the key wanted beside.
+    std::vector<std::uint16_t> found_;
     // The first entries that have a token as value, of the keys whose first entry has none.
-    std::vector<std::pair<std::size_t, First>> with_token_;
+    std::vector<std::pair<std::size_t, std::size_t>> with_token_;
+    std::vector<Kept> kept_;
     std::string rests_;
     bool regular_;
 };

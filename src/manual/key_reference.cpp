@@ -40,7 +40,8 @@ std::string size_text(std::int64_t bytes) {
 }
 
 std::string number_text(const Row& row, const std::string& kind) {
-    const Rule& rule = rule_of(row.load);
+    const Kind& rule_kind = kind_of(row.load);
+    const Manner& manner = manner_of(row.load);
     const Variable variable = variable_of(row);
     if (auto* const* large = std::get_if<unsigned long*>(&variable)) {
         return std::to_string(**large);
@@ -50,13 +51,13 @@ std::string number_text(const Row& row, const std::string& kind) {
         return number != 0 ? "yes" : "no";
     }
     if (kind == "word") {
-        return str_vtab(rule.table, static_cast<int>(number));
+        return str_vtab(manner.table, static_cast<int>(number));
     }
     if (kind == "level" && number >= NoLevel) {
         return "none";
     }
     if (kind == "size") {
-        return size_text(rule.kind == &kinds::Bytes ? number : number << 10);
+        return size_text(&rule_kind == &kinds::Bytes ? number : number << 10);
     }
     return std::to_string(number);
 }
@@ -109,7 +110,7 @@ std::vector<SectionReference> key_reference() {
             .accepted = value,
             .initial = initial,
             .is_in_etc = is_file && initial && !isfullpath(initial->c_str()),
-            .needs_full_path = is_file && rule_of(row.load).kind == &kinds::FullFile,
+            .needs_full_path = is_file && &kind_of(row.load) == &kinds::FullFile,
             .checked = unless_empty(checked_text(row)),
             .shown = unless_empty(shown_text(row)),
             .only = only_text(row.gate),

@@ -10,7 +10,7 @@ namespace ov {
 
 namespace {
 
-// The key whose setting a rule names.
+// The key whose setting a row names.
 std::string key_of(const Other& setting) {
     const auto names = [&setting](const Row& row) {
         return std::visit(
@@ -27,7 +27,7 @@ std::string key_of(const Other& setting) {
     const std::span<const Row> rows = catalogue();
     const auto found = std::find_if(rows.begin(), rows.end(), names);
     if (found == rows.end()) {
-        throw std::logic_error("a rule names a setting that has no key");
+        throw std::logic_error("a row names a setting that has no key");
     }
     return ov::key_of(*found);
 }
@@ -58,9 +58,9 @@ std::int64_t largest_of(std::size_t digits) {
     return digits > 0 ? NoBound : number;
 }
 
-// The bounds of a number: those of its rule and those of its setting, of which the one without a
+// The bounds of a number: those of its row and those of its setting, of which the one without a
 // sign may be larger than any rule.
-std::string bounds(const Rule& rule, const Variable& variable, bool whole_range) {
+std::string bounds(const Manner& manner, const Variable& variable, bool whole_range) {
     return std::visit(
         [&](const auto* setting) -> std::string {
             using Type = std::remove_cvref_t<decltype(*setting)>;
@@ -73,13 +73,13 @@ std::string bounds(const Rule& rule, const Variable& variable, bool whole_range)
                                                  ? NoBound
                                                  : static_cast<std::int64_t>(Limits::max());
                 const std::int64_t least =
-                    std::max(rule.lowest, static_cast<std::int64_t>(Limits::min()));
+                    std::max(manner.lowest, static_cast<std::int64_t>(Limits::min()));
                 const std::int64_t most =
-                    std::min({rule.highest, largest_of(rule.longest), largest});
+                    std::min({manner.highest, largest_of(manner.longest), largest});
                 return std::to_string(least) + " to " + std::to_string(most) +
-                       (rule.longest == NoLength
+                       (manner.longest == NoLength
                             ? ""
-                            : ", at most " + std::to_string(rule.longest) + " of them");
+                            : ", at most " + std::to_string(manner.longest) + " of them");
             } else {
                 throw std::logic_error("bounds of what is no number");
             }
@@ -88,42 +88,42 @@ std::string bounds(const Rule& rule, const Variable& variable, bool whole_range)
 }
 
 // What stands for a name in braces.
-std::string filled_in(std::string_view name, const Rule& rule, const Variable& variable) {
+std::string filled_in(std::string_view name, const Manner& manner, const Variable& variable) {
     if (name == "bounds" || name == "range") {
-        return bounds(rule, variable, name == "range");
+        return bounds(manner, variable, name == "range");
     }
     if (name == "words") {
-        return words_of(rule.table);
+        return words_of(manner.table);
     }
     if (name == "separators") {
-        return separators(rule.characters.data());
+        return separators(manner.characters.data());
     }
     if (name == "longest") {
-        return std::to_string(rule.longest);
+        return std::to_string(manner.longest);
     }
     if (name == "unit") {
-        return rule.characters.data();
+        return manner.characters.data();
     }
     if (name == "first" || name == "second") {
-        return key_of(name == "first" ? rule.first : rule.second);
+        return key_of(name == "first" ? manner.first : manner.second);
     }
     throw std::logic_error("the words of a kind have an unknown name: " + std::string(name));
 }
 
-// The words of a kind with what the rule puts in.
-std::string text_of(std::string_view words, const Rule& rule, const Variable& variable) {
+// The words of a kind with what the row puts in.
+std::string text_of(std::string_view words, const Manner& manner, const Variable& variable) {
     std::string text;
     for (std::size_t open = 0; (open = words.find('{')) != words.npos;) {
         const std::size_t close = words.find('}', open);
         text += words.substr(0, open);
-        text += filled_in(words.substr(open + 1, close - open - 1), rule, variable);
+        text += filled_in(words.substr(open + 1, close - open - 1), manner, variable);
         words.remove_prefix(close + 1);
     }
     return text.append(words);
 }
 
-ValueText accepted_text(const Rule& rule, const Variable& variable) {
-    const std::string text = text_of(rule.kind->words.load, rule, variable);
+ValueText accepted_text(const Kind& kind, const Manner& manner, const Variable& variable) {
+    const std::string text = text_of(kind.words.load, manner, variable);
     const std::size_t bar = text.find('|');
     return {text.substr(0, bar), bar == text.npos ? "" : text.substr(bar + 1)};
 }
@@ -131,18 +131,19 @@ ValueText accepted_text(const Rule& rule, const Variable& variable) {
 } // namespace
 
 ValueText accepted_text(const Row& row) {
-    return accepted_text(rule_of(row.load), variable_of(row));
+    return accepted_text(kind_of(row.load), manner_of(row.load), variable_of(row));
 }
 
 std::string checked_text(const Row& row) {
     if (row.check == NoRule) {
         return "";
     }
-    const Rule& rule = rule_of(row.check);
+    const Kind& kind = kind_of(row.check);
+    const Manner& manner = manner_of(row.check);
     const Variable variable = variable_of(row);
-    const std::string text = rule.kind->words.check == std::string_view(TheSame)
-                                 ? sentence(accepted_text(rule, variable))
-                                 : text_of(rule.kind->words.check, rule, variable);
+    const std::string text = kind.words.check == std::string_view(TheSame)
+                                 ? sentence(accepted_text(kind, manner, variable))
+                                 : text_of(kind.words.check, manner, variable);
     return text + (row.empty == Empty::Accepted  ? "; may be empty"
                    : row.empty == Empty::Refused ? "; not empty"
                                                  : "");
@@ -152,8 +153,7 @@ std::string shown_text(const Row& row) {
     if (row.show == NoRule) {
         return "";
     }
-    const Rule& rule = rule_of(row.show);
-    return text_of(rule.kind->words.show, rule, variable_of(row));
+    return text_of(kind_of(row.show).words.show, manner_of(row.show), variable_of(row));
 }
 
 std::string sentence(const ValueText& text) {

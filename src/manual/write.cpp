@@ -59,7 +59,7 @@ const char* change_of(const RightRow& row) {
     if (row.check == NoRule) {
         return "no";
     }
-    const Words& words = rule_of(row.check).kind->words;
+    const Words& words = kind_of(row.check).words;
     return words.check == std::string_view(TheSame) ? words.load : words.check;
 }
 
@@ -69,7 +69,7 @@ std::string written(const RightRow& row, std::size_t rank) {
         [&](auto member) -> std::string {
             const auto& value = (settings.*member)[rank];
             if constexpr (std::is_integral_v<std::remove_cvref_t<decltype(value)>>) {
-                const int table = rule_of(row.load).table;
+                const int table = manner_of(row.load).table;
                 return table == -1 ? std::to_string(value)
                                    : str_vtab(table, static_cast<int>(value));
             } else {
@@ -167,8 +167,8 @@ std::string manual_rights() {
                        "\"asked\" \"anything\"\n"
                        ".It Sy Right Ta Sy Kind Ta Sy Default Ta Sy Asked Ta Sy Changed\n";
     for (const RightRow& right : rights()) {
-        text += std::string(".It Ic ") + key_of(right) + " Ta " +
-                rule_of(right.load).kind->words.load + " Ta " + defaults(right) + " Ta " +
+        text += std::string(".It Ic ") + key_of(right) + " Ta " + kind_of(right.load).words.load +
+                " Ta " + defaults(right) + " Ta " +
                 (right.query == RightQuery::None ? "no" : "yes") + " Ta " + change_of(right) + "\n";
     }
     return text + ".El\n";

@@ -131,7 +131,7 @@ struct WrittenRow {
 constexpr WrittenRow written_rows[] = {
 #define SETTING(section, key, variable, type, initial, when, ...)                                  \
     {section, key, &Settings::variable, gate(when), rules(__VA_ARGS__)},
-#define STEP(when, step) {nullptr, #step, {}, gate(when), {.load = {.kind = &Step<step>}}},
+#define STEP(when, step) {nullptr, #step, {}, gate(when), {.load = {&Step<step>}}},
 #include "settings/catalogue.def"
 #undef STEP
 #undef SETTING
@@ -250,10 +250,21 @@ constexpr Tables built = build();
 constexpr std::array<Row, Keys> rows = built.rows;
 constexpr std::array<RightRow, Rights> right_rows = built.rights;
 constexpr std::array<std::uint16_t, Keys + RightsKeys> starts = built.starts;
-constexpr std::array<Rule, built.rules.count> distinct_rules = [] {
-    std::array<Rule, built.rules.count> used{};
-    std::copy_n(built.rules.rules.begin(), used.size(), used.begin());
-    return used;
+// Apart, since only the kinds are pointers.
+constexpr std::size_t DistinctCount = built.rules.count;
+constexpr std::array<const Kind*, DistinctCount> distinct_kinds = [] {
+    std::array<const Kind*, DistinctCount> kinds{};
+    for (std::size_t i = 0; i < kinds.size(); ++i) {
+        kinds[i] = built.rules.rules[i].kind;
+    }
+    return kinds;
+}();
+constexpr std::array<Manner, DistinctCount> distinct_manners = [] {
+    std::array<Manner, DistinctCount> manners{};
+    for (std::size_t i = 0; i < manners.size(); ++i) {
+        manners[i] = built.rules.rules[i].manner;
+    }
+    return manners;
 }();
 
 // The keys of the rights are numbered behind the rows, once for each section.
@@ -295,8 +306,12 @@ constexpr KeyIndex index{std::span(sections.names.data(), sections.count), key_o
 
 } // namespace
 
-const Rule& rule_of(RuleNumber number) {
-    return distinct_rules[static_cast<std::size_t>(number)];
+const Kind& kind_of(RuleNumber number) {
+    return *distinct_kinds[static_cast<std::size_t>(number)];
+}
+
+const Manner& manner_of(RuleNumber number) {
+    return distinct_manners[static_cast<std::size_t>(number)];
 }
 
 const char* key_of(const Columns& row) {

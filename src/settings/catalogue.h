@@ -30,10 +30,11 @@ using Member = std::variant<std::monostate, int Settings::*, unsigned Settings::
 using RightMember = std::variant<PerRole<int> Settings::*, PerRole<unsigned> Settings::*,
                                  PerRole<Text> Settings::*, PerRole<WordList> Settings::*>;
 
-// The rule of a column by its number.
+// The kind of a column and its manner, by the number that both have.
 enum class RuleNumber : std::uint8_t {};
 inline constexpr RuleNumber NoRule{0}; // the row has nothing in that column
-const Rule& rule_of(RuleNumber number);
+const Kind& kind_of(RuleNumber number);
+const Manner& manner_of(RuleNumber number);
 
 // What a check says of the empty value, whatever its kind says.
 enum class Empty : std::uint8_t { AsTheKind, Accepted, Refused };

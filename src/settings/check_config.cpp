@@ -8,9 +8,8 @@ int is_acceptable(const Columns& row, const Variable& variable, const std::strin
     if (row.check == NoRule || (value.empty() && row.empty == Empty::Refused)) {
         return 0;
     }
-    const Rule& rule = rule_of(row.check);
     return (value.empty() && row.empty == Empty::Accepted) ||
-           rule.kind->check({rule, variable, value});
+           kind_of(row.check).check({manner_of(row.check), variable, value});
 }
 
 int check_config(const char* section, const char* key, const char* value) {

@@ -84,8 +84,10 @@ std::optional<Refusal> load_settings(Configuration& configuration, unsigned mask
 }
 
 void end_when_refused(Load& load, const std::optional<Refusal>& refusal) {
-    std::fputs(load.said.c_str(), stderr);
-    load.said.clear();
+    if (!load.said.empty()) {
+        std::fputs(load.said.c_str(), stderr);
+        load.said.clear();
+    }
     if (refusal) {
         print_refusal(*refusal);
         std::exit(EXIT_FAILURE);

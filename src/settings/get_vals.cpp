@@ -23,8 +23,7 @@ std::optional<std::string> get_vals(const char* file, const char* section, const
     if (!row || row->show == NoRule) {
         return std::nullopt;
     }
-    const Rule& rule = rule_of(row->show);
-    return rule.kind->show({rule, variable_of(*row), written});
+    return kind_of(row->show).show({manner_of(row->show), variable_of(*row), written});
 }
 
 } // namespace ov

@@ -56,12 +56,12 @@ enum class Verdict : std::uint8_t {
     MemoryExhausted,
 };
 
-struct Rule;
+struct Manner;
 struct Load;
 
-// A value, the setting that it is for, and the rule that it has to follow.
+// A value, the setting that it is for, and what the row wants of it.
 struct Value {
-    const Rule& rule;
+    const Manner& manner;
     Variable variable;
     const std::string& text; // empty when the key is absent
 };
@@ -75,7 +75,7 @@ struct Loading : Value {
 
 using Shown = std::optional<std::string>;
 
-// How the manual speaks of a kind. In braces stands what the rule of a row puts in: {bounds},
+// How the manual speaks of a kind. In braces stands what the row puts in: {bounds},
 // {range}, {words}, {separators}, {longest}, {unit}, and the keys of its other settings, {first}
 // and {second}. Null: the kind is not for that column.
 struct Words {
@@ -100,18 +100,23 @@ struct Kind {
 inline constexpr std::int64_t NoBound = std::numeric_limits<std::int64_t>::max();
 inline constexpr std::uint16_t NoLength = std::numeric_limits<std::uint16_t>::max();
 
-// A kind, and how a row wants it.
-struct Rule {
-    const Kind* kind = nullptr; // null: the row has none for the column
+// How a row wants its kind.
+struct Manner {
     std::int64_t lowest = std::numeric_limits<std::int64_t>::min();
     std::int64_t highest = NoBound;
     std::uint16_t longest = NoLength; // in characters
     std::int8_t table = -1;           // of the value's words
     std::uint8_t mode = LineMode;     // of the lookup
-    bool option = false;              // what the kind's argument turns on
     std::array<char, 3> characters{}; // separators, a unit, punctuation
     Other first = {};
     Other second = {};
+
+    bool operator==(const Manner&) const = default;
+};
+
+struct Rule {
+    const Kind* kind = nullptr; // null: the row has nothing in the column
+    Manner manner = {};
 
     bool operator==(const Rule&) const = default;
 };

@@ -37,17 +37,17 @@ Type& setting(const Value& value) {
     return *std::get<Type*>(value.variable);
 }
 
-// The other setting that the rule works with.
+// The other setting that the row names.
 template <class Type>
 Type& other(const Other& member) {
     return settings.*std::get<Type Settings::*>(member);
 }
 inline const Text& base_of(const Value& value) {
-    return other<Text>(value.rule.first);
+    return other<Text>(value.manner.first);
 }
 
 inline const char* separators_of(const Value& value) {
-    return value.rule.characters.data();
+    return value.manner.characters.data();
 }
 
 // The number in an integer setting of any type.
@@ -158,13 +158,13 @@ inline constexpr Kind Boolean{.words = {"boolean", TheSame, "true or false"},
                               .check = is_boolean,
                               .show = show_boolean};
 constexpr Rule boolean() {
-    return {.kind = &Boolean, .mode = TokenMode};
+    return {&Boolean, {.mode = TokenMode}};
 }
 
 // A decimal number; text behind it, or instead of it, is overlooked (no digits: 0).
 inline Verdict load_integer(const Loading& value) {
     const std::optional<std::int64_t> number = number_at(value.text);
-    const bool within = number && *number >= value.rule.lowest && *number <= value.rule.highest;
+    const bool within = number && *number >= value.manner.lowest && *number <= value.manner.highest;
     return within ? store(value, number) : Verdict::Invalid;
 }
 inline constexpr Kind Integer{.words = {"number|{bounds}", nullptr, "number"},
@@ -173,7 +173,7 @@ inline constexpr Kind Integer{.words = {"number|{bounds}", nullptr, "number"},
                               .show = show_number};
 constexpr Rule integer(std::int64_t lowest = std::numeric_limits<std::int64_t>::min(),
                        std::int64_t highest = NoBound) {
-    return {.kind = &Integer, .lowest = lowest, .highest = highest};
+    return {&Integer, {.lowest = lowest, .highest = highest}};
 }
 
 // The same, for a setting without a sign up to its largest number.
@@ -196,7 +196,7 @@ inline constexpr Kind Integer64{.words = {"number|{range}", nullptr, "number"},
                                 .load = load_integer64,
                                 .show = show_number};
 constexpr Rule integer64() {
-    return {.kind = &Integer64};
+    return {&Integer64};
 }
 
 // A number with base prefixes that the setting can hold; text without digits is 0. In the main file
@@ -206,7 +206,7 @@ inline Verdict load_number(const Loading& value) {
 }
 inline bool is_number(const Value& value) {
     const std::optional<std::int64_t> number = number_at(value.text, 0);
-    return number && *number >= value.rule.lowest && fits(value.variable, *number);
+    return number && *number >= value.manner.lowest && fits(value.variable, *number);
 }
 inline constexpr Kind Number{
     .words = {"number", "number (0x in front passes, too, but loads as 0)", "number"},
@@ -219,16 +219,16 @@ inline constexpr Kind PositiveNumber{
     .types = Numbers,
     .check = is_number};
 constexpr Rule number() {
-    return {.kind = &Number};
+    return {&Number};
 }
 constexpr Rule number_not_negative() {
-    return {.kind = &PositiveNumber, .lowest = 0};
+    return {&PositiveNumber, {.lowest = 0}};
 }
 
 // A number made of decimal digits only, at most `longest` of them.
 inline std::optional<std::int64_t> digits_in(const Value& value) {
-    return value.text.size() <= value.rule.longest
-               ? decimal_within(value.text, value.rule.lowest, value.rule.highest)
+    return value.text.size() <= value.manner.longest
+               ? decimal_within(value.text, value.manner.lowest, value.manner.highest)
                : std::nullopt;
 }
 inline Verdict load_digits(const Loading& value) {
@@ -244,7 +244,7 @@ inline constexpr Kind Digits{.words = {"digits|{bounds}", TheSame, "number"},
                              .show = show_number};
 constexpr Rule digits(std::int64_t lowest = 0, std::int64_t highest = NoBound,
                       std::uint16_t longest = NoLength) {
-    return {.kind = &Digits, .lowest = lowest, .highest = highest, .longest = longest};
+    return {&Digits, {.lowest = lowest, .highest = highest, .longest = longest}};
 }
 
 // Digits, however many: what is loaded may still be too large.
@@ -254,7 +254,7 @@ inline bool are_all_digits(const Value& value) {
 inline constexpr Kind AllDigits{
     .words = {nullptr, "digits", nullptr}, .types = Numbers, .check = are_all_digits};
 constexpr Rule all_digits() {
-    return {.kind = &AllDigits};
+    return {&AllDigits};
 }
 
 // Digits from 0 to `highest`; the empty text leaves the setting as it is.
@@ -266,7 +266,7 @@ inline constexpr Kind Limit{.words = {"limit", nullptr, "number"},
                             .load = load_limit,
                             .show = show_number};
 constexpr Rule limit(std::int64_t highest) {
-    return {.kind = &Limit, .lowest = 0, .highest = highest};
+    return {&Limit, {.lowest = 0, .highest = highest}};
 }
 
 // Digits only, within two other settings as they stand.
@@ -277,8 +277,8 @@ inline std::int64_t bound_in(const Other& member) {
     return settings.*std::get<long Settings::*>(member);
 }
 inline std::optional<std::int64_t> number_within(const Value& value) {
-    return decimal_within(value.text, std::max<std::int64_t>(bound_in(value.rule.first), 0),
-                          bound_in(value.rule.second));
+    return decimal_within(value.text, std::max<std::int64_t>(bound_in(value.manner.first), 0),
+                          bound_in(value.manner.second));
 }
 inline Verdict load_within(const Loading& value) {
     return store(value, number_within(value));
@@ -294,19 +294,19 @@ inline constexpr Kind Within{.words = {"digits|from {first} to {second}",
                              .show = show_number};
 template <class Bound>
 constexpr Rule within(Bound Settings::*low, Bound Settings::*high) {
-    return {.kind = &Within, .first = low, .second = high};
+    return {&Within, {.first = low, .second = high}};
 }
 
 // A word of a value table.
 inline Verdict load_word(const Loading& value) {
-    const int number = val_vtab(value.rule.table, value.text);
+    const int number = val_vtab(value.manner.table, value.text);
     return number == -1 ? Verdict::Invalid : store(value, number);
 }
 inline bool is_word(const Value& value) {
-    return val_vtab(value.rule.table, value.text) >= 0;
+    return val_vtab(value.manner.table, value.text) >= 0;
 }
 inline Shown show_word(const Value& value) {
-    const char* word = str_vtab(value.rule.table, static_cast<int>(number_in(value.variable)));
+    const char* word = str_vtab(value.manner.table, static_cast<int>(number_in(value.variable)));
     return word ? Shown(word) : std::nullopt;
 }
 inline constexpr Kind Word{.words = {"word|{words}", TheSame, "word"},
@@ -315,7 +315,7 @@ inline constexpr Kind Word{.words = {"word|{words}", TheSame, "word"},
                            .check = is_word,
                            .show = show_word};
 constexpr Rule word(Table table) {
-    return {.kind = &Word, .table = static_cast<std::int8_t>(table)};
+    return {&Word, {.table = static_cast<std::int8_t>(table)}};
 }
 
 // Which addresses of a message a filter looks at.
@@ -324,7 +324,7 @@ inline constexpr Kind Selection{.words = {"selection", nullptr, "word"},
                                 .load = load_word,
                                 .show = show_word};
 constexpr Rule selection() {
-    return {.kind = &Selection, .table = AddrSelectTable};
+    return {&Selection, {.table = AddrSelectTable}};
 }
 
 // A word of the table of levels, or a number from 0 to NoLevel.
@@ -344,7 +344,7 @@ inline constexpr Kind Level{
     .check = is_level,
     .show = show_level};
 constexpr Rule level() {
-    return {.kind = &Level, .lowest = 0, .highest = NoLevel, .table = LogLevelTable};
+    return {&Level, {.lowest = 0, .highest = NoLevel, .table = LogLevelTable}};
 }
 
 // The same without the words for the weak and the strong level.
@@ -355,17 +355,17 @@ inline constexpr Kind NoneOrNumber{.words = {nullptr, "level: none, or 0 to 9999
                                    .types = Numbers,
                                    .check = is_none_or_number};
 constexpr Rule none_or_number() {
-    return {.kind = &NoneOrNumber, .lowest = 0, .highest = NoLevel};
+    return {&NoneOrNumber, {.lowest = 0, .highest = NoLevel}};
 }
 
 // A size in bytes; without a unit `unit` is meant.
 inline Verdict load_bytes(const Loading& value) {
     const std::int64_t size =
-        value.text.empty() ? -1 : conv_byte(value.text, value.rule.characters[0]);
+        value.text.empty() ? -1 : conv_byte(value.text, value.manner.characters[0]);
     return size >= 0 ? store(value, size) : Verdict::Invalid;
 }
 inline bool is_bytes(const Value& value) {
-    return conv_byte(value.text, value.rule.characters[0]) >= 0;
+    return conv_byte(value.text, value.manner.characters[0]) >= 0;
 }
 // 1572864 as "1M512K".
 inline Shown show_byte_size(const Value& value) {
@@ -389,7 +389,7 @@ inline constexpr Kind Bytes{.words = {"size|in bytes; without a unit: {unit}",
                             .check = is_bytes,
                             .show = show_byte_size};
 constexpr Rule bytes(char unit = 'K') {
-    return {.kind = &Bytes, .characters = {unit}};
+    return {&Bytes, {.characters = {unit}}};
 }
 
 // A size in kilobytes; without a unit megabytes are meant.
@@ -407,7 +407,7 @@ inline constexpr Kind Kilobytes{
     .check = is_kilobytes,
     .show = show_number};
 constexpr Rule kilobytes() {
-    return {.kind = &Kilobytes};
+    return {&Kilobytes};
 }
 
 // Kilobytes that are to stay free on the file system of a directory, for `blocks` also in its
@@ -419,7 +419,7 @@ inline Verdict load_min_free(const Loading& value) {
         return verdict;
     }
     const char* directory = base_of(value).c_str();
-    long& blocks = other<long>(value.rule.second);
+    long& blocks = other<long>(value.manner.second);
     long block = 0;
     if (directory && freeblocks(directory, &block) >= 0 && block > 0) {
         blocks = std::max<long>(size / block + 1, 1);
@@ -444,19 +444,19 @@ inline constexpr Kind MinFree{
     .check = is_kilobytes,
     .show = show_number};
 constexpr Rule min_free(Text Settings::*directory, long Settings::*blocks) {
-    return {.kind = &MinFree, .first = directory, .second = blocks};
+    return {&MinFree, {.first = directory, .second = blocks}};
 }
 
 // Other forms in which a number is shown.
 inline constexpr Kind AsNumber{
     .words = {nullptr, nullptr, "number"}, .types = Numbers, .show = show_number};
 constexpr Rule as_number() {
-    return {.kind = &AsNumber};
+    return {&AsNumber};
 }
 inline constexpr Kind AsByteSize{
     .words = {nullptr, nullptr, "size with units"}, .types = Numbers, .show = show_byte_size};
 constexpr Rule as_byte_size() {
-    return {.kind = &AsByteSize};
+    return {&AsByteSize};
 }
 inline std::string hex_number(const char* format, std::int64_t number) {
     std::array<char, 32> text{};
@@ -470,7 +470,7 @@ inline constexpr Kind AsHexCode{.words = {nullptr, nullptr, "0x and eight hexade
                                 .types = Numbers,
                                 .show = show_hex_code};
 constexpr Rule as_hex_code() {
-    return {.kind = &AsHexCode};
+    return {&AsHexCode};
 }
 inline Shown show_hex(const Value& value) {
     return hex_number("%0x", number_in(value.variable));
@@ -478,7 +478,7 @@ inline Shown show_hex(const Value& value) {
 inline constexpr Kind AsHex{
     .words = {nullptr, nullptr, "hexadecimal digits"}, .types = Numbers, .show = show_hex};
 constexpr Rule as_hex() {
-    return {.kind = &AsHex};
+    return {&AsHex};
 }
 
 // ---- Texts
@@ -491,7 +491,7 @@ inline Verdict load_text(const Loading& value) {
 inline constexpr Kind PlainText{
     .words = {"text", nullptr, "text"}, .types = Texts, .load = load_text, .show = show_text};
 constexpr Rule text() {
-    return {.kind = &PlainText};
+    return {&PlainText};
 }
 
 inline bool is_anything(const Value&) {
@@ -499,7 +499,7 @@ inline bool is_anything(const Value&) {
 }
 inline constexpr Kind Anything{.words = {nullptr, "anything", nullptr}, .check = is_anything};
 constexpr Rule anything() {
-    return {.kind = &Anything};
+    return {&Anything};
 }
 
 // A text without a blank.
@@ -509,12 +509,12 @@ inline bool is_one_word(const Value& value) {
 inline constexpr Kind OneWord{
     .words = {nullptr, "text without a blank", nullptr}, .types = Texts, .check = is_one_word};
 constexpr Rule one_word() {
-    return {.kind = &OneWord};
+    return {&OneWord};
 }
 
 // Any text of at most `longest` characters; the empty one unsets the setting.
 inline Verdict load_signature(const Loading& value) {
-    if (value.text.size() > value.rule.longest) {
+    if (value.text.size() > value.manner.longest) {
         value.load.said += "Signature too long: " + value.text + "\n";
         return Verdict::Invalid;
     }
@@ -530,7 +530,7 @@ inline constexpr Kind Signature{
     .load = load_signature,
     .show = show_text};
 constexpr Rule signature(std::uint16_t longest) {
-    return {.kind = &Signature, .longest = longest};
+    return {&Signature, {.longest = longest}};
 }
 
 // A date like "2008/02/31"; the empty text: none.
@@ -546,7 +546,7 @@ inline Verdict load_date(const Loading& value) {
 inline constexpr Kind Date{
     .words = {"date", nullptr, "text"}, .types = Texts, .load = load_date, .show = show_text};
 constexpr Rule date() {
-    return {.kind = &Date};
+    return {&Date};
 }
 
 // ---- Paths
@@ -594,7 +594,7 @@ inline Verdict load_path(const Loading& value) {
 inline constexpr Kind Path{
     .words = {"path", nullptr, "text"}, .types = Texts, .load = load_path, .show = show_text};
 constexpr Rule path() {
-    return {.kind = &Path};
+    return {&Path};
 }
 
 // A file, in EtcDirectory when it is relative. The default is taken there in any case.
@@ -614,7 +614,7 @@ inline constexpr Kind File{.words = {"file|relative: in {first}", nullptr, "text
                            .absent = default_file,
                            .show = show_text};
 constexpr Rule file() {
-    return {.kind = &File, .first = &Settings::EtcDirectory};
+    return {&File, {.first = &Settings::EtcDirectory}};
 }
 
 // The same, but only an absolute path will do.
@@ -627,7 +627,7 @@ inline constexpr Kind FullFile{.words = {"file|with its full path", nullptr, "te
                                .absent = default_file,
                                .show = show_text};
 constexpr Rule full_file() {
-    return {.kind = &FullFile, .first = &Settings::EtcDirectory};
+    return {&FullFile, {.first = &Settings::EtcDirectory}};
 }
 
 inline std::optional<std::string> directory_path(const Value& value, const char* name) {
@@ -658,7 +658,7 @@ inline constexpr Kind Directory{.words = {"directory|relative: under {first}", n
                                 .absent = default_directory,
                                 .show = show_text};
 constexpr Rule directory(Text Settings::*base) {
-    return {.kind = &Directory, .first = base};
+    return {&Directory, {.first = base}};
 }
 
 // The same, and made when it is missing. Another load may be making it at the same time.
@@ -678,7 +678,7 @@ inline constexpr Kind CreatedDirectory{
     .absent = default_directory,
     .show = show_text};
 constexpr Rule created_directory(Text Settings::*base) {
-    return {.kind = &CreatedDirectory, .first = base};
+    return {&CreatedDirectory, {.first = base}};
 }
 
 // The same with an absolute path.
@@ -695,7 +695,7 @@ inline constexpr Kind FullDirectory{.words = {"directory|with its full path", nu
                                     .load = load_full_directory,
                                     .show = show_text};
 constexpr Rule full_directory() {
-    return {.kind = &FullDirectory};
+    return {&FullDirectory};
 }
 
 // A directory under RootDirectory; given empty, there is none. The auxiliary readers want it to
@@ -715,7 +715,7 @@ inline constexpr Kind TemplateFolder{
     .absent = default_directory,
     .show = show_text};
 constexpr Rule template_directory() {
-    return {.kind = &TemplateFolder, .first = &Settings::RootDirectory};
+    return {&TemplateFolder, {.first = &Settings::RootDirectory}};
 }
 
 // What a check wants to exist: a program with its arguments, a program, a directory of a queue.
@@ -728,7 +728,7 @@ inline constexpr Kind Command{
     .types = Texts,
     .check = is_command};
 constexpr Rule command() {
-    return {.kind = &Command};
+    return {&Command};
 }
 
 inline bool is_program(const Value& value) {
@@ -738,7 +738,7 @@ inline constexpr Kind Program{.words = {nullptr, "existing program with its full
                               .types = Texts,
                               .check = is_program};
 constexpr Rule program() {
-    return {.kind = &Program};
+    return {&Program};
 }
 
 inline bool is_queue_directory(const Value& value) {
@@ -749,7 +749,7 @@ inline constexpr Kind QueueFolder{
     .types = Texts,
     .check = is_queue_directory};
 constexpr Rule queue_directory() {
-    return {.kind = &QueueFolder};
+    return {&QueueFolder};
 }
 
 // A program without arguments, or anything that is no absolute path.
@@ -761,7 +761,7 @@ inline constexpr Kind ListProgram{
     .types = Texts,
     .check = is_list_program};
 constexpr Rule list_program() {
-    return {.kind = &ListProgram};
+    return {&ListProgram};
 }
 
 inline bool is_existing_directory(const Value& value) {
@@ -771,7 +771,7 @@ inline constexpr Kind ExistingDirectory{.words = {nullptr, "existing directory",
                                         .types = Texts,
                                         .check = is_existing_directory};
 constexpr Rule existing_directory() {
-    return {.kind = &ExistingDirectory};
+    return {&ExistingDirectory};
 }
 
 // No settings have been loaded when this is checked: the base may still be a relative one.
@@ -784,7 +784,7 @@ inline constexpr Kind DirectoryUnder{
     .types = Texts,
     .check = is_directory_under};
 constexpr Rule directory_under(Text Settings::*base) {
-    return {.kind = &DirectoryUnder, .first = base};
+    return {&DirectoryUnder, {.first = base}};
 }
 // RootDirectory itself is looked up for a check.
 inline constexpr Kind DirectoryUnderRoot{
@@ -792,7 +792,7 @@ inline constexpr Kind DirectoryUnderRoot{
     .types = Texts,
     .check = is_directory_under};
 constexpr Rule directory_under_root() {
-    return {.kind = &DirectoryUnderRoot, .first = &Settings::RootDirectory};
+    return {&DirectoryUnderRoot, {.first = &Settings::RootDirectory}};
 }
 
 inline bool are_directories(const Value& value) {
@@ -803,7 +803,7 @@ inline constexpr Kind Directories{.words = {nullptr, "existing directories, {sep
                                   .types = Texts,
                                   .check = are_directories};
 constexpr Rule directories() {
-    return {.kind = &Directories, .characters = characters(":")};
+    return {&Directories, {.characters = characters(":")}};
 }
 
 // Writable, and not directories only.
@@ -821,7 +821,7 @@ inline constexpr Kind Devices{
     .types = Texts,
     .check = are_devices};
 constexpr Rule devices() {
-    return {.kind = &Devices, .characters = characters(":")};
+    return {&Devices, {.characters = characters(":")}};
 }
 
 inline bool is_template_file(const Value& value) {
@@ -832,7 +832,7 @@ inline constexpr Kind TemplateFile{
     .types = Texts,
     .check = is_template_file};
 constexpr Rule template_file() {
-    return {.kind = &TemplateFile};
+    return {&TemplateFile};
 }
 
 inline bool is_keyword_set(const Value& value) {
@@ -844,7 +844,7 @@ inline constexpr Kind KeywordSet{
     .types = Texts,
     .check = is_keyword_set};
 constexpr Rule keyword_set() {
-    return {.kind = &KeywordSet};
+    return {&KeywordSet};
 }
 
 inline bool is_mime_type_set(const Value& value) {
@@ -856,7 +856,7 @@ inline constexpr Kind MimeTypeSet{
     .types = Texts,
     .check = is_mime_type_set};
 constexpr Rule mime_type_set() {
-    return {.kind = &MimeTypeSet};
+    return {&MimeTypeSet};
 }
 
 // ---- Lists
@@ -874,14 +874,14 @@ inline constexpr Kind Words{.words = {"words|{separators}", nullptr, nullptr},
                             .types = type_of<WordList>(),
                             .load = load_words};
 constexpr Rule words(const char* separators) {
-    return {.kind = &Words, .characters = characters(separators)};
+    return {&Words, {.characters = characters(separators)}};
 }
 
 // Names of groups.
 inline constexpr Kind Names{
     .words = {"names", nullptr, nullptr}, .types = type_of<WordList>(), .load = load_words};
 constexpr Rule names() {
-    return {.kind = &Names, .characters = characters(":")};
+    return {&Names, {.characters = characters(":")}};
 }
 
 // Names of sets; the empty text: none.
@@ -895,7 +895,7 @@ inline Verdict load_sets(const Loading& value) {
 inline constexpr Kind Sets{
     .words = {"names", nullptr, nullptr}, .types = type_of<WordList>(), .load = load_sets};
 constexpr Rule sets() {
-    return {.kind = &Sets, .characters = characters(":")};
+    return {&Sets, {.characters = characters(":")}};
 }
 
 // Domains. When none is given and programs and directories are checked, the host's own domain,
@@ -953,7 +953,7 @@ inline constexpr Kind InternalDomainList{
     .check = are_domains,
     .show = show_internal_domains};
 constexpr Rule internal_domains() {
-    return {.kind = &InternalDomainList, .characters = characters("&:")};
+    return {&InternalDomainList, {.characters = characters("&:")}};
 }
 
 // Conditions on IP addresses.
@@ -981,7 +981,7 @@ inline constexpr Kind IpConditionList{
     .check = are_networks,
     .show = show_conditions};
 constexpr Rule ip_conditions() {
-    return {.kind = &IpConditionList, .characters = characters(":")};
+    return {&IpConditionList, {.characters = characters(":")}};
 }
 
 // At most MaxAddressList mail addresses; both not looked at with RC_NOCHECK. `punctuation` is what
@@ -999,7 +999,7 @@ inline Verdict load_addresses(const Loading& value) {
         for (const std::string& word : *words) {
             if (!isvalid_address(word.c_str(), AddressPlain)) {
                 value.load.said += std::string("Invalid mail address") +
-                                   value.rule.characters.data() + " \"" + word + "\"\n";
+                                   value.manner.characters.data() + " \"" + word + "\"\n";
                 return Verdict::Invalid;
             }
         }
@@ -1051,7 +1051,7 @@ inline constexpr Kind MailAddresses{
     .check = are_addresses,
     .show = show_addresses};
 constexpr Rule addresses(const char* punctuation) {
-    return {.kind = &MailAddresses, .characters = characters(punctuation)};
+    return {&MailAddresses, {.characters = characters(punctuation)}};
 }
 
 // Clears the list and gives each word of `text` to `read`, which says whether it is valid, with a
@@ -1109,7 +1109,7 @@ inline bool is_marker(std::string_view word) {
 }
 inline Verdict load_server_list(const Loading& value, bool markers_allowed) {
     const Verdict verdict =
-        fill(other<ServerList>(value.rule.first), value.text, separators_of(value),
+        fill(other<ServerList>(value.manner.first), value.text, separators_of(value),
              [markers_allowed](const std::string& word, SVRLIST& server) {
                  return read_server(word, markers_allowed, server);
              });
@@ -1131,7 +1131,7 @@ inline bool are_servers(const Value& value) {
 inline constexpr Kind Servers{
     .words = {"servers", nullptr, "text"}, .types = Texts, .load = load_servers, .show = show_text};
 constexpr Rule servers(ServerList Settings::*list) {
-    return {.kind = &Servers, .characters = characters(" "), .first = list};
+    return {&Servers, {.characters = characters(" "), .first = list}};
 }
 inline constexpr Kind ServersAndMarkers{
     .words = {R"(servers|"_MSP_" and "_CMD_" may be among them)",
@@ -1141,19 +1141,19 @@ inline constexpr Kind ServersAndMarkers{
     .check = are_servers,
     .show = show_text};
 constexpr Rule servers_and_markers(ServerList Settings::*list) {
-    return {.kind = &ServersAndMarkers, .characters = characters(" "), .first = list};
+    return {&ServersAndMarkers, {.characters = characters(" "), .first = list}};
 }
 
 // "host" or "host:port"; of a longer value the first `longest` characters count.
 inline bool is_host_port(const Value& value) {
-    return isvalid_hostport(value.text.substr(0, value.rule.longest));
+    return isvalid_hostport(value.text.substr(0, value.manner.longest));
 }
 inline constexpr Kind HostPort{
     .words = {nullptr, R"("host" or "host:port", of which {longest} characters count)", nullptr},
     .types = Texts,
     .check = is_host_port};
 constexpr Rule host_port(std::uint16_t longest) {
-    return {.kind = &HostPort, .longest = longest};
+    return {&HostPort, {.longest = longest}};
 }
 
 // At most eight names.
@@ -1179,7 +1179,7 @@ inline constexpr Kind UserGroup{
     .load = load_user_group,
     .show = show_user_group};
 constexpr Rule user_group() {
-    return {.kind = &UserGroup, .characters = characters(":")};
+    return {&UserGroup, {.characters = characters(":")}};
 }
 
 // ---- Steps: what takes more than one key

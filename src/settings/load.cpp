@@ -46,8 +46,7 @@ void print_invalid(const Refusal& refusal) {
 }
 
 // Loads a value that has been found, or does what is done without one.
-Verdict load_value(const Loading& loading, bool found) {
-    const Kind& kind = *loading.rule.kind;
+Verdict load_value(const Kind& kind, const Loading& loading, bool found) {
     const auto function = found ? kind.load : kind.absent;
     return function ? function(loading) : Verdict::Taken;
 }
@@ -86,19 +85,26 @@ std::optional<Refusal> load_rows(Load& load, const Snapshot& snapshot, Reader re
         if (!is_open(row.gate, load.mask, reader)) {
             continue;
         }
-        const Rule& rule = rule_of(row.load);
+        const Kind& kind = kind_of(row.load);
+        const bool step = is_step(row);
+        if (!step && !kind.absent && !snapshot.has(number_of(row))) {
+            scan_linenumber = 0; // as after a lookup
+            continue;
+        }
+        const Manner& manner = manner_of(row.load);
         const char* section = section_of(row);
         value.clear();
         Verdict verdict = Verdict::MemoryExhausted;
         try {
-            const bool found = is_step(row) || snapshot.lookup(number_of(row), section, key_of(row),
-                                                               value, rule.mode) == 0;
-            verdict = load_value({{rule, variable_of(row), value}, load, reader, section}, found);
+            const bool found = step || snapshot.lookup(number_of(row), section, key_of(row), value,
+                                                       manner.mode) == 0;
+            verdict =
+                load_value(kind, {{manner, variable_of(row), value}, load, reader, section}, found);
         } catch (const std::bad_alloc&) {
         }
         if (verdict != Verdict::Taken) {
             return Refusal{verdict,         reader,  load.file,
-                           scan_linenumber, section, is_step(row) ? nullptr : key_of(row),
+                           scan_linenumber, section, step ? nullptr : key_of(row),
                            std::move(value)};
         }
     }
@@ -140,19 +146,20 @@ std::optional<Refusal> load_rights(Load& load, const Snapshot& snapshot, const c
         if (!is_read(right, rank)) {
             continue;
         }
-        const Rule& rule = rule_of(row.load);
+        const Manner& manner = manner_of(row.load);
         const char* key = key_of(row);
         bool found =
-            snapshot.lookup(number_of(right, section), section, key, value, rule.mode) == 0;
+            snapshot.lookup(number_of(right, section), section, key, value, manner.mode) == 0;
         if (!found && right == Right::ExcludeGroup) {
             key = OldExcludeGroup;
             found = snapshot.lookup(number_of_old_exclude_group(section), section, key, value,
-                                    rule.mode) == 0;
+                                    manner.mode) == 0;
         }
         Verdict verdict = Verdict::MemoryExhausted;
         try {
             verdict = load_value(
-                {{rule, variable_of(row, rank), value}, load, RightsReader, section}, found);
+                kind_of(row.load),
+                {{manner, variable_of(row, rank), value}, load, RightsReader, section}, found);
         } catch (const std::bad_alloc&) {
         }
         if (verdict != Verdict::Taken) {
