@@ -1,8 +1,8 @@
 #include "addr/addr_grp.h"
-#include "util/util_settings.h"
 #include "settings/settings.h"
 #include "support.h"
 #include "util/log.h"
+#include "util/util_settings.h"
 
 #include <gtest/gtest.h>
 #include <random>
@@ -15,7 +15,7 @@ class AddrGrp : public testing::Test {
   protected:
     AddrGrp() {
         std::filesystem::create_directory(dir.path("logs"));
-        services.log_directory = dir.path("logs");
+        services.log_directory.set(dir.path("logs"));
         log_init();
         ProgName = "tool";
         Group_Dir.set(dir.path());

@@ -18,7 +18,7 @@ class Log : public testing::Test {
   protected:
     Log() {
         ::umask(022);
-        services.log_directory = dir.path("logs"); // without the "/" at its end
+        services.log_directory.set(dir.path("logs")); // without the "/" at its end
         std::filesystem::create_directory(dir.path("logs"));
         services.log_owner = ::getuid();
         services.log_group = ::getgid();
@@ -47,7 +47,7 @@ TEST_F(Log, NothingIsCreatedButTheDailyFile) {
     };
     write(); // logging has not been started
     EXPECT_TRUE(std::filesystem::is_empty(dir.path("logs")));
-    services.log_directory = dir.path("none/");
+    services.log_directory.set(dir.path("none/"));
     log_init();
     write();
     EXPECT_EQ(dir.names(), std::vector<std::string>{"logs"});

@@ -137,7 +137,7 @@ TEST(Lookup, FetchReadsAFileAndNamesOneItCannotOpen) {
 
 TEST(Lookup, FoundEntriesAreLoggedForDebugging) {
     const test::TempDir dir;
-    services.log_directory = dir.path();
+    services.log_directory.set(dir.path());
     log_init();
     const auto look_up_with = [](unsigned facility, int level) {
         services.facility = facility;

@@ -45,7 +45,7 @@ TEST(Util, LocksExcludeOtherProcesses) {
 
 TEST(Util, AFailedLockIsLogged) {
     const test::TempDir dir;
-    services.log_directory = dir.path();
+    services.log_directory.set(dir.path());
     log_init();
     services.level = 1;
     EXPECT_EQ(lockfile(-1, 6), -1);

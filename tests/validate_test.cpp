@@ -1,8 +1,8 @@
-#include "util/util_settings.h"
 #include "settings/settings.h"
 #include "settings/validate.h"
 #include "support.h"
 #include "util/log.h"
+#include "util/util_settings.h"
 
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
@@ -31,7 +31,7 @@ TEST(Validate, IpAddresses) {
 
 TEST(Validate, ConditionsOfAList) {
     const test::TempDir dir;
-    services.log_directory = dir.path();
+    services.log_directory.set(dir.path());
     log_init();
     ProgName = "tool";
     const std::tuple<const char*, const char*, const char*> conditions[] = {

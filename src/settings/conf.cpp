@@ -18,15 +18,15 @@ namespace {
 
 // Tells logging and the system services what has been loaded.
 void equip_services() {
-    services = {.facility = LogFacility,
-                .level = LogLevel,
-                .log_option = SystemLogOption,
-                .log_mode = LogPerm,
-                .log_owner = Log_uid,
-                .log_group = Log_gid,
-                .log_directory = std::string(LogDirectory.view()),
-                .alternate_host_id = AlternateHostID,
-                .no_core = DBG_NoCore != 0};
+    services.facility = LogFacility;
+    services.level = LogLevel;
+    services.log_option = SystemLogOption;
+    services.log_mode = LogPerm;
+    services.log_owner = Log_uid;
+    services.log_group = Log_gid;
+    services.log_directory.set(LogDirectory.view());
+    services.alternate_host_id = AlternateHostID;
+    services.no_core = DBG_NoCore != 0;
 }
 
 Configuration open_or_end(const char* file) {

@@ -206,7 +206,7 @@ void log_init() {
     }
     host_id = services.alternate_host_id;
     log_initialized = 1;
-    logfile = services.log_directory;
+    logfile = services.log_directory.view();
     if (!logfile.empty()) { // without a directory logging stays silent
         logfile += logfile.back() == '/' ? "log" : "/log";
         logfile.resize(std::min(logfile.size(), MaxPath));

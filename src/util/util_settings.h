@@ -1,7 +1,8 @@
 // What logging and the system services are told by whoever has loaded the settings.
 #pragma once
 
-#include <string>
+#include "util/text.h"
+
 #include <sys/types.h>
 
 namespace ov {
@@ -13,7 +14,7 @@ struct ServiceSettings {
     int log_mode = 0666;                 // of a new log file
     uid_t log_owner = 0;                 // of the log file
     gid_t log_group = 0;                 //
-    std::string log_directory;           // where the daily log is kept
+    Text log_directory;                  // where the daily log is kept
     unsigned long alternate_host_id = 0; // to use instead of the system's; 0: none
     bool no_core = true;                 // core files are forbidden
 };
