@@ -183,36 +183,36 @@ TEST(Edit, FailingSystemCalls) {
     };
     struct Case {
         File file;
-        const char* call;
         int error;
+        const char* call;
         Outcome modified;
         Outcome deleted;
         int left;
     };
     // clang-format off
     const Case cases[] = {
-        {Conf, "open+", 13, {"cannot open: CONF (13)", ""}, {"cannot open: CONF", ""}, Untouched},
-        {Conf, "fcntl+", 13, {"cannot lock: CONF", ""}, {"cannot lock: CONF", ""}, Untouched},
-        {Conf, "read+", 5, {"read error: CONF", "read error: CONF (5)"}, {"read error: CONF", "read error: CONF (5)"}, Untouched},
-        {Temp, "mkstemp", 13, {"cannot create tmp file: TEMP", ""}, {"cannot create tmp file: TEMP", "cannot create tmp file: TEMP (13)"}, Untouched},
-        {Temp, "fdopen", 12, {"cannot open tmp file: TEMP", ""}, {"cannot open tmp file: TEMP", "cannot open tmp file: TEMP (12)\n"}, Untouched | WithTemporary},
-        {Temp, "fwrite", 28, {"", ""}, {"", ""}, Untouched},
-        {Temp, "fflush", 28, {"", ""}, {"", ""}, Untouched},
-        {Temp, "fdatasync", 5, {"", ""}, {"", ""}, Untouched},
-        {Temp, "fclose", 28, {"", ""}, {"", ""}, Untouched},
-        {Conf, "open>", 13, {"cannot open: CONF", "cannot open: CONF (13)"}, {"cannot open: CONF", "cannot open: CONF (13)"}, Untouched | WithTemporary},
-        {Conf, "ftruncate", 5, {"cannot open: CONF", "cannot open: CONF (5)"}, {"cannot open: CONF", "cannot open: CONF (5)"}, Untouched | WithTemporary},
-        {Conf, "fcntl>", 11, {"cannot lock: CONF", "cannot lock: CONF (11)"}, {"cannot lock: CONF", "cannot lock: CONF (11)"}, Emptied},
-        {Temp, "open<", 24, {"cannot open: TEMP", "cannot open: TEMP (24)"}, {"cannot open: TEMP", "cannot open: TEMP (24)"}, Emptied},
-        {Temp, "read<", 5, {"read error: CONF", "read error CONF (5)"}, {"read error: TEMP", "read error: TEMP (5)"}, Emptied},
-        {Conf, "write>", 28, {"write error: TEMP", "write error: TEMP (28)"}, {"write error: TEMP", "write error: TEMP (28)"}, Emptied},
-        {Conf, "fdatasync", 5, {"write error: TEMP", "write error: TEMP (5)"}, {"write error: TEMP", "write error: TEMP (5)"}, Changed | WithTemporary},
-        {Conf, "close>", 28, {"write error: TEMP", "write error: TEMP (28)"}, {"write error: TEMP", "write error: TEMP (28)"}, Changed | WithTemporary},
+        {Conf, 13, "open+", {"cannot open: CONF (13)", ""}, {"cannot open: CONF", ""}, Untouched},
+        {Conf, 13, "fcntl+", {"cannot lock: CONF", ""}, {"cannot lock: CONF", ""}, Untouched},
+        {Conf, 5, "read+", {"read error: CONF", "read error: CONF (5)"}, {"read error: CONF", "read error: CONF (5)"}, Untouched},
+        {Temp, 13, "mkstemp", {"cannot create tmp file: TEMP", ""}, {"cannot create tmp file: TEMP", "cannot create tmp file: TEMP (13)"}, Untouched},
+        {Temp, 12, "fdopen", {"cannot open tmp file: TEMP", ""}, {"cannot open tmp file: TEMP", "cannot open tmp file: TEMP (12)\n"}, Untouched | WithTemporary},
+        {Temp, 28, "fwrite", {"", ""}, {"", ""}, Untouched},
+        {Temp, 28, "fflush", {"", ""}, {"", ""}, Untouched},
+        {Temp, 5, "fdatasync", {"", ""}, {"", ""}, Untouched},
+        {Temp, 28, "fclose", {"", ""}, {"", ""}, Untouched},
+        {Conf, 13, "open>", {"cannot open: CONF", "cannot open: CONF (13)"}, {"cannot open: CONF", "cannot open: CONF (13)"}, Untouched | WithTemporary},
+        {Conf, 5, "ftruncate", {"cannot open: CONF", "cannot open: CONF (5)"}, {"cannot open: CONF", "cannot open: CONF (5)"}, Untouched | WithTemporary},
+        {Conf, 11, "fcntl>", {"cannot lock: CONF", "cannot lock: CONF (11)"}, {"cannot lock: CONF", "cannot lock: CONF (11)"}, Emptied},
+        {Temp, 24, "open<", {"cannot open: TEMP", "cannot open: TEMP (24)"}, {"cannot open: TEMP", "cannot open: TEMP (24)"}, Emptied},
+        {Temp, 5, "read<", {"read error: CONF", "read error CONF (5)"}, {"read error: TEMP", "read error: TEMP (5)"}, Emptied},
+        {Conf, 28, "write>", {"write error: TEMP", "write error: TEMP (28)"}, {"write error: TEMP", "write error: TEMP (28)"}, Emptied},
+        {Conf, 5, "fdatasync", {"write error: TEMP", "write error: TEMP (5)"}, {"write error: TEMP", "write error: TEMP (5)"}, Changed | WithTemporary},
+        {Conf, 28, "close>", {"write error: TEMP", "write error: TEMP (28)"}, {"write error: TEMP", "write error: TEMP (28)"}, Changed | WithTemporary},
         // What is only interrupted, or cannot be done by nature, is overlooked.
-        {Conf, "fcntl+", EINTR, {}, {}, Changed}, {Conf, "fcntl>", EINVAL, {}, {}, Changed}, {Conf, "read+", EINTR, {}, {}, Changed},
-        {Temp, "fwrite", EINTR, {}, {}, Changed}, {Temp, "fdatasync", EINTR, {}, {}, Changed}, {Temp, "fdatasync", EINVAL, {}, {}, Changed},
-        {Temp, "read<", EINTR, {}, {}, Changed}, {Conf, "write>", EINTR, {}, {}, Changed}, {Conf, "fdatasync", EINVAL, {}, {}, Changed},
-        {Conf, "close+", 5, {}, {}, Changed}, {Temp, "unlink", 5, {}, {}, Changed | WithTemporary},
+        {Conf, EINTR, "fcntl+", {}, {}, Changed}, {Conf, EINVAL, "fcntl>", {}, {}, Changed}, {Conf, EINTR, "read+", {}, {}, Changed},
+        {Temp, EINTR, "fwrite", {}, {}, Changed}, {Temp, EINTR, "fdatasync", {}, {}, Changed}, {Temp, EINVAL, "fdatasync", {}, {}, Changed},
+        {Temp, EINTR, "read<", {}, {}, Changed}, {Conf, EINTR, "write>", {}, {}, Changed}, {Conf, EINVAL, "fdatasync", {}, {}, Changed},
+        {Conf, 5, "close+", {}, {}, Changed}, {Temp, 5, "unlink", {}, {}, Changed | WithTemporary},
     };
     // clang-format on
     for (const Case& c : cases) {
@@ -299,8 +299,9 @@ TEST(Edit, TheMaskOfTheCallerDoesNotCount) {
     const test::Installation gateway;
     const std::string file = gateway.dir.file("admin/taro.conf", "[Admin]\nHoldList = yes\n");
     const bool lent = gateway.lend("admin") && gateway.lend("admin/taro.conf");
-    EXPECT_EQ(test::run({"/bin/sh", "-c", "umask 0400; exec \"$@\"", "sh", OV_BIN_DIR "/ov_admconf",
-                         "-f", gateway.file, "-u", "taro", "-m", "HoldList=no"},
+    const std::string command = OV_BIN_DIR "/ov_admconf";
+    EXPECT_EQ(test::run({"/bin/sh", "-c", "umask 0400; exec \"$@\"", "sh", command, "-f",
+                         gateway.file, "-u", "taro", "-m", "HoldList=no"},
                         {.unprivileged = lent}),
               (test::Result{0, "", ""}));
     EXPECT_EQ(read_file(file), "[Admin]\nHoldList = no\n");

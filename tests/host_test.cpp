@@ -1,4 +1,7 @@
 #include "fake_host.h"
+#include "installation.h"
+#include "settings/conf.h"
+#include "settings/settings.h"
 #include "util/host.h"
 
 #include <gtest/gtest.h>
@@ -7,16 +10,25 @@ namespace ov {
 namespace {
 
 TEST(Host, RegistrableDomains) {
+    std::string domain;
+    for (const char* top : {"aero", "arpa", "biz", "com", "coop", "edu", "gov", "info", "int",
+                            "mil", "museum", "name", "net", "org", "PRO", "to", "jp"}) {
+        const std::string name = std::string("example.") + top;
+        EXPECT_EQ(get_domain("user@a.mail." + name, domain, 256), 0);
+        EXPECT_EQ(domain, name);
+    }
+    for (const char* second : {"ac", "co", "ed", "gr", "ne", "OR"}) {
+        const std::string name = std::string("example.") + second + ".jp";
+        EXPECT_EQ(get_domain("a.b." + name, domain, 256), 0);
+        EXPECT_EQ(domain, name);
+    }
     // clang-format off
     const std::pair<const char*, const char*> cases[] = {
-        {"user@mail.example.com", "example.com"}, {"a@b@c.example.com", "example.com"}, {"mail.example.COM", "example.COM"},
-        {"example.com", "example.com"}, {"a.example.museum", "example.museum"}, {"a.example.aero", "example.aero"},
-        {"a.b.example.co.jp", "example.co.jp"}, {"co.jp", "co.jp"}, {"a.example.jp", "example.jp"}, {"a.co.jp", "a.co.jp"},
-        {"example.jp", "example.jp"}, {"x.y.jp", "y.jp"}, // too short to have a second level
-        {"a.mx1.example.de", "mx1.example.de"}, {"example.de", "example.de"}, {"host.example.to", "example.to"},
+        {"a@b@c.example.com", "example.com"}, {"example.com", "example.com"}, {"co.jp", "co.jp"}, {"a.co.jp", "a.co.jp"},
+        {"x.y.jp", "y.jp"}, // too short to have a second level
+        {"a.mx1.example.de", "mx1.example.de"}, {"example.de", "example.de"},
     };
     // clang-format on
-    std::string domain;
     for (const auto& [name, expected] : cases) {
         EXPECT_EQ(get_domain(name, domain, 256), 0) << name;
         EXPECT_EQ(domain, expected) << name;
@@ -27,23 +39,30 @@ TEST(Host, RegistrableDomains) {
     EXPECT_EQ(domain, "example");
 }
 
+// The host's own domain, in the place of the one that the file lacks.
 TEST(Host, NameAndInternalDomain) {
+    const test::Installation gateway;
+    test::write_file(gateway.file, "[Directories]\nRootDirectory = " + gateway.path() + "\n");
     struct Case {
         test::FakeHost host;
         const char* name;
-        const char* domain; // empty: there is none
+        const char* domain;  // empty: there is none
+        const char* message; // of a load, behind which the file is named
     };
+    const std::string none = "cannot set default internal domain\n";
+    const std::string bad = "invalid domain name\"exa/mple.com\"\n";
     // clang-format off
     const Case cases[] = {
-        {{"mx1", "mx1.example.com", nullptr}, "mx1.example.com", "example.com"},
-        {{"mx1", "mx1", "mx1.example.net"}, "mx1.example.net", "example.net"},
-        {{"mx1", "mx1", nullptr}, "mx1", ""},
-        {{"mx1.example.org", "mx1", "mx1.example.net"}, "mx1.example.org", "example.org"},
-        {{nullptr, "localhost.localdomain", nullptr}, "localhost.localdomain", "localhost.localdomain"},
-        {{"mx1.example.org", nullptr, nullptr}, "unknown", ""},
+        {{"mx1", "mx1.example.com", nullptr}, "mx1.example.com", "example.com", ""},
+        {{"mx1", "mx1", "mx1.example.net"}, "mx1.example.net", "example.net", ""},
+        {{"mx1", "mx1", nullptr}, "mx1", "", none.c_str()},
+        {{"mx1.example.org", "mx1", "mx1.example.net"}, "mx1.example.org", "example.org", ""},
+        {{nullptr, "localhost.localdomain", nullptr}, "localhost.localdomain", "localhost.localdomain", ""},
+        {{"mx1.example.org", nullptr, nullptr}, "unknown", "", none.c_str()},
+        {{"mx1", "mx1.exa/mple.com", nullptr}, "mx1.exa/mple.com", "exa/mple.com", bad.c_str()},
     };
     // clang-format on
-    for (const auto& [host, expected, internal] : cases) {
+    for (const auto& [host, expected, internal, message] : cases) {
         test::host = host;
         std::string name;
         std::string domain;
@@ -51,10 +70,17 @@ TEST(Host, NameAndInternalDomain) {
         EXPECT_EQ(name, expected);
         EXPECT_EQ(get_internaldomain(domain, 512), *internal ? 0 : -1) << expected;
         EXPECT_EQ(domain, internal);
+        if (*message) {
+            EXPECT_EXIT(read_config(gateway.file.c_str(), 0xff), testing::ExitedWithCode(1),
+                        message + std::string(".*:0: .Mail. InternalDomains: \"\" invalid"));
+            continue;
+        }
+        InternalDomains.reset();
+        read_config(gateway.file.c_str(), 0xff | RC_NOCHECK);
+        EXPECT_FALSE(InternalDomains);
+        read_config(gateway.file.c_str(), 0xff);
+        EXPECT_EQ(InternalDomains, (WordList{{internal}}));
     }
-    std::string name;
-    EXPECT_EQ(getmyhostname(name, 4), -1);
-    EXPECT_EQ(name, "unk");
 }
 
 } // namespace

@@ -17,14 +17,12 @@ class Installation {
         configure("");
     }
 
-    // Writes the main file: the directories, a domain, and then `text`. The first line of `text`
-    // has the number FirstLine.
+    // Writes the main file: the directories, a domain, and then `text`.
     void configure(std::string_view text) const {
         write_file(file, "[Directories]\nRootDirectory = " + dir.path() +
                              "\nQueueDirectory = " + dir.path() +
                              "\n[Mail]\nInternalDomains = example.com\n" + std::string(text));
     }
-    static constexpr int FirstLine = 6;
 
     // Gives a folder to the unprivileged user, when that is another one. Returns whether it is.
     bool lend(std::string_view name) const {

@@ -17,7 +17,6 @@ namespace {
 class Log : public testing::Test {
   protected:
     Log() {
-        ::umask(022);
         services.log_directory.set(dir.path("logs")); // without the "/" at its end
         std::filesystem::create_directory(dir.path("logs"));
         services.log_owner = ::getuid();

@@ -1,9 +1,14 @@
+// The file itself: tokens, entries, and the lookup of one key, wherever the text comes from.
 #include "conf/conf_tool.h"
+#include "conf/snapshot.h"
+#include "settings/catalogue.h"
 #include "support.h"
-#include "util/log.h"
-#include "util/util_settings.h"
 
+#include <array>
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <random>
+#include <unistd.h>
 
 namespace ov {
 namespace {
@@ -11,47 +16,117 @@ namespace {
 using namespace std::string_literals;
 using Lookup = std::pair<int, std::string>; // the line of the entry, 0 without one, and its value
 
-Lookup look_up(std::string_view text, const char* sec, const char* key, int mode,
-               std::size_t size = 8192) {
+// The tokens of a text, each as "token:text@line " with the line of the character behind it.
+std::string tokens_of(std::string_view text) {
     Source source(text);
+    init_scan(source);
+    std::string seen;
+    Token token = TokenEol;
+    while (token != TokenEof) {
+        token = ini_scan(source);
+        EXPECT_EQ(scan_len, static_cast<int>(scan_str.size()));
+        EXPECT_TRUE(token != TokenNumber || scan_num == std::stoi(std::string(scan_str)));
+        seen += std::to_string(token) + ":" + std::string(scan_str) + "@" +
+                std::to_string(scan_linenumber) + " ";
+    }
+    EXPECT_EQ(ini_scan(source), TokenEof);
+    return seen;
+}
+
+TEST(Lookup, Tokens) {
+    const std::string word(8191, 'w');
+    // clang-format off
+    const std::pair<std::string, std::string> cases[] = {
+        {"", "1:EOF@1 "}, {"Key = a b", "17:Key@1 4:=@1 17:a@1 17:b@1 1:EOF@1 "},
+        {"[a]\n", "2:[@1 17:a@1 3:]@2 5:LF@2 1:EOF@2 "}, {"abc#def ] =\nx", "17:abc@1 5:LF@2 17:x@2 1:EOF@2 "},
+        {"\t 00012345 123456789 0x1 7", "16:00012345@1 17:123456789@1 17:0x1@1 16:7@1 1:EOF@1 "},
+        {"\"a#b\"c=", "17:a#b@1 17:c@1 4:=@1 1:EOF@1 "}, {"\"abc\nx", "17:abc@2 5:LF@2 17:x@2 1:EOF@2 "},
+        {"\"\" \"a\\\" \"abc", "17:@1 17:a\\@1 17:abc@1 1:EOF@1 "}, {"  \t\n# only\n", "5:LF@2 5:LF@3 1:EOF@3 "},
+        {"a\r\n\v", "17:a\r@2 5:LF@2 17:\v@2 1:EOF@2 "}, {"\n\nx", "5:LF@2 5:LF@2 17:x@2 1:EOF@2 "},
+        {word + "w=", "17:" + word + "@1 4:=@1 1:EOF@1 "}, {"\"" + word + "w\"=", "17:" + word + "@1 4:=@1 1:EOF@1 "},
+        {"a\0b \377"s, "17:a\0b@1 17:\377@1 1:EOF@1 "s},
+    };
+    // clang-format on
+    for (const auto& [text, expected] : cases) {
+        EXPECT_EQ(tokens_of(text), expected) << testing::PrintToString(text);
+    }
+}
+
+Lookup look_up(Source& source, const char* section, const char* key, int mode,
+               std::size_t size = 8192) {
     std::string value = "stale";
-    const int result = _getprofile(source, sec, key, value, size, mode);
+    const int result = _getprofile(source, section, key, value, size, mode);
     EXPECT_EQ(result, scan_linenumber == 0 ? -1 : 0);
     return {scan_linenumber, value};
+}
+
+// The same lookup in memory, in a file, in a pipe that gives one byte a read, and in the scan of a
+// whole file for loading.
+void expect_found(const std::string& text, int mode, const Lookup& expected) {
+    const test::TempDir dir;
+    const std::string path = dir.file("conf", text);
+    const auto message = testing::PrintToString(text.substr(0, 200));
+    Source memory(text);
+    EXPECT_EQ(look_up(memory, "smtp", "smtpport", mode), expected) << message;
+    std::optional<Source> file = Source::open(path.c_str());
+    EXPECT_EQ(look_up(*file, "smtp", "smtpport", mode), expected) << "file " << message;
+    EXPECT_EQ(look_up(*file, "SMTP", "SMTPPORT", mode), expected) << "again " << message;
+    if (text.size() < 100) {
+        std::array<int, 2> ends{};
+        ASSERT_EQ(::pipe2(ends.data(), O_DIRECT), 0); // a write is a packet, for one read
+        ASSERT_GE(::fcntl(ends[1], F_SETPIPE_SZ, 1 << 19), 1 << 19);
+        for (const char& c : text) {
+            ASSERT_EQ(::write(ends[1], &c, 1), 1);
+        }
+        ::close(ends[1]);
+        Source bytes{Fd(ends[0])};
+        EXPECT_EQ(look_up(bytes, "SMTP", "SmtpPort", mode), expected) << "bytes " << message;
+    }
+    // Of a scan for loading: as a key of the catalogue, and as one that is wanted beside them.
+    const Snapshot snapshot(Source(text), key_index(), {"SMTP", "SMTPport"});
+    for (const std::size_t number : {number_of(*find_row("smtp", "smtpport")), snapshot.wanted()}) {
+        std::string value = "stale";
+        const int result = snapshot.lookup(number, "SMTP", "SmtpPort", value, mode);
+        EXPECT_EQ(result, expected.first == 0 ? -1 : 0) << message;
+        EXPECT_EQ(Lookup(scan_linenumber, value), expected) << "snapshot " << message;
+    }
 }
 
 TEST(Lookup, FindsTheFirstEntryOfSectionAndKey) {
     // clang-format off
     const std::pair<std::string, Lookup> cases[] = {
-        {"[MAIL]\nmaxsize=10\nMaxSize = 11\n", {2, "10"}},
-        {"[ Mail ] # note\n\n \tMaxSize\t=10", {3, "10"}},
-        {"[\"Mail\"]\n\"MaxSize\" = 10\n", {2, "10"}},
-        {"[Mail] MaxSize = 10\n", {1, "10"}},
-        {"MaxSize = 1\n[Mail]\nMaxSize = 2\n", {3, "2"}},
-        {"[Other]\nMaxSize = 1\n[Mail]\n[Other]\n[Mail]\nMaxSize = 2\n", {6, "2"}},
-        {"[Mail][Other]\nMaxSize = 1\n", {}},
-        {"\n[Mail]\nMaxSize = 10\n", {2, "10"}}, // the first line feed is not counted
-        {"[Mail]\n12 = 1\n123456789 = 1\nMaxSize = 2\n", {4, "2"}},
-        {"[12]\n[Mail\nMaxSize = 1\n[x]\nMaxSize = 2\n[Mail]\nMaxSize = 3\n", {7, "3"}},
-        {"[Mail]\n] MaxSize = 1\n= MaxSize = 1\nx MaxSize = 1\nMaxSize\nMaxSize = 2", {6, "2"}},
-        {"[Mail]\nword\nMaxSize = 2\n", {3, "2"}}, // a bare word hides no line
-        {"[Mail]\r\nMaxSize = 2\r\n", {2, "2\r"}}, // nor does the carriage return
+        {"[SMTP]\nsmtpport=10\nSmtpPort = 11\n", {2, "10"}}, {"[smtp]\nSmtpPort = 1\n", {2, "1"}},
+        {"[ SMTP ] # note\n\n \tSmtpPort\t=10", {3, "10"}},
+        {"[\"SMTP\"]\n\"SmtpPort\" = 10\n", {2, "10"}},
+        {"[SMTP] SmtpPort = 10\n", {1, "10"}},
+        {"SmtpPort = 1\n[SMTP]\nSmtpPort = 2\n", {3, "2"}},
+        {"[Other]\nSmtpPort = 1\n[SMTP]\n[Other]\n[SMTP]\nSmtpPort = 2\n", {6, "2"}},
+        {"[SMTP][Other]\nSmtpPort = 1\n", {}}, {"[Other]\nk = [SMTP]\n [SMTP]\nSmtpPort = 2\n", {4, "2"}},
+        {"\n[SMTP]\nSmtpPort = 10\n", {2, "10"}}, // the first line feed is not counted
+        {"[SMTP]\n12 = 1\n123456789 = 1\nSmtpPort = 2\n", {4, "2"}},
+        {"[12]\n[SMTP\nSmtpPort = 1\n[x]\nSmtpPort = 2\n[SMTP]\nSmtpPort = 3\n", {7, "3"}},
+        {"[SMTP]\n] SmtpPort = 1\n= SmtpPort = 1\nx SmtpPort = 1\nSmtpPort\nSmtpPort = 2", {6, "2"}},
+        {"[SMTP]\nword\nSmtpPort = 2\n", {3, "2"}}, // a bare word hides no line
+        {"[SMTP]\r\nSmtpPort = 2\r\n", {2, "2\r"}}, // nor does the carriage return
         // a cut header renames the section, but is no header; a number as name is nothing
-        {"[Mail]\n[Cut\nMaxSize = 2\n[Mail]\n", {}}, {"[x]\n[Mail\nMaxSize = 2\n", {3, "2"}},
-        {"[x]\n[Mail more] MaxSize = 1\nMaxSize = 2\n", {3, "2"}},
-        {"[Mail\nMaxSize = 2\n", {}}, {"[Mail]\n[12]\nMaxSize = 2\n", {3, "2"}},
-        {"[Mail]\n#MaxSize = 1\nMaxSize # = 1\nMaxSize = 2\n", {4, "2"}},
-        {"[Mail]\nMaxSize == 1\n", {2, "= 1"}}, {"[Mail]\nMaxSize =", {2, ""}},
-        {"[Mail]\nMaxSize", {}}, {"[Mail]\nMaxSize ", {}}, {"[Mail", {}}, {"[", {}}, {"", {}},
-        {"[Mail]\nOther = "s + std::string(100000, 'x') + "\nMaxSize = 2\n", {3, "2"}},
-        {"[Mail]\nMaxSize\0x = 2\n"s, {2, "2"}}, // a name ends at its NUL
+        {"[SMTP]\n[Cut\nSmtpPort = 2\n[SMTP]\n", {}}, {"[x]\n[SMTP\nSmtpPort = 2\n", {3, "2"}},
+        {"[x]\n[SMTP more] SmtpPort = 1\nSmtpPort = 2\n", {3, "2"}},
+        {"[SMTP\nSmtpPort = 2\n", {}}, {"[SMTP]\n[12]\nSmtpPort = 2\n", {3, "2"}},
+        {"[SMTP]\n#SmtpPort = 1\nSmtpPort # = 1\nSmtpPort = 2\n", {4, "2"}},
+        {"[SMTP]\nSmtpPort == 1\n", {2, "= 1"}}, {"[SMTP]\nSmtpPort =", {2, ""}},
+        {"[SMTP]\nSmtpPort", {}}, {"[SMTP]\nSmtpPort ", {}}, {"[SMTP", {}}, {"[", {}}, {"", {}},
+        {"[SMTP]\nSmtpPort\0x = 2\n"s, {2, "2"}}, {"[SMTP\0x]\nSmtpPort = 2\n"s, {2, "2"}}, // a name ends at its NUL
+        // lines longer than a window, in front of the entry and in it
+        {"[SMTP]\nOther = "s + std::string(100000, 'x') + "\nSmtpPort = 2\n", {3, "2"}},
+        {"[SMTP]\nSmtpPort = "s + std::string(1 << 20, 'x') + "\n", {2, std::string(8190, 'x')}},
+        {"[x]\n" + std::string(65530, '\n') + "[SMTP]\n\nSmtpPort = 2\n", {65534, "2"}},
     };
     // clang-format on
     for (const auto& [text, expected] : cases) {
-        EXPECT_EQ(look_up(text, "mail", "maxsize", LineMode), expected)
-            << testing::PrintToString(text.substr(0, 200));
+        expect_found(text, LineMode, expected);
     }
-    EXPECT_EQ(look_up("[\"\"]\n\"\" = x\n", nullptr, nullptr, LineMode), (Lookup{2, "x"}));
+    Source empty("[\"\"]\n\"\" = x\n");
+    EXPECT_EQ(look_up(empty, nullptr, nullptr, LineMode), (Lookup{2, "x"}));
 }
 
 TEST(Lookup, ValueModes) {
@@ -67,19 +142,37 @@ TEST(Lookup, ValueModes) {
     };
     // clang-format on
     for (const auto& [rest, line, token] : cases) {
-        for (const std::string end : {"", "\n", "\nKey = later\n"}) {
-            const std::string text = "[s]\nKey =" + rest + end;
-            EXPECT_EQ(look_up(text, "s", "Key", LineMode), (Lookup{2, line})) << rest;
-            EXPECT_EQ(look_up(text, "s", "Key", TokenMode), (Lookup{2, token})) << rest;
+        for (const std::string end : {"", "\nSmtpPort = later\n"}) {
+            const std::string text = "[SMTP]\nSmtpPort =" + rest + end;
+            expect_found(text, LineMode, {2, line});
+            expect_found(text, TokenMode, {2, token});
         }
     }
     for (const std::string rest : {"[x]", "]", "= 1"}) { // as token: no entry
-        const std::string text = "[s]\nKey = " + rest + "\nKey = later\n";
-        EXPECT_EQ(look_up(text, "s", "Key", TokenMode), (Lookup{3, "later"})) << rest;
-        EXPECT_EQ(look_up(text, "s", "Key", LineMode), (Lookup{2, rest})) << rest;
+        const std::string text = "[SMTP]\nSmtpPort = " + rest + "\nSmtpPort = later\n";
+        expect_found(text, TokenMode, {3, "later"});
+        expect_found(text, LineMode, {2, rest});
     }
-    EXPECT_EQ(look_up("[s]\nk = 12345\n", "s", "k", LineMode, 4), (Lookup{2, "123"}));
-    EXPECT_EQ(look_up("[s]\nk = 12345\n", "s", "k", LineMode, 1), (Lookup{2, ""}));
+    Source source("[s]\nk = 12345\n");
+    EXPECT_EQ(look_up(source, "s", "k", LineMode, 4), (Lookup{2, "123"}));
+    EXPECT_EQ(look_up(source, "s", "k", LineMode, 1), (Lookup{2, ""}));
+}
+
+TEST(Lookup, AnswersAlikeWhateverTheText) {
+    const std::string pieces[] = {
+        "[SMTP]", "[Nowhere]", "[", "]",  "=",   "SmtpPort", "smtpport", "\n",         "\n", "\n",
+        "\"",     "#",         " ", "12", " = ", "x",        "\r\n",     "SmtpPort =", "\t", "\0"s};
+    std::mt19937 random(20261121);
+    for (int file = 0; file < 150; ++file) {
+        std::string text = file % 2 == 0 ? "[SMTP]" : "";
+        for (int i = 0; i < 25; ++i) {
+            text += pieces[random() % std::size(pieces)];
+        }
+        Source source(text);
+        for (const int mode : {TokenMode, LineMode}) {
+            expect_found(text, mode, look_up(source, "SMTP", "SmtpPort", mode));
+        }
+    }
 }
 
 TEST(Lookup, FirstHeaderOfASection) {
@@ -95,62 +188,6 @@ TEST(Lookup, FirstHeaderOfASection) {
         const int result = get_sec(source, "b");
         EXPECT_EQ(result == 0 ? scan_linenumber : result, line) << text;
     }
-}
-
-TEST(Lookup, FilesLargerThanAWindow) {
-    const test::TempDir dir;
-    // Blank lines, headers and long lines wherever a window may end.
-    std::string text = "\n";
-    for (int i = 0; text.size() < 300000; ++i) {
-        text += i % 7 == 0 ? "\n"
-                           : "[s" + std::to_string(i % 5) + "]\nk" + std::to_string(i) + " = v\n";
-    }
-    for (const std::size_t size : {0UL, 65530UL, 65536UL, 1000000UL}) {
-        const std::string whole = text + "x = " + std::string(size, 'y') + "\n\n[last]\nk = v";
-        std::optional<Source> file = Source::open(dir.file("c", whole).c_str());
-        Source memory(whole);
-        for (const char* section : {"s0", "s4", "last"}) {
-            for (const char* key : {"k1", "k20004", "k7999", "k"}) {
-                std::string value;
-                conf_getprofile(*file, section, key, value, 8192);
-                EXPECT_EQ((Lookup{scan_linenumber, value}), look_up(whole, section, key, LineMode));
-            }
-            EXPECT_EQ(get_sec(memory, section), 0);
-            const int line = scan_linenumber;
-            EXPECT_EQ(get_sec(*file, section), 0);
-            EXPECT_EQ(scan_linenumber, line);
-        }
-    }
-}
-
-TEST(Lookup, FetchReadsAFileAndNamesOneItCannotOpen) {
-    const test::TempDir dir;
-    std::string value;
-    EXPECT_EQ(conf_fetch(dir.file("c", "[s]\nk = v\n").c_str(), "s", "k", value, 8192), 0);
-    EXPECT_EQ(value, "v");
-    EXPECT_EQ(conf_fetch(dir.path().c_str(), "s", "k", value, 8192), -1); // a directory is empty
-    EXPECT_EQ(value, "");
-    test::CapturedErrors errors;
-    EXPECT_EQ(conf_fetch("/no/such", "s", "k", value, 8192), -1);
-    EXPECT_EQ(errors.text(), "cannot open \"/no/such\"\n");
-}
-
-TEST(Lookup, FoundEntriesAreLoggedForDebugging) {
-    const test::TempDir dir;
-    services.log_directory.set(dir.path());
-    log_init();
-    const auto look_up_with = [](unsigned facility, int level) {
-        services.facility = facility;
-        services.level = level;
-        look_up("[s]\nk = value\n", "S", "K", LineMode, 3); // the log has all of it
-        look_up("[s]\nk = v\n", "S", "none", LineMode);
-    };
-    look_up_with(0x2000, 89);
-    look_up_with(0x1fff, 90);
-    EXPECT_TRUE(dir.names().empty());
-    look_up_with(0x2000, 90);
-    const std::string log = test::read_file(dir.path(dir.names().at(0)));
-    EXPECT_NE(log.find(" CONF SCAN: DEBUG sec=S key=K  val=value\n"), log.npos) << log;
 }
 
 } // namespace

@@ -1,5 +1,10 @@
 #include "support.h"
 
+#include "fake_host.h"
+#include "settings/settings.h"
+#include "util/log.h"
+#include "util/util_settings.h"
+
 #include <array>
 #include <cstdlib>
 #include <fcntl.h>
@@ -45,12 +50,8 @@ class Collector {
     const int program =
         ::open(((is_path ? "" : OV_BIN_DIR "/") + words[0]).c_str(), O_RDONLY | O_CLOEXEC);
     ::dup2(::open("/dev/null", O_RDONLY), 0);
-    ::dup2(setting.out ? ::open(setting.out, O_WRONLY) : out, 1);
-    if (setting.errors_closed) {
-        ::close(2);
-    } else {
-        ::dup2(err, 2);
-    }
+    ::dup2(out, 1);
+    ::dup2(err, 2);
     for (const auto& [name, value] : setting.environment) {
         ::setenv(name.c_str(), value.c_str(), 1);
     }
@@ -61,7 +62,6 @@ class Collector {
         ::_exit(126);
     }
     std::vector<std::string> own = words;
-    own[0] = setting.name ? setting.name : own[0];
     std::vector<char*> arguments;
     for (std::string& word : own) {
         arguments.push_back(word.data());
@@ -70,6 +70,23 @@ class Collector {
     ::fexecve(program, arguments.data(), environ);
     ::_exit(127);
 }
+
+// Each test begins as a process does: nothing has been loaded or logged.
+class Beginning : public testing::EmptyTestEventListener {
+    void OnTestStart(const testing::TestInfo&) override {
+        reset_settings();
+        services = {};
+        log_initialized = 0;
+        ProgName = nullptr;
+        ::umask(022);
+        host = {};
+        host_id_questions = 0;
+    }
+};
+const bool each_begins = [] {
+    testing::UnitTest::GetInstance()->listeners().Append(std::make_unique<Beginning>().release());
+    return true;
+}();
 
 } // namespace
 
@@ -232,17 +249,75 @@ ForeignLock::ForeignLock(const std::string& path, int type) {
     ::close(ready[1]);
 }
 
-void ForeignLock::release() const {
-    ::kill(process_, SIGKILL);
-}
-
 ForeignLock::~ForeignLock() {
-    release();
+    ::kill(process_, SIGKILL);
     ::waitpid(process_, nullptr, 0);
 }
 
 bool is_root() {
     return ::getuid() == 0;
+}
+
+std::string golden_path(const std::string& name) {
+    return OV_GOLDEN_DIR "/" + name;
+}
+
+void expect_golden(const std::string& name, const std::string& text) {
+    const std::string actual = OV_ACTUAL_DIR "/" + name;
+    EXPECT_FALSE(text.empty());
+    if (text == read_file(golden_path(name))) {
+        return;
+    }
+    std::error_code ignored; // whoever may not write there sees the difference all the same
+    std::filesystem::create_directories(std::filesystem::path(actual).parent_path(), ignored);
+    write_file(actual, text);
+    EXPECT_EQ(text, read_file(golden_path(name))) << "compare " << actual;
+}
+
+std::string escaped(std::string_view text) {
+    constexpr std::size_t Run = 16;
+    std::string result;
+    for (std::size_t i = 0; i < text.size();) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        const std::size_t run = std::min(text.find_first_not_of(text[i], i), text.size()) - i;
+        std::array<char, 8> code{text[i]};
+        if (byte == '\n' || byte == '\\') {
+            std::snprintf(code.data(), code.size(), "\\%c", byte == '\n' ? 'n' : '\\');
+        } else if (byte < ' ' || byte > '~') {
+            std::snprintf(code.data(), code.size(), "\\x%02x", byte);
+        }
+        result += code.data();
+        result += run < Run ? "" : "{" + std::to_string(run) + "}";
+        i += run < Run ? 1 : run;
+    }
+    return result;
+}
+
+std::string unescaped(std::string_view text) {
+    std::string result;
+    for (std::size_t i = 0; i < text.size();) {
+        if (text[i] == '\\' && text.substr(i + 1, 1) == "x") {
+            result += static_cast<char>(std::stoi(std::string(text.substr(i + 2, 2)), nullptr, 16));
+            i += 4;
+        } else if (text[i] == '\\') {
+            result += text[i + 1] == 'n' ? '\n' : text[i + 1];
+            i += 2;
+        } else if (text[i] == '{' && !result.empty()) {
+            const std::size_t count = std::stoul(std::string(text.substr(i + 1)));
+            result.append(count - 1, result.back());
+            i = text.find('}', i) + 1;
+        } else {
+            result += text[i++];
+        }
+    }
+    return result;
+}
+
+std::string replaced(std::string text, std::string_view what, std::string_view with) {
+    for (std::size_t at = 0; (at = text.find(what, at)) != text.npos; at += with.size()) {
+        text.replace(at, what.size(), with);
+    }
+    return text;
 }
 
 } // namespace ov::test

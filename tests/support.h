@@ -61,10 +61,7 @@ void PrintTo(const Result& result, std::ostream* stream);
 struct Setting {
     std::map<std::string, std::string> environment = {}; // added to ours
     bool unprivileged = false;                           // as nobody, for a test that runs as root
-    const char* out = nullptr;  // where standard output goes instead of into the result
-    bool errors_closed = false; // without a standard error
-    bool traced = false;        // and stops in front of its first instruction
-    const char* name = nullptr; // the name that it is started under, when that is not its own
+    bool traced = false; // and stops in front of its first instruction
 };
 
 // Runs a command, by its path or by its name in the build's bin folder, with its arguments.
@@ -111,7 +108,6 @@ class ForeignLock {
     ~ForeignLock();
     ForeignLock(const ForeignLock&) = delete;
     ForeignLock& operator=(const ForeignLock&) = delete;
-    void release() const;
 
   private:
     int process_ = -1;
@@ -120,5 +116,18 @@ class ForeignLock {
 constexpr unsigned Nobody = 65534;
 
 bool is_root();
+
+// The path of the file `name` in tests/golden.
+std::string golden_path(const std::string& name);
+
+// Compares a text with that file. The text that differs is left in the build folder, under
+// tests/actual, to be looked through and copied over the file when it is right.
+void expect_golden(const std::string& name, const std::string& text);
+
+// How a value is written on one line: "x{16}" for sixteen or more of a character, "\n", "\xe9".
+std::string escaped(std::string_view text);
+std::string unescaped(std::string_view text);
+
+std::string replaced(std::string text, std::string_view what, std::string_view with);
 
 } // namespace ov::test

@@ -1,86 +1,46 @@
-#include "support.h"
-#include "util/log.h"
+#include "settings/validate.h"
 #include "util/util.h"
 #include "util/util_settings.h"
 
+#include <array>
+#include <cerrno>
 #include <csignal>
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
-#include <sys/statvfs.h>
-#include <sys/wait.h>
-#include <unistd.h>
+#include <utility>
+#include <vector>
 
 namespace ov {
 namespace {
 
-TEST(Util, LocksExcludeOtherProcesses) {
-    const test::TempDir dir;
-    const std::string path = dir.file("f", "text");
-    const int fd = ::open(path.c_str(), O_RDWR);
-    {
-        const test::ForeignLock lock(path, F_WRLCK);
-        EXPECT_EQ(lockfile(fd, 6), -1);
-        EXPECT_EQ(errno, EAGAIN);
-        EXPECT_EQ(lockfile(fd, 4), -1);
-    }
-    {
-        const test::ForeignLock lock(path, F_RDLCK);
-        EXPECT_EQ(lockfile(fd, 4), 0); // readers share
-        EXPECT_EQ(lockfile(fd, 6), -1);
-        EXPECT_EQ(lockfile(fd, 8), 0);
-    }
-    EXPECT_EQ(lockfile(fd, 6), 0);
-    EXPECT_EQ(lockfile(fd, 8 | 2), 0);
-    const test::ForeignLock lock(path, F_WRLCK); // released: another process can lock it
-    const pid_t killer = ::fork();
-    if (killer == 0) {
-        ::usleep(50000);
-        lock.release();
-        ::_exit(0);
-    }
-    EXPECT_EQ(lockfile(fd, 2), 0); // is waited for
-    ::waitpid(killer, nullptr, 0);
+std::vector<std::pair<int, rlim_t>> limits_set;
+
+} // namespace
+} // namespace ov
+
+// The limits that are asked for are kept in mind: what comes of them depends on the host.
+extern "C" int setrlimit(__rlimit_resource_t resource, const rlimit* limit) noexcept {
+    ov::limits_set.emplace_back(resource, limit->rlim_cur);
+    return ::prlimit(0, static_cast<__rlimit_resource>(resource), limit, nullptr);
 }
 
-TEST(Util, AFailedLockIsLogged) {
-    const test::TempDir dir;
-    services.log_directory.set(dir.path());
-    log_init();
-    services.level = 1;
-    EXPECT_EQ(lockfile(-1, 6), -1);
-    EXPECT_TRUE(dir.names().empty());
-    services.level = 2;
-    EXPECT_EQ(lockfile(-1, 6), -1);
-    EXPECT_EQ(errno, EBADF);
-    const std::string log = test::read_file(dir.path(dir.names().at(0)));
-    EXPECT_NE(log.find(" lockfile: fcntl failed: l_type = 6, (9)\n"), log.npos) << log;
-}
+namespace ov {
+namespace {
 
 TEST(Util, LimitsAreLifted) {
-    const auto limit_of = [](auto resource) {
-        rlimit limit{};
-        ::getrlimit(resource, &limit);
-        return limit;
-    };
-    const rlim_t core = limit_of(RLIMIT_CORE).rlim_max;
-    for (const unsigned no_core : {0U, 1U}) {
-        for (const auto resource : {RLIMIT_CPU, RLIMIT_FSIZE}) {
-            rlimit limit = limit_of(resource);
-            if (limit.rlim_max == RLIM_INFINITY) { // or only the super-user could lift it
-                limit.rlim_cur = 100000;
-                ::setrlimit(resource, &limit);
-            }
-        }
-        services.no_core = no_core;
-        errno = EDOM;
-        resetlimits();
-        EXPECT_EQ(errno, 0);
-        for (const auto resource : {RLIMIT_CPU, RLIMIT_FSIZE}) {
-            EXPECT_EQ(limit_of(resource).rlim_cur, limit_of(resource).rlim_max);
-        }
-        EXPECT_EQ(limit_of(RLIMIT_CORE).rlim_max, no_core ? 0 : core);
-    }
+    using Limits = std::vector<std::pair<int, rlim_t>>;
+    Limits expected = {
+        {RLIMIT_CPU, RLIM_INFINITY}, {RLIMIT_FSIZE, RLIM_INFINITY}, {RLIMIT_NOFILE, RLIM_INFINITY}};
+    limits_set.clear();
+    services.no_core = false;
+    errno = EDOM;
+    resetlimits();
+    EXPECT_EQ(errno, 0);
+    EXPECT_EQ(std::exchange(limits_set, {}), expected);
+    services.no_core = true;
+    resetlimits();
+    expected.insert(expected.begin() + 2, {RLIMIT_CORE, 0});
+    EXPECT_EQ(limits_set, expected);
 }
 
 TEST(Util, OneSignalIsBlockedAndReleased) {
@@ -89,16 +49,6 @@ TEST(Util, OneSignalIsBlockedAndReleased) {
     EXPECT_EQ(blocksignal(SIGUSR1), 1);
     EXPECT_EQ(releasesignal(SIGUSR1), 1);
     EXPECT_EQ(blocksignal(100000), -1);
-}
-
-TEST(Util, FreeBlocksOfAFileSystem) {
-    struct statvfs info {};
-    ASSERT_EQ(::statvfs("/proc", &info), 0);
-    long size = 0;
-    EXPECT_EQ(freeblocks("/proc", &size), static_cast<std::int64_t>(info.f_bavail));
-    EXPECT_EQ(size, static_cast<long>(info.f_bsize));
-    EXPECT_GT(freeblocks("/", nullptr), 0);
-    EXPECT_EQ(freeblocks("/no/such", &size), -1);
 }
 
 TEST(Util, Texts) {
@@ -111,6 +61,11 @@ TEST(Util, Texts) {
     for (const char* text : {"", "1/", ":", static_cast<const char*>(nullptr)}) {
         EXPECT_EQ(is_alldigit(text), 0) << (text ? text : "null");
     }
+    int month = 7; // a part that is not asked for may be anything
+    EXPECT_EQ(date_str("2008/13/40", nullptr, nullptr, nullptr), 0);
+    EXPECT_EQ(date_str("2008/13/40", nullptr, &month, nullptr), -1);
+    EXPECT_EQ(date_str("2008/12/40", nullptr, &month, nullptr), 0);
+    EXPECT_EQ(month, 12);
 }
 
 } // namespace

@@ -69,7 +69,7 @@ std::string written(const RightRow& row, std::size_t rank) {
         [&](auto member) -> std::string {
             const auto& value = (settings.*member)[rank];
             if constexpr (std::is_integral_v<std::remove_cvref_t<decltype(value)>>) {
-                const int table = manner_of(row.load).table;
+                const auto table = manner_of(row.load).table;
                 return table == -1 ? std::to_string(value)
                                    : str_vtab(table, static_cast<int>(value));
             } else {

@@ -33,6 +33,7 @@ inline constexpr int Roles = 6;
 template <class Type>
 using PerRole = std::array<Type, Roles>;
 
+// NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding): in the order of the rows
 struct Settings {
     Text ConfigFile; // the main configuration file; the option -f names another
 
