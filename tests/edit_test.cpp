@@ -201,12 +201,14 @@ TEST(Edit, FailingSystemCalls) {
         {Temp, 5, "fdatasync", {"", ""}, {"", ""}, Untouched},
         {Temp, 28, "fclose", {"", ""}, {"", ""}, Untouched},
         {Conf, 13, "open>", {"cannot open: CONF", "cannot open: CONF (13)"}, {"cannot open: CONF", "cannot open: CONF (13)"}, Untouched | WithTemporary},
+        {Conf, 2, "open>", {"cannot open: CONF", "cannot open: CONF (17)"}, {"cannot open: CONF", "cannot open: CONF (17)"}, Untouched | WithTemporary}, // it is there again
         {Conf, 5, "ftruncate", {"cannot open: CONF", "cannot open: CONF (5)"}, {"cannot open: CONF", "cannot open: CONF (5)"}, Untouched | WithTemporary},
         {Conf, 11, "fcntl>", {"cannot lock: CONF", "cannot lock: CONF (11)"}, {"cannot lock: CONF", "cannot lock: CONF (11)"}, Emptied},
         {Temp, 24, "open<", {"cannot open: TEMP", "cannot open: TEMP (24)"}, {"cannot open: TEMP", "cannot open: TEMP (24)"}, Emptied},
         {Temp, 5, "read<", {"read error: CONF", "read error CONF (5)"}, {"read error: TEMP", "read error: TEMP (5)"}, Emptied},
         {Conf, 28, "write>", {"write error: TEMP", "write error: TEMP (28)"}, {"write error: TEMP", "write error: TEMP (28)"}, Emptied},
         {Conf, 5, "fdatasync", {"write error: TEMP", "write error: TEMP (5)"}, {"write error: TEMP", "write error: TEMP (5)"}, Changed | WithTemporary},
+        {Conf, EROFS, "fdatasync", {"write error: TEMP", "write error: TEMP (30)"}, {"write error: TEMP", "write error: TEMP (30)"}, Changed | WithTemporary},
         {Conf, 28, "close>", {"write error: TEMP", "write error: TEMP (28)"}, {"write error: TEMP", "write error: TEMP (28)"}, Changed | WithTemporary},
         // What is only interrupted, or cannot be done by nature, is overlooked.
         {Conf, EINTR, "fcntl+", {}, {}, Changed}, {Conf, EINVAL, "fcntl>", {}, {}, Changed}, {Conf, EINTR, "read+", {}, {}, Changed},
@@ -380,12 +382,14 @@ TEST(Edit, ASmallStack) {
 #ifdef OV_SANITIZE
     GTEST_SKIP() << "the sanitizers take more";
 #endif
-    const Gateway gateway;
+    // The log, too, is written on it.
+    const Gateway gateway("[Log]\nLogFacility = 8192\nLogLevel = 90\n[s]\nk = 1\n");
     test::Setting setting = test::as_root();
     std::vector<std::string> words = gateway.replace();
     words[0] = OV_BIN_DIR "/ov_conf";
     words.insert(words.begin(), {"/bin/sh", "-c", "ulimit -s 64; exec \"$@\"", "sh"});
     EXPECT_EQ(test::run(words, setting), (test::Result{0, "", ""}));
+    EXPECT_FALSE(std::filesystem::is_empty(gateway.dir.path("logs")));
 }
 
 // What a command finds in the place of a rights file, a group or a supplement is not waited for.

@@ -91,7 +91,7 @@ Fd pin(int fd) {
 
 // Opens the file `path` when it is the pinned one; ESTALE: there is another one by now.
 Fd open_same(const char* path, int flags, const Fd& pinned) {
-    Fd file(::open(path, flags | O_NONBLOCK | O_CLOEXEC));
+    Fd file = open_unwaited(path, flags);
     if (const auto identity = identity_of(pinned);
         file && (!identity || identity_of(file) != identity)) {
         file.reset();
@@ -121,7 +121,7 @@ Fd open_locked(const Editor& editor, const char* path, FileKind kind) {
 // Reads the locked file. One that cannot be read to its end must not be written back.
 std::optional<std::string> read_whole(const Editor& editor, const char* path, const Fd& file) {
     struct stat info {};
-    const bool regular = ::fstat(file.get(), &info) == 0 && S_ISREG(info.st_mode);
+    const bool regular = is_regular(file) && ::fstat(file.get(), &info) == 0;
     // A file that does not grow is read at once, and once more to see its end.
     std::size_t room = BufferSize + (regular ? static_cast<std::size_t>(info.st_size) : 0);
     std::string text;
@@ -206,7 +206,7 @@ Fd open_emptied(const char* path, const Fd& pinned) {
     if (!file && errno == ENOENT) {
         file.reset(::open(path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, NewFileMode));
     }
-    if (file && ::ftruncate(file.get(), 0) != 0 && errno != EINVAL) { // EINVAL: a device
+    if (file && is_regular(file) && ::ftruncate(file.get(), 0) != 0) {
         const int error = errno;
         file.reset();
         errno = error;
@@ -254,6 +254,10 @@ int rewrite(const Editor& editor, const char* path, Fd file, const Edit& edit) {
         return -1;
     }
     Fd pinned = pin(file.get());
+    if (!pinned) {
+        report(editor, "cannot open", path, errno);
+        return -1;
+    }
     file.reset(); // and with it the lock
     if (editor.clears_umask) {
         ::umask(0);

@@ -29,13 +29,14 @@ void equip_services() {
     services.no_core = DBG_NoCore != 0;
 }
 
-Configuration open_or_end(const char* file) {
-    std::optional<Configuration> configuration = Configuration::open(file);
-    if (!configuration) {
-        print_cannot_open(file);
-        std::exit(EXIT_FAILURE);
-    }
-    return std::move(*configuration);
+Refusal cannot_open(const char* file) {
+    return {.verdict = Verdict::CannotOpen,
+            .reader = MainReader,
+            .file = file,
+            .line = errno,
+            .section = nullptr,
+            .key = nullptr,
+            .value = {}};
 }
 
 } // namespace
@@ -70,16 +71,20 @@ std::optional<Refusal> load_settings(Configuration& configuration, unsigned mask
     }
     // A relative supplement has not been looked for; the working directory is not the place to do
     // so.
-    if (refusal || (mask & RC_LOCALPASS) || !isfullpath(LocalConfFile.c_str())) {
+    const char* supplement = LocalConfFile.c_str();
+    if (refusal || (mask & RC_LOCALPASS) || !isfullpath(supplement) ||
+        ::access(supplement, R_OK) != 0) {
         return refusal;
     }
-    if (auto local = Configuration::open(LocalConfFile.c_str(), FileKind::Regular)) {
-        std::swap(local->load.said, load.said);
-        std::swap(local->load.directories, load.directories);
-        refusal = load_settings(*local, mask | RC_LOCALPASS);
-        std::swap(local->load.said, load.said);
-        std::swap(local->load.directories, load.directories);
+    auto local = Configuration::open(supplement, FileKind::Regular);
+    if (!local) { // no regular file is none
+        return errno == EINVAL ? refusal : cannot_open(supplement);
     }
+    std::swap(local->load.said, load.said);
+    std::swap(local->load.directories, load.directories);
+    refusal = load_settings(*local, mask | RC_LOCALPASS);
+    std::swap(local->load.said, load.said);
+    std::swap(local->load.directories, load.directories);
     return refusal;
 }
 
@@ -95,16 +100,25 @@ void end_when_refused(Load& load, const std::optional<Refusal>& refusal) {
 }
 
 void print_cannot_open(const char* file) {
-    std::fprintf(stderr, "cannot open configfile \"%s\" (%d)\n", file, errno);
+    print_refusal(cannot_open(file));
+}
+
+Configuration open_config(const char* file, const WantedKey& wanted) {
+    std::optional<Configuration> configuration = Configuration::open(file, FileKind::Any, wanted);
+    if (!configuration) {
+        print_cannot_open(file);
+        std::exit(EXIT_FAILURE);
+    }
+    return std::move(*configuration);
 }
 
 void read_config(const char* file, unsigned mask) {
-    Configuration configuration = open_or_end(file);
+    Configuration configuration = open_config(file);
     end_when_refused(configuration.load, load_settings(configuration, mask));
 }
 
 void setconfig(const char* file, unsigned mask, int rank, const char* user) {
-    Configuration configuration = open_or_end(file);
+    Configuration configuration = open_config(file);
     setconfig(configuration, mask, rank, user);
 }
 

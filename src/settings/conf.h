@@ -43,8 +43,11 @@ void setconfig(Configuration& configuration, unsigned mask, int rank, const char
 // Prints what loading has said so far, and what it has refused; that ends the process.
 void end_when_refused(Load& load, const std::optional<Refusal>& refusal);
 
-// Says on standard error that a configuration file cannot be opened.
+// Says on standard error that a configuration file cannot be opened, with errno.
 void print_cannot_open(const char* file);
+
+// Configuration::open, which ends the process with status 1 when it cannot be opened.
+Configuration open_config(const char* file, const WantedKey& wanted = {});
 
 // Releases the lists that the settings own. For the end of the process. Returns 0.
 int conf_free();

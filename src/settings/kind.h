@@ -53,6 +53,7 @@ enum class Verdict : std::uint8_t {
     Invalid,
     NotFullPath,   // a path that must be absolute is not
     NotConfigured, // no path could be made of it
+    CannotOpen,    // not a value: the file itself
     MemoryExhausted,
 };
 

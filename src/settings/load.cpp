@@ -65,6 +65,10 @@ bool Load::knows_directory(const std::string& path) {
 }
 
 void print_refusal(const Refusal& refusal) {
+    if (refusal.verdict == Verdict::CannotOpen) {
+        std::fprintf(stderr, "cannot open configfile \"%s\" (%d)\n", refusal.file, refusal.line);
+        return;
+    }
     const bool tells_more = refusal.reader == MainReader || refusal.reader == SearchReader;
     if (refusal.verdict == Verdict::NotFullPath && tells_more) {
         print_value(refusal, "must be specified full pathname.");

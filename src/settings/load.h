@@ -26,7 +26,7 @@ struct Refusal {
     Verdict verdict;
     Reader reader;
     const char* file;
-    int line; // 0 for a value that does not stand in the file
+    int line; // 0 for a value that does not stand in the file; of one that cannot be opened: errno
     const char* section;
     const char* key; // null for a step
     std::string value;

@@ -191,14 +191,9 @@ void ov_conf(int argc, char** argv) {
     if ((options.replace || options.remove) && ::getuid() != 0) {
         refuse("530 Permission denied\n");
     }
-    std::optional<Configuration> configuration =
-        Configuration::open(ConfigFile.c_str(), FileKind::Any, {*options.section, *options.key});
-    if (!configuration) {
-        print_cannot_open(ConfigFile.c_str());
-        std::exit(EXIT_FAILURE);
-    }
-    setconfig(*configuration, MaskToEdit, NoRole, nullptr);
-    read_config_search(*configuration, MaskToEdit);
+    Configuration configuration = open_config(ConfigFile.c_str(), {*options.section, *options.key});
+    setconfig(configuration, MaskToEdit, NoRole, nullptr);
+    read_config_search(configuration, MaskToEdit);
     resetlimits();
     if (options.show) {
         show(options, arguments > 0 ? argument[0] : ConfigFile.c_str());
@@ -209,7 +204,7 @@ void ov_conf(int argc, char** argv) {
     if (options.remove) {
         remove(options, arguments, argument);
     }
-    fetch(options, configuration->snapshot);
+    fetch(options, configuration.snapshot);
 }
 
 } // namespace ov

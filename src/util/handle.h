@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <memory>
+#include <sys/types.h>
 #include <unistd.h>
 #include <utility>
 
@@ -51,6 +52,11 @@ enum class FileKind {
     Any,
     Regular, // any other is not waited for, and cannot be opened (EINVAL)
 };
+
+bool is_regular(const Fd& file);
+
+// Opens what stands at `path`, and does not wait for the other end of a pipe.
+Fd open_unwaited(const char* path, int flags, mode_t mode = 0);
 
 // Opens the file `path`; an empty guard, with errno set, when it cannot be opened.
 Fd open_file(const char* path, int flags, FileKind kind = FileKind::Any);

@@ -74,23 +74,41 @@ const char* daily_file(const Stamp& stamp) {
 }
 
 // Opens the daily file for appending. Who may write into the directory could have put a link or a
-// pipe in its place: neither is followed, or waited for.
+// pipe in its place: neither is followed, waited for, or written to.
 Fd open_log(const char* path, int flags, mode_t mode) {
-    return Fd(
-        ::open(path, O_WRONLY | O_APPEND | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | flags, mode));
+    Fd file = open_unwaited(path, O_WRONLY | O_APPEND | O_NOFOLLOW | flags, mode);
+    if (file && !is_regular(file)) {
+        file.reset();
+    }
+    return file;
+}
+
+// A file that has another name may be anybody's: its owner and mode stay.
+bool is_our_own(int fd) {
+    struct stat info {};
+    return ::fstat(fd, &info) == 0 && info.st_nlink == 1;
 }
 
 void give_owner(int fd) {
-    // The log belongs to whom it can be given to; an unprivileged process keeps what it wrote.
-    [[maybe_unused]] const int ignored = ::fchown(fd, services.log_owner, services.log_group);
+    if (is_our_own(fd)) {
+        // The log belongs to whom it can be given to; an unprivileged process keeps what it wrote.
+        [[maybe_unused]] const int ignored = ::fchown(fd, services.log_owner, services.log_group);
+    }
 }
 
 // Takes what could drive a terminal, or make two lines of one, out of a message made by `format`,
-// which may end in a line feed of its own.
+// which may end in a line feed of its own: control characters, and those that UTF-8 has beside
+// ASCII's.
 void mask_controls(std::string_view format, char* message, std::size_t length) {
-    const auto is_control = [](unsigned char c) { return (c < ' ' && c != '\t') || c == 0x7f; };
     const bool ends_line = format.ends_with('\n') && length > 0;
-    std::replace_if(message, message + length - (ends_line ? 1 : 0), is_control, '?');
+    for (std::size_t i = 0; i < length - (ends_line ? 1 : 0); ++i) {
+        const auto byte = static_cast<unsigned char>(message[i]);
+        if ((byte < ' ' && byte != '\t') || byte == 0x7f) {
+            message[i] = '?';
+        } else if (byte >= 0x80 && byte < 0xa0 && i > 0 && message[i - 1] == '\xc2') {
+            message[i - 1] = message[i] = '?';
+        }
+    }
 }
 
 // One write for one line, so that the lines of several processes never interleave. The alarm
@@ -252,7 +270,9 @@ void log_put(const char* format, ...) {
     va_end(args);
     std::fprintf(stream.get(), "%s %s %s\n", stamp.date.data(), stamp.time.data(), message.c_str());
     std::fflush(stream.get());
-    ::fchmod(::fileno(stream.get()), static_cast<mode_t>(services.log_mode));
+    if (is_our_own(::fileno(stream.get()))) {
+        ::fchmod(::fileno(stream.get()), static_cast<mode_t>(services.log_mode));
+    }
     give_owner(::fileno(stream.get()));
 }
 

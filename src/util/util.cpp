@@ -12,6 +12,8 @@
 #include <limits>
 #include <sys/resource.h>
 #include <sys/statfs.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 namespace ov {
 
@@ -85,16 +87,17 @@ int releasesignal(int sig) {
 }
 
 HeldSignals::HeldSignals() {
+    // The C library's own calls leave out two signals that it keeps for itself.
     sigset_t held;
-    ::sigfillset(&held);
+    std::memset(&held, 0xff, sizeof held);
     for (const int fault : {SIGABRT, SIGBUS, SIGFPE, SIGILL, SIGSEGV, SIGSYS, SIGTRAP}) {
         ::sigdelset(&held, fault);
     }
-    ::sigprocmask(SIG_BLOCK, &held, &before_);
+    ::syscall(SYS_rt_sigprocmask, SIG_BLOCK, &held, &before_, _NSIG / 8);
 }
 
 HeldSignals::~HeldSignals() {
-    ::sigprocmask(SIG_SETMASK, &before_, nullptr);
+    ::syscall(SYS_rt_sigprocmask, SIG_SETMASK, &before_, nullptr, _NSIG / 8);
 }
 
 std::time_t curtime() {

@@ -40,7 +40,7 @@ class HeldSignals {
     HeldSignals& operator=(const HeldSignals&) = delete;
 
   private:
-    sigset_t before_;
+    sigset_t before_{};
 };
 
 // The current time in seconds.
