@@ -1,210 +1,198 @@
-// The load driver on any main file, programs and directories unchecked: the settings afterwards,
-// or the value that the message names, against the common rules spelled out plainly.
+// The loading of a main file and of a rights file, in a throwaway installation: loaded twice as
+// once, each setting as its value alone would make it, and a refusal of what stands in the file.
 //
-// Input: the load mask, on its line, and the file.
-#include "settings/catalogue.h"
-#include "settings/conf.h"
-#include "conf/load_rules.h"
-#include "settings/rights.h"
-#include "exit.h"
+// Input: on its line "m" and the load mask, or "s" and the mask for the rows of the search service,
+// or "r" and a role for the rights; and the file.
 #include "model.h"
+#include "settings/conf.h"
+#include "settings/kinds.h"
+#include "settings/rights.h"
+#include "settings/setdir.h"
 #include "support.h"
 
-#include <algorithm>
-#include <map>
+#include <cstring>
+#include <filesystem>
+#include <netdb.h>
 
 using namespace ov;
 using namespace ov::fuzz;
 
+extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, std::size_t most);
+
 namespace {
 
-constexpr unsigned Unchecked = RC_NOCHECK | RC_NODIRCHECK;
-
 struct File {
-    std::string_view text;
-    std::vector<SlowEntry> lines = slow_entries(text, LineMode);
-    std::vector<SlowEntry> tokens = slow_entries(text, TokenMode);
-
-    const SlowEntry* entry(const Row& row) const {
-        const bool boolean = row.rule.load == load_rules::load_boolean;
-        return slow_lookup(boolean ? tokens : lines, row.section, row.key);
-    }
-    const SlowEntry* entry(const RightRow& row, std::string_view section) const {
-        const bool boolean = row.rule == RightRule::Boolean;
-        return slow_lookup(boolean ? tokens : lines, section, row.key);
-    }
+    std::string path;
+    SlowFile slow;
+    char kind;     // the first character of the input
+    unsigned mask; // of the load
+    unsigned role; // whose rights they are
 };
 
-enum class Judgement { Unknown, Valid, Invalid };
-struct Judged {
-    Judgement judgement = Judgement::Unknown;
-    std::string shown;
-};
-
-Judged judged_if(bool valid, const std::string& value) {
-    return {valid ? Judgement::Valid : Judgement::Invalid, value};
+// The settings of an installation in which nothing has been loaded.
+void start() {
+    reset_settings();
+    RootDirectory.set(scratch("root/"));
+    QueueDirectory.set(scratch("root/"));
+    for (const char* name : {"etc/group", "admin", "mqueue", "aqueue", "template", "history"}) {
+        std::filesystem::create_directories(scratch("root/") + name);
+    }
+    // No test files in directories that the input names.
+    ArchiveHardLink = QuarantineHardLink = 0;
 }
 
-// The number of a setting, when its type can hold it.
-Judged judged_number(const Row& row, std::int64_t number) {
-    if (std::holds_alternative<int*>(row.variable)) {
-        return judged_if(number == static_cast<int>(number), shown(number));
-    }
-    if (std::holds_alternative<long*>(row.variable)) {
-        return {Judgement::Valid, shown(number)};
-    }
-    return {};
+// The lookup of a key in the mode of its row; booleans are tokens.
+const SlowEntry* entry_of(const File& file, const char* section, const Columns& row) {
+    const bool token = &kind_of(row.load) == &kinds::Boolean;
+    return file.slow.lookup(section, key_of(row), token ? TokenMode : manner_of(row.load).mode);
 }
 
-// What becomes of a value under the rule of its row, for the rules that many rows have.
-Judged judge(const Row& row, const std::string& value) {
-    const LoadRule& rule = row.rule;
-    if (rule.load == load_rules::load_text) {
-        return {Judgement::Valid, shown(value.c_str())};
+// Loads the file. Returns the refusal as text, empty when there is none.
+std::string loaded(const File& file) {
+    std::optional<Configuration> opened = Configuration::open(file.path.c_str());
+    const char* section = AllRoles[file.role].section;
+    auto& [snapshot, load] = opened.value();
+    load.mask = file.mask;
+    const std::optional<Refusal> refusal =
+        file.kind == 'r'   ? load_rights(load, snapshot, section, static_cast<int>(file.role))
+        : file.kind == 's' ? load_rows(load, snapshot, SearchReader)
+                           : load_settings(*opened, file.mask);
+    if (!refusal) {
+        return "";
     }
-    if (rule.load == load_rules::load_boolean) {
-        const int number = slow_boolean(value);
-        return judged_if(number != -1, shown(number));
+    const auto& [verdict, reader, name, line, given_section, given_key, value] = *refusal;
+    require(verdict != Verdict::NotFullPath || !value.starts_with('/'), "it is a full path");
+    const char* key = given_key ? given_key : "";
+    const Row* of_key = find_row(given_section ? given_section : "", key);
+    const Columns* row = of_key ? static_cast<const Columns*>(of_key) : find_right(key);
+    if (row && name == load.file) { // and no local supplement
+        const SlowEntry* entry = entry_of(file, given_section, *row);
+        require_equal(line, entry ? entry->line : 0, "line of a refusal");
+        require_equal(value, entry ? entry->value : "", "value of a refusal");
     }
-    if (rule.load == load_rules::load_word) {
-        for (const VTAB* word = VTable[rule.table]; word->str; ++word) {
-            if (same_name(word->str, value)) {
-                return {Judgement::Valid, shown(word->val)};
-            }
-        }
-        return {Judgement::Invalid, ""};
-    }
-    if (rule.load == load_rules::load_digits) {
-        if (!all_digits(value) || value.size() > rule.longest) {
-            return {Judgement::Invalid, ""};
-        }
-        if (value.size() > 18) {
-            return {}; // too large for this model
-        }
-        const std::int64_t number = std::stoll(value);
-        const bool within = number >= rule.lowest && number <= rule.highest;
-        return within ? judged_number(row, number) : Judged{Judgement::Invalid, ""};
-    }
-    return {};
+    return std::to_string(static_cast<int>(verdict)) + ' ' + key + ' ' + std::to_string(line) +
+           ' ' + value;
 }
 
-// Whether the row is read with this mask by the reader of the main file, and by none else.
-bool is_read(const Row& row, unsigned mask) {
-    const Gate& gate = row.gate;
-    return row.section && gate.readers == MainReader && gate.program == 0 &&
-           (gate.any == 0 || (gate.any & mask) != 0) && (gate.unless & mask) == 0;
-}
-
-// By row: whether steps or other rows change the setting, too.
-std::vector<bool> changed_elsewhere() {
-    std::vector<bool> changed;
+// Loads each value by itself over what has been loaded: nothing changes.
+void check_values(const std::vector<std::string>& initial, const File& file) {
+    Load load{.file = file.path.c_str(), .mask = file.mask};
+    const Reader reader = file.kind == 's' ? SearchReader : MainReader;
     for (const Row& row : catalogue()) {
-        const auto same = [&row](const Row& other) { return other.variable == row.variable; };
-        changed.push_back(std::string_view(row.key).starts_with("Sendmail") ||
-                          std::string_view(row.key) == "ForwardMode" ||
-                          std::count_if(catalogue().begin(), catalogue().end(), same) > 1);
-    }
-    return changed;
-}
-
-// The last line that was printed must name a value that stands in the file, there. No value in
-// front of it may be one that is known to be invalid.
-void check_message(const std::string& errors, const std::string& path, const File& file,
-                   unsigned mask) {
-    for (const Row& row : catalogue()) {
-        if (!row.section) {
+        const Gate& gate = row.gate;
+        const std::string_view key = key_of(row);
+        const bool is_read = (gate.readers & reader) && (!gate.any || (gate.any & file.mask)) &&
+                             !(gate.unless & file.mask);
+        // The keys of the submission programs, and this mode, depend on others.
+        if (is_step(row) || !is_read || gate.program || key.starts_with("Sendmail") ||
+            key == "ForwardMode") {
             continue;
         }
-        const SlowEntry* entry = file.entry(row);
-        const std::string place = path + ":" + std::to_string(entry ? entry->line : 0) + ": ";
-        const std::string name = "[" + std::string(row.section) + "] " + row.key + ": ";
-        const std::string value = entry ? entry->value : "";
-        for (const std::string& message :
-             {place + name + '"' + value + "\" invalid value \n",
-              place + name + '"' + value + "\" must be specified full pathname.\n",
-              place + name + '"' + value + "\" cannnot configuration \n",
-              place + "invalid value, " + name + value + "\n"}) {
-            if (errors.ends_with(message)) {
-                require(judge(row, value).judgement != Judgement::Valid, "refused: " + message);
-                return;
-            }
-        }
-        const bool invalid =
-            entry && is_read(row, mask) && judge(row, value).judgement == Judgement::Invalid;
-        require(!invalid, "not refused: " + place + name + value);
-    }
-    for (const RightRow& row : rights()) {
-        for (const std::string section : {"Admin", "Manager"}) {
-            const SlowEntry* entry = file.entry(row, section);
-            if (entry &&
-                errors.ends_with(path + ":" + std::to_string(entry->line) + ": invalid value, [" +
-                                 section + "] " + row.key + ": " + entry->value + "\n")) {
-                return;
-            }
+        const Variable setting = variable_of(row);
+        const Kind& kind = kind_of(row.load);
+        const std::string once = shown(setting);
+        if (const SlowEntry* entry = entry_of(file, section_of(row), row)) {
+            const Value value{manner_of(row.load), setting, entry->value};
+            require(kind.load({value, load, reader, section_of(row)}) == Verdict::Taken, key);
+            require_equal(once, shown(setting), key);
+        } else if (!kind.absent) {
+            require_equal(once, initial[number_of(row)], key);
         }
     }
-    require_equal(errors, "a message", "the message names no value of the file");
 }
 
-void check_settings(const std::vector<std::string>& before, const File& file, unsigned mask) {
-    static const std::vector<bool> changed = changed_elsewhere();
-    const std::vector<std::string> after = shown_settings();
-    for (std::size_t i = 0; i < catalogue().size(); ++i) {
-        const Row& row = catalogue()[i];
-        if (!is_read(row, mask) || changed[i]) {
-            continue;
-        }
-        const SlowEntry* entry = file.entry(row);
-        const Judged expected = entry             ? judge(row, entry->value)
-                                : row.rule.absent ? Judged{}
-                                                  : Judged{Judgement::Valid, before[i]};
-        require(expected.judgement != Judgement::Invalid, std::string("not refused: ") + row.key);
-        if (expected.judgement == Judgement::Valid) {
-            require_equal(after[i], expected.shown, row.key);
-        }
+// The directories are established as they are loaded.
+void check_directories(const File& file) {
+    const auto found = [] {
+        return shown(&RootDirectory) + shown(&EtcDirectory) + shown(&TemplateDirectory);
+    };
+    start();
+    if (setdir(file.path.c_str()) != 0) {
+        return;
     }
+    require(isvalid_dir(RootDirectory.c_str()) && isvalid_dir(EtcDirectory.c_str()) &&
+                (!TemplateDirectory || isvalid_dir(TemplateDirectory.c_str())),
+            "a directory that is none");
+    const std::string once = found();
+    require(setdir(file.path.c_str()) == 0 && found() == once, "directories established twice");
+    start();
+    Load load{.file = file.path.c_str(), .mask = 0};
+    const std::optional<Snapshot> snapshot = Snapshot::open(load.file, key_index());
+    require(load_rows(load, snapshot.value(), CypherReader) || found() == once,
+            "directories are loaded otherwise");
 }
 
 } // namespace
 
+// Directories are made in the installation only.
+extern "C" int __real_mkdir(const char* path, mode_t mode);
+extern "C" int __wrap_mkdir(const char* path, mode_t mode) {
+    if (std::string_view(path).starts_with(scratch()) && !std::strstr(path, "..")) {
+        return __real_mkdir(path, mode);
+    }
+    errno = EACCES;
+    return -1;
+}
+
+extern "C" hostent* __wrap_gethostbyname(const char*) {
+    static char name[] = "mail.example.com";
+    static hostent host{name, nullptr, 0, 0, nullptr};
+    return &host;
+}
+
+// Puts an entry of some key behind the first line; now and then, the input changes otherwise.
 extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size,
                                                std::size_t most, unsigned seed) {
     const Row& row = catalogue()[seed / 32 % catalogue().size()];
-    const std::string limits[] = {"", "", std::to_string(row.rule.lowest),
-                                  std::to_string(row.rule.highest)};
-    return with_entry(data, size, most, seed, row.section ? row.section : "SMTP", row.key,
-                      limits[(seed >> 20) % std::size(limits)]);
+    const std::string highest = std::to_string(manner_of(row.load).highest);
+    const std::string_view values[] = {
+        highest,  "000000025",  "-1",          "0x10",     "99",      "20M",      "2147483648",
+        "yes",    "4294967295", "999999999G",  "none",     "both",    "",         "\"a # b\"",
+        "[x]",    "/tmp",       "etc",         "admin/",   "a@b;c@d", "10.1.:*",  "2008/12/31",
+        "a:b::c", "{25:z}",     "mx:25 _MSP_", "mx:60001", "1",       "no # \"x", "a@b{9:,c}",
+    };
+    std::string input(reinterpret_cast<const char*>(data), size);
+    const bool of_rights = input.starts_with('r') || is_step(row);
+    const Columns& key =
+        of_rights ? rights()[seed / 32 % rights().size()] : static_cast<const Columns&>(row);
+    std::string entry = "[";
+    entry += !of_rights ? section_of(row) : seed & 0x10000 ? AdminSection : ManagerSection;
+    entry += std::string("]\n") + key_of(key) + " = ";
+    entry += std::string(values[(seed >> 17) % std::size(values)]) + '\n';
+    input.insert(std::min(input.find('\n') + 1, size), entry);
+    if (seed % 3 == 0 || input.size() > most) {
+        return LLVMFuzzerMutate(data, size, most);
+    }
+    std::copy(input.begin(), input.end(), data);
+    return input.size();
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    restore_settings();
-    // No test files in directories that the input names.
-    ArchiveHardLink = QuarantineHardLink = 0;
     Input input(data, size);
-    const unsigned mask = (static_cast<unsigned>(input.number()) & 0xff) | Unchecked;
+    const std::string line = input.line() + ' ';
+    const auto number = static_cast<unsigned>(std::strtoul(line.c_str() + 1, nullptr, 10));
     const std::string text = input.rest();
-    const File file{text};
-    for (const SlowEntry& entry : file.lines) {
-        if (same_name(entry.key, "ArchiveHardLink") || same_name(entry.key, "QuarantineHardLink")) {
-            return -1;
-        }
+    const File file{scratch("main.conf"), SlowFile(text), line[0], number & 0x230ff,
+                    number % Roles};
+    if (file.slow.lookup("Directories", "ArchiveHardLink", TokenMode) ||
+        file.slow.lookup("Directories", "QuarantineHardLink", TokenMode)) {
+        return -1;
     }
 
-    const std::vector<std::string> before = shown_settings();
-    const std::string path = scratch("main.conf");
-    write_file(path, text);
-    Captured errors(stderr);
-    int status = 0;
-    try {
-        read_config(path.c_str(), mask);
-    } catch (const Exit& exit) {
-        status = exit.status;
+    write_file(file.path, text);
+    check_directories(file);
+    start();
+    const std::vector<std::string> initial = shown_settings();
+    const std::string refusal = loaded(file);
+    const std::vector<std::string> once = shown_settings();
+    if (refusal.empty()) {
+        require(loaded(file).empty() && shown_settings() == once, "loaded twice");
+        if (file.kind != 'r' && !(file.mask & RC_AUXONLY)) {
+            check_values(initial, file);
+        }
     }
-    if (status == 0) {
-        check_settings(before, file, mask);
-    } else {
-        require_equal(status, 1, "exit status");
-        check_message(errors.text(), path, file, mask);
-    }
+    start();
+    require_equal(loaded(file), refusal, "loaded again");
+    require(shown_settings() == once, "loaded again");
     return 0;
 }

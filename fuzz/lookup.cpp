@@ -1,134 +1,141 @@
-// The scanner, the lookup of one key and that of all keys, on any file, against the slow ones.
+// The scanner, the lookup of one key and that of all keys, on any file: from memory, in pieces of
+// any size, and from a snapshot, against the slow ones.
 //
 // Input: the size of the answer, how much a read of the file gives at most (0: all), a section and
 // a key, each on its line, and the file.
-#include "conf/conf_tool.h"
 #include "conf/snapshot.h"
 #include "model.h"
 #include "support.h"
 
 #include <algorithm>
-#include <cstring>
-#include <sys/mman.h>
-#include <unistd.h>
+#include <cerrno>
+#include <fcntl.h>
 
 using namespace ov;
 using namespace ov::fuzz;
 
 namespace {
 
-// Large files are read in fewer pieces, and fewer of their names are looked up.
-constexpr std::size_t MostReads = 300;
+// Large files take long: of their names only the one that is asked for is looked up.
 constexpr std::size_t MostNames = 12;
 constexpr std::size_t LargeFile = 4000;
 
-std::size_t longest_read = 0; // 0: no limit
+// What a read of one descriptor gives.
+struct {
+    int descriptor = -1;
+    std::string_view text;
+    std::size_t longest = 0;
+    std::size_t position = 0;
+    unsigned reads = 0;
+} pieces;
 
-Source source_of(std::string_view text) {
-    if (longest_read == 0) {
-        return Source(text);
-    }
-    Fd file(::memfd_create("fuzz", MFD_CLOEXEC));
-    const ssize_t written = ::write(file.get(), text.data(), text.size());
-    require(written == static_cast<ssize_t>(text.size()), "cannot write a file in memory");
-    ::lseek(file.get(), 0, SEEK_SET);
+Source in_pieces(std::string_view text, std::size_t longest) {
+    Fd file(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+    pieces = {file.get(), text, longest > 0 ? longest : text.size()};
     return Source(std::move(file));
 }
 
 // Every `skipping`-th token is followed by the rest of its line.
-void check_tokens(std::string_view text, int skipping) {
-    Source source = source_of(text);
-    SlowScanner slow(text);
+void check_tokens(Source& source, std::string_view text, std::size_t skipping) {
+    SlowScanner slow{text};
     init_scan(source);
     int after_end = 0;
-    for (int count = 1; after_end < 2; ++count) {
+    for (std::size_t count = 1; after_end < 2; ++count) {
         const int expected = slow.scan();
+        after_end += expected == TokenEof;
         require_equal(int{ini_scan(source)}, expected, "token");
-        if (expected == TokenNumber) {
-            require_equal(scan_num, slow.number, "number");
-        }
+        require(expected != TokenNumber || scan_num == slow.number, "number");
         if (skipping > 0 && count % skipping == 0) {
             slow.skip_line();
             skip_eol(source);
         }
         require_equal(scan_str, slow.token, "text of a token");
-        require_equal(scan_len, static_cast<int>(slow.token.size()), "length of a token");
         require_equal(scan_linenumber, slow.line, "line of a token");
-        after_end += expected == TokenEof;
     }
 }
 
-// What a lookup gave, held against the slow one.
-void check_answer(int result, const std::string& value, std::size_t size, const SlowEntry* expected,
-                  const std::string& name) {
-    require_equal(result, expected ? 0 : -1, "result for " + name);
-    require_equal(scan_linenumber, expected ? expected->line : 0, "line of " + name);
-    const std::string whole = expected ? expected->value : "";
-    require_equal(value, whole.substr(0, size > 0 ? size - 1 : 0), "value of " + name);
-}
-
-// A file, read slowly and at once.
+// A file, read slowly, and in all the other ways.
 struct File {
-    std::string_view text;
-    std::vector<SlowEntry> lines = slow_entries(text, LineMode);
-    std::vector<SlowEntry> tokens = slow_entries(text, TokenMode);
-    Snapshot snapshot = Snapshot(source_of(text));
+    std::string text;
+    SlowFile slow;
+    Snapshot snapshot;
+    Source memory;
+    Source pieces;
 };
 
-void check_lookup(const File& file, const std::string& section, const std::string& key,
-                  std::size_t size) {
-    const std::string name = "[" + section + "] " + key;
-    const bool of_rights = same_name(section, "Admin") || same_name(section, "Manager");
-    Source source = source_of(file.text);
-    const auto row =
-        std::find_if(catalogue().begin(), catalogue().end(), [&](const Row& candidate) {
-            return candidate.section && same_name(candidate.section, section) &&
-                   same_name(candidate.key, key);
-        });
+// `asked` is the key that the snapshot was made for, beside those of the index.
+void check_lookup(File& file, const std::string& section, const std::string& key, std::size_t size,
+                  bool asked) {
+    const char* sec = section.c_str();
+    const char* name = key.c_str();
+    const int number = key_index().find(section, key);
     for (const int mode : {LineMode, TokenMode}) {
-        const SlowEntry* expected =
-            slow_lookup(mode == LineMode ? file.lines : file.tokens, section, key);
-        std::string value = "stale";
-        int result = _getprofile(source, section.c_str(), key.c_str(), value, size, mode);
-        check_answer(result, value, size, expected, name);
-        if (of_rights) {
-            result = file.snapshot.lookup(section.c_str(), key.c_str(), value, mode);
-            check_answer(result, value, 8192, expected, name + " among the rights");
-        }
-        if (row != catalogue().end()) {
-            result = file.snapshot.lookup(*row, value, mode);
-            check_answer(result, value, 8192, expected, name + " of the catalogue");
+        const SlowEntry* entry = file.slow.lookup(section, key, mode);
+        const std::string whole = entry ? entry->value : "";
+        std::string value;
+        const auto check = [&](int result, std::size_t room, const char* way) {
+            require_equal(result, entry ? 0 : -1, way);
+            require_equal(scan_linenumber, entry ? entry->line : 0, way);
+            require_equal(value, whole.substr(0, room > 0 ? room - 1 : 0), way);
+            value = "stale";
+        };
+        check(_getprofile(file.memory, sec, name, value, size, mode), size, "from memory");
+        check(_getprofile(file.pieces, sec, name, value, size, mode), size, "in pieces");
+        for (const int row : {number, asked ? static_cast<int>(file.snapshot.wanted()) : -1}) {
+            if (row != -1) {
+                check(file.snapshot.lookup(static_cast<std::size_t>(row), sec, name, value, mode),
+                      MaxText + 1, "scanned");
+            }
         }
     }
     const int header = slow_header(file.text, section);
-    require_equal(get_sec(source, section), header > 0 ? 0 : -1, "header of " + section);
-    require(header == 0 || header == scan_linenumber, "line of the header of " + section);
+    for (Source* source : {&file.memory, &file.pieces}) {
+        require_equal(get_sec(*source, section), header > 0 ? 0 : -1, "header");
+        require(header == 0 || header == scan_linenumber, "line of a header");
+    }
 }
 
 } // namespace
 
+extern "C" off_t __wrap_lseek(int, off_t offset, int) {
+    pieces.position = static_cast<std::size_t>(offset);
+    return offset;
+}
+
 extern "C" ssize_t __real_read(int file, void* buffer, std::size_t size);
 extern "C" ssize_t __wrap_read(int file, void* buffer, std::size_t size) {
-    return __real_read(file, buffer, longest_read > 0 ? std::min(longest_read, size) : size);
+    if (file != pieces.descriptor) {
+        return __real_read(file, buffer, size);
+    }
+    if (++pieces.reads % 7 == 0) {
+        errno = EINTR;
+        return -1;
+    }
+    const std::size_t got = pieces.text.copy(static_cast<char*>(buffer),
+                                             std::min(size, pieces.longest), pieces.position);
+    pieces.position += got;
+    return static_cast<ssize_t>(got);
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     Input input(data, size);
-    const auto answer_size = static_cast<std::size_t>(input.number());
-    longest_read = static_cast<std::size_t>(input.number());
-    const std::string section = c_string(input.line());
-    const std::string key = c_string(input.line());
+    const std::size_t room = input.number();
+    const std::size_t longest = input.number();
+    const std::string section = input.line();
+    const std::string key = input.line();
     const std::string text = input.rest();
 
-    if (longest_read > 0) {
-        longest_read = std::max(longest_read, text.size() / MostReads);
+    Snapshot snapshot(in_pieces(text, longest), key_index(), {section, key});
+    File file{text, SlowFile(text), std::move(snapshot), Source(std::string_view(text)),
+              in_pieces(text, longest)};
+    check_tokens(file.memory, text, room % 5);
+    check_tokens(file.pieces, text, room % 5);
+    check_lookup(file, section, key, room, true);
+    const std::vector<SlowEntry>& entries = file.slow.entries[LineMode];
+    const std::size_t names = text.size() > LargeFile ? 0 : std::min(entries.size(), MostNames);
+    for (std::size_t i = 0; i < names; ++i) {
+        check_lookup(file, entries[i].section, entries[i].key, room, false);
     }
-    check_tokens(text, static_cast<int>(answer_size % 5));
-    const File file{text};
-    check_lookup(file, section, key, answer_size);
-    const std::size_t names = text.size() > LargeFile ? 1 : MostNames;
-    for (std::size_t i = 0; i < std::min(file.lines.size(), names); ++i) {
-        check_lookup(file, file.lines[i].section, file.lines[i].key, answer_size);
-    }
+    pieces.descriptor = -1;
     return 0;
 }
