@@ -44,7 +44,9 @@ std::optional<std::string> mk_dirpath(const char* root, const char* dir) {
         return std::nullopt;
     }
     try {
-        std::string path(base);
+        std::string path;
+        path.reserve(length + 1);
+        path += base;
         path += name;
         if (!ends_in_slash) {
             path += '/';
@@ -66,7 +68,9 @@ std::optional<std::string> mk_filepath(const char* dir, const char* file) {
         return std::nullopt;
     }
     try {
-        std::string path(base);
+        std::string path;
+        path.reserve(base.size() + 1 + name.size());
+        path += base;
         if (!isfullpath(file) && !base.ends_with('/')) {
             path += '/';
         }

@@ -551,9 +551,15 @@ constexpr Rule date() {
 
 // ---- Paths
 
-// A directory setting as an absolute path: nothing may have made it one yet.
-inline std::optional<std::string> absolute(const Text& directory) {
-    return mk_dirpath(RootDirectory.c_str(), directory.c_str());
+// The directory that the row names as an absolute path, which nothing may have made it yet: then
+// `made` holds it. Null when it cannot be made one.
+inline const char* absolute_base(const Value& value, std::optional<std::string>& made) {
+    const Text& base = base_of(value);
+    if (isfullpath(base.c_str()) && base.view().ends_with('/')) {
+        return base.c_str();
+    }
+    made = mk_dirpath(RootDirectory.c_str(), base.c_str());
+    return made ? made->c_str() : nullptr;
 }
 
 // What became of a path that should be stored: nothing was made of it, or it was.
@@ -599,8 +605,8 @@ constexpr Rule path() {
 
 // A file, in EtcDirectory when it is relative. The default is taken there in any case.
 inline std::optional<std::string> file_path(const Value& value, const char* name) {
-    const std::optional<std::string> base = absolute(base_of(value));
-    return mk_filepath(base ? base->c_str() : nullptr, name);
+    std::optional<std::string> made;
+    return mk_filepath(absolute_base(value, made), name);
 }
 inline Verdict load_file(const Loading& value) {
     return take_path(value, file_path(value, value.text.c_str()));
@@ -631,8 +637,9 @@ constexpr Rule full_file() {
 }
 
 inline std::optional<std::string> directory_path(const Value& value, const char* name) {
-    const std::optional<std::string> base = absolute(base_of(value));
-    return base ? mk_dirpath(base->c_str(), name) : std::nullopt;
+    std::optional<std::string> made;
+    const char* base = absolute_base(value, made);
+    return base ? mk_dirpath(base, name) : std::nullopt;
 }
 
 // Stores the path of a directory that stands in the file, when it exists.

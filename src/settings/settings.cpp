@@ -15,12 +15,12 @@ namespace ov {
 #define All(value) {{value, value, value, value, value, value}}
 #define Unset {}
 
-constinit Settings settings = {
+constinit LastingSettings lasting_settings{{
     .ConfigFile = "/etc/Tessary.conf",
 #include "settings/catalogue.def"
 #include "settings/rights.def"
     .SvrList = {}, .NTF_SvrList = {}, .ArchiveMinFreeBlocks = 0, .CoopMinFreeBlocks = 0,
-};
+}};
 
 void reset_settings() {
     std::destroy_at(&settings);

@@ -53,7 +53,13 @@ struct Settings {
     long ArchiveMinFreeBlocks; // [Archive] MinFree, in blocks of its file system
     long CoopMinFreeBlocks;    // [Cooperation] MinFree, likewise
 };
-extern Settings settings;
+// They live to the end of the process: nothing is gained by taking them apart then.
+union LastingSettings {
+    Settings value;
+    ~LastingSettings() {}
+};
+extern LastingSettings lasting_settings;
+inline constexpr Settings& settings = lasting_settings.value;
 
 // Sets all settings to their defaults.
 void reset_settings();
