@@ -1,8 +1,7 @@
 #include "addr/addr_grp.h"
 
-#include "conf/scan.h"
-#include "settings/settings.h"
 #include "util/log.h"
+#include "util/source.h"
 #include "util/text.h"
 #include "util/util.h"
 
@@ -17,6 +16,8 @@
 
 namespace ov {
 
+constinit GroupSettings group_settings;
+
 namespace {
 
 constexpr std::size_t LongestLine = 4094;
@@ -29,7 +30,7 @@ void report_memory(const char* function, int line) {
 
 // The number of hash buckets; a number below 0 is like none.
 unsigned buckets() {
-    return GroupAddressHashSize > 0 ? static_cast<unsigned>(GroupAddressHashSize) : 0;
+    return group_settings.hash_size > 0 ? static_cast<unsigned>(group_settings.hash_size) : 0;
 }
 
 unsigned bucket_of(std::string_view entry) {
@@ -107,7 +108,8 @@ struct Load {
 enum class Outcome { Done, Full, NoMemory };
 
 Outcome load_file(Load& load, const std::string& name) {
-    const std::string path = std::string(Group_Dir.view()) + "/" + name + std::string(Suffix);
+    const std::string path =
+        std::string(group_settings.directory.view()) + "/" + name + std::string(Suffix);
     std::optional<Source> source = Source::open(path.c_str(), FileKind::Regular);
     if (!source) {
         if (errno == ENOENT) {
@@ -132,9 +134,9 @@ Outcome load_file(Load& load, const std::string& name) {
         if (entry.empty()) {
             continue;
         }
-        if (GroupMaxAddresses > 0 && ++load.addresses > GroupMaxAddresses) {
+        if (group_settings.most_addresses > 0 && ++load.addresses > group_settings.most_addresses) {
             syserr("WARNING: GROUP \"%s\" too many addresses: \"%s\" - skip (max. %d)",
-                   name.c_str(), path.c_str(), GroupMaxAddresses);
+                   name.c_str(), path.c_str(), group_settings.most_addresses);
             return Outcome::Full;
         }
         const std::string_view text = load.group.idtab ? shared_copy(entry) : entry;
@@ -282,7 +284,7 @@ int add_addrlist(PatternTable& lists, std::string_view entry, bool idtab) {
 }
 
 void print_group_list() {
-    const std::string path = std::string(Group_Dir.view()) + "/";
+    const std::string path = std::string(group_settings.directory.view()) + "/";
     const std::unique_ptr<DIR, int (*)(DIR*)> directory(::opendir(path.c_str()), ::closedir);
     if (!directory) {
         syserr("%s: opendir failed: \"%s\" (%d)", "print_group_list", path.c_str(), errno);

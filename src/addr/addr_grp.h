@@ -1,8 +1,11 @@
 // Address groups: named sets of mail addresses and address patterns.
 //
-// The group NAME is the file "NAME.addr" in Group_Dir, with one address or pattern a line. "#"
-// starts a comment. Lines are read in lower case. An entry with a "*" is a pattern.
+// The group NAME is the file "NAME.addr" in the directory of the groups, with one address or
+// pattern a line. "#" starts a comment. Lines are read in lower case. An entry with a "*" is a
+// pattern.
 #pragma once
+
+#include "util/text.h"
 
 #include <array>
 #include <cstddef>
@@ -82,8 +85,17 @@ struct ADDRSGROUP {
 };
 using AddressGroup = std::unique_ptr<ADDRSGROUP>;
 
+// Where the groups are, and their limits, as whoever has loaded the settings gives them. They stay
+// the same as long as there is a group.
+struct GroupSettings {
+    Text directory = "";
+    int most_addresses = 0; // of all groups that are read together; 0 and below: no limit
+    int hash_size = 0;      // the number of buckets; 0 and below: one
+};
+extern GroupSettings group_settings;
+
 // The union of the named groups. Groups that are missing or cannot be read, lines of more than 4094
-// characters, and what exceeds GroupMaxAddresses are left out, with a warning in the log. Null for
+// characters, and what exceeds the limit are left out, with a warning in the log. Null for
 // no name, and, after a line in the log, when memory is exhausted.
 AddressGroup read_addrsgrp(const std::vector<std::string>& names);
 AddressGroup read_addrsgrp3(const std::vector<std::string>& names, bool idtab);

@@ -29,8 +29,16 @@ struct Editor {
     bool tells_open_error;     // with the error number
     bool read_error_of_target; // a failed copy back blames the configuration file
 };
-constexpr Editor Modify{"conf_modify", true, false, true, true};
-constexpr Editor Delete{"conf_delete", false, true, false, false};
+constexpr Editor Modify{.name = "conf_modify",
+                        .clears_umask = true,
+                        .logs_temporary_file = false,
+                        .tells_open_error = true,
+                        .read_error_of_target = true};
+constexpr Editor Delete{.name = "conf_delete",
+                        .clears_umask = false,
+                        .logs_temporary_file = true,
+                        .tells_open_error = false,
+                        .read_error_of_target = false};
 
 std::string concat(std::initializer_list<std::string_view> pieces) {
     std::string text;

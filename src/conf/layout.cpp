@@ -3,6 +3,7 @@
 #include "util/text.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <new>
 
@@ -34,6 +35,7 @@ int isfullpath(const char* path) {
 
 std::optional<std::string> mk_dirpath(const char* root, const char* dir) {
     if (!dir || (!isfullpath(dir) && !root)) {
+        errno = EINVAL;
         return std::nullopt;
     }
     const std::string_view base = isfullpath(dir) ? "" : root;
@@ -41,6 +43,7 @@ std::optional<std::string> mk_dirpath(const char* root, const char* dir) {
     const std::size_t length = base.size() + name.size();
     const bool ends_in_slash = (name.empty() ? base : name).ends_with('/');
     if ((!isfullpath(dir) && length > MaxPath) || (!ends_in_slash && length > MaxPath - 1)) {
+        errno = ENAMETOOLONG;
         return std::nullopt;
     }
     try {
@@ -54,17 +57,20 @@ std::optional<std::string> mk_dirpath(const char* root, const char* dir) {
         return path;
     } catch (const std::bad_alloc&) {
         std::fputs("mk_dirpath: malloc failed\n", stderr);
+        errno = ENOMEM;
         return std::nullopt;
     }
 }
 
 std::optional<std::string> mk_filepath(const char* dir, const char* file) {
     if (!file || (!isfullpath(file) && !dir)) {
+        errno = EINVAL;
         return std::nullopt;
     }
     const std::string_view base = isfullpath(file) ? "" : dir;
     const std::string_view name = file;
     if (!isfullpath(file) && base.size() + name.size() > MaxPath) {
+        errno = ENAMETOOLONG;
         return std::nullopt;
     }
     try {
@@ -78,6 +84,7 @@ std::optional<std::string> mk_filepath(const char* dir, const char* file) {
         return path;
     } catch (const std::bad_alloc&) {
         std::fputs("mk_filepath: malloc failed\n", stderr);
+        errno = ENOMEM;
         return std::nullopt;
     }
 }

@@ -15,9 +15,9 @@ namespace ov {
 int isfullpath(const char* path);
 
 // The path of a directory, with a "/" at its end: `dir` itself when it is absolute, otherwise
-// `root` directly followed by `dir` (a root ends in "/"). Nothing when either is missing, when
-// they are too long, when a "/" would be the 4096th character or, after a message on standard
-// error, when memory is exhausted.
+// `root` directly followed by `dir` (a root ends in "/"). Nothing, with errno set, when either is
+// missing, when they are too long, when a "/" would be the 4096th character or, after a message on
+// standard error, when memory is exhausted (ENOMEM).
 std::optional<std::string> mk_dirpath(const char* root, const char* dir);
 
 // The path of a file: `file` itself when it is absolute, otherwise `file` in the directory `dir`,

@@ -1,5 +1,6 @@
 #include "settings/conf.h"
 
+#include "addr/addr_grp.h"
 #include "conf/layout.h"
 #include "settings/aux_sections.h"
 #include "settings/catalogue.h"
@@ -16,7 +17,7 @@ namespace ov {
 
 namespace {
 
-// Tells logging and the system services what has been loaded.
+// Tells logging, the system services and the groups what has been loaded.
 void equip_services() {
     services.facility = LogFacility;
     services.level = LogLevel;
@@ -27,6 +28,9 @@ void equip_services() {
     services.log_directory.set(LogDirectory.view());
     services.alternate_host_id = AlternateHostID;
     services.no_core = DBG_NoCore != 0;
+    group_settings.directory.set(Group_Dir.view());
+    group_settings.most_addresses = GroupMaxAddresses;
+    group_settings.hash_size = GroupAddressHashSize;
 }
 
 Refusal cannot_open(const char* file) {

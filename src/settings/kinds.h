@@ -575,11 +575,9 @@ inline Verdict take_path(const Loading& value, const std::optional<std::string>&
 // absent is never refused.
 inline Verdict take_default(const Loading& value, const std::optional<std::string>& path) {
     Text& target = setting<Text>(value);
-    const std::size_t length =
-        RootDirectory.view().size() + base_of(value).view().size() + target.view().size();
     if (path) {
         target.set(*path);
-    } else if (target && length < MaxPath) {
+    } else if (target && errno == ENOMEM) {
         return Verdict::MemoryExhausted;
     }
     return Verdict::Taken;
@@ -606,7 +604,8 @@ constexpr Rule path() {
 // A file, in EtcDirectory when it is relative. The default is taken there in any case.
 inline std::optional<std::string> file_path(const Value& value, const char* name) {
     std::optional<std::string> made;
-    return mk_filepath(absolute_base(value, made), name);
+    const char* base = absolute_base(value, made);
+    return base || isfullpath(name) ? mk_filepath(base, name) : std::nullopt;
 }
 inline Verdict load_file(const Loading& value) {
     return take_path(value, file_path(value, value.text.c_str()));

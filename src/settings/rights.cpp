@@ -35,6 +35,63 @@ std::span<const CombinedQuery> combined_queries() {
     return queries;
 }
 
+std::span<const Right> listed_rights() {
+    using enum Right;
+    static constexpr Right listed[] = {
+        HoldList,
+        HoldMessage,
+        HoldAttach,
+        HoldReason,
+        HoldForward,
+        HoldApprove,
+        HoldCancel,
+        HoldFreeze,
+        HoldConfirm,
+        ArchiveList,
+        ArchiveMessage,
+        ArchiveAttach,
+        ArchiveBackup,
+        ArchiveRetrieve,
+        ViewStatistics,
+        ViewScreeningLog,
+        ViewManagerLog,
+        ViewViewerLog,
+        CheckPcode,
+        CSVDownload,
+        StatOptionMask,
+        RealName,
+        PolicyACLRule,
+        PolicyAttachment,
+        PolicyKeyword,
+        ConfNotice,
+        ConfGroup,
+        ConfSystem,
+        SystemBoot,
+        LogLowerBound,
+        LogUpperBound,
+        LogLimit,
+        ExcludeGroup,
+        Group,
+        Group_complement,
+        FromFilter,
+        FromFilterSelect_Log,
+        FromFilterSelect_Queue,
+        RcptFilter,
+        RcptFilterSelect_Log,
+        RcptFilterSelect_Queue,
+        LogGrouping,
+        QueueGrouping,
+        StatGrouping,
+        LoggingManager,
+        LoggingViewer,
+        SelectGroupList,
+        SelectGroup,
+        FromFilterSelect_Search,
+        RcptFilterSelect_Search,
+    };
+    return listed;
+}
+
 int access_cffile(int rank, const char* user, std::string& path, std::string* section) {
     if (!user) {
         return -1;

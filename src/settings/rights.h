@@ -39,6 +39,9 @@ struct CombinedQuery {
 };
 std::span<const CombinedQuery> combined_queries();
 
+// The rights that the listing of a user has, in its order.
+std::span<const Right> listed_rights();
+
 // The rights file of a user of the role `rank`, and, when `section` is given, the section that all
 // of it stands in. Returns 0, or -1 for no user, and, after a line in the log, for no such role.
 int access_cffile(int rank, const char* user, std::string& path, std::string* section);

@@ -82,6 +82,7 @@ Options parse_options(int argc, char** argv) {
             refuse_combination(options.remove || options.show || options.check, 'r');
             options.replace = true;
             break;
+        // Both are refused in the name of -c. Scripts know these replies.
         case 'm':
             refuse_combination(options.remove || options.replace || options.show, 'c');
             options.load = true;

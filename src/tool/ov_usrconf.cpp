@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -96,6 +95,18 @@ const char* key_of(Right right) {
     return key_of(row_of(right));
 }
 
+// The right to choose the set that goes with an access level, where there is one.
+std::optional<Right> set_of(Right right) {
+    switch (right) {
+    case Right::PolicyAttachment:
+        return Right::PolicyAttachmentSet;
+    case Right::PolicyKeyword:
+        return Right::PolicyKeywordSet;
+    default:
+        return std::nullopt;
+    }
+}
+
 void print_named_mask(const Rights& user, Right right) {
     std::printf("%s: 0x%08x\n", key_of(right), user.bits(right));
 }
@@ -105,23 +116,12 @@ void print_named_text(const Rights& user, Right right) {
     std::printf("%s: %s\n", key_of(right), text ? text.c_str() : "");
 }
 
-void print_flags(const Rights& user, std::initializer_list<Right> rights) {
-    for (const Right right : rights) {
-        std::printf("%s: %s\n", key_of(right), user.flag(right) ? "1" : "0");
-    }
-}
-
 void print_level(const Rights& user, Right right) {
-    std::printf("%s: %1d\t%1d\n", key_of(right), user.bit(right, 0), user.bit(right, 1));
-}
-
-void print_level_and_set(const Rights& user, Right right, Right set) {
-    std::printf("%s: %1d\t%1d\t%1d\n", key_of(right), user.bit(right, 0), user.bit(right, 1),
-                user.number(set));
-}
-
-void print_selection(const Rights& user, Right right) {
-    std::printf("%s: %s\n", key_of(right), user.selection(right));
+    std::printf("%s: %1d\t%1d", key_of(right), user.bit(right, 0), user.bit(right, 1));
+    if (const std::optional<Right> set = set_of(right)) {
+        std::printf("\t%1d", user.number(*set));
+    }
+    std::putchar('\n');
 }
 
 void print_names(const Rights& user, Right right) {
@@ -136,14 +136,14 @@ void print_names(const Rights& user, Right right) {
     std::putchar('\n');
 }
 
-void print_date(const Rights& user, Right right, const char* unset) {
+void print_date(const Rights& user, Right right) {
     const char* text = user.text(right).c_str();
     int year = 0;
     int month = 0;
     int day = 0;
     std::printf("%s: ", key_of(right));
-    if (!text) {
-        std::printf("%s\n", unset);
+    if (!text) { // the two spellings differ; scripts look for each
+        std::puts(right == Right::LogLowerBound ? "***unspecified***" : "*** unspecified ***");
     } else if (date_str(text, &year, &month, &day) == 0) {
         std::printf("%04d/%02d/%02d\n", year, month, day);
     } else {
@@ -151,42 +151,31 @@ void print_date(const Rights& user, Right right, const char* unset) {
     }
 }
 
+// A right as the listing has it: in the form that its type, and then its query, calls for.
+void print_right(const Rights& user, Right right) {
+    const RightRow& row = row_of(right);
+    if (std::holds_alternative<PerRole<WordList> Settings::*>(row.member)) {
+        print_names(user, right);
+    } else if (std::holds_alternative<PerRole<Text> Settings::*>(row.member)) {
+        row.query == RightQuery::NamedText ? print_named_text(user, right)
+                                           : print_date(user, right);
+    } else if (std::holds_alternative<PerRole<unsigned> Settings::*>(row.member)) {
+        row.query == RightQuery::NamedMask ? print_named_mask(user, right)
+                                           : print_level(user, right);
+    } else if (manner_of(row.load).table != -1) {
+        std::printf("%s: %s\n", key_of(right), user.selection(right));
+    } else {
+        std::printf("%s: %d\n", key_of(right), user.number(right));
+    }
+}
+
 void print_listing(const Rights& user, const Options& options, int rank, bool has_file) {
-    using enum Right;
     std::printf("#user: [%s](%d)\n", options.user ? options.user->c_str() : "not specified", rank);
     std::printf("#conf: [%d]\n", has_file ? 1 : 0);
     std::puts("--");
-    print_flags(user,
-                {HoldList,         HoldMessage,    HoldAttach,    HoldReason,      HoldForward,
-                 HoldApprove,      HoldCancel,     HoldFreeze,    HoldConfirm,     ArchiveList,
-                 ArchiveMessage,   ArchiveAttach,  ArchiveBackup, ArchiveRetrieve, ViewStatistics,
-                 ViewScreeningLog, ViewManagerLog, ViewViewerLog, CheckPcode,      CSVDownload});
-    print_named_mask(user, StatOptionMask);
-    print_named_text(user, RealName);
-    print_level(user, PolicyACLRule);
-    print_level_and_set(user, PolicyAttachment, PolicyAttachmentSet);
-    print_level_and_set(user, PolicyKeyword, PolicyKeywordSet);
-    for (const Right right : {ConfNotice, ConfGroup, ConfSystem}) {
-        print_level(user, right);
+    for (const Right right : listed_rights()) {
+        print_right(user, right);
     }
-    print_flags(user, {SystemBoot});
-    // The two spellings differ; scripts look for each.
-    print_date(user, LogLowerBound, "***unspecified***");
-    print_date(user, LogUpperBound, "*** unspecified ***");
-    std::printf("%s: %d\n", key_of(LogLimit), user.number(LogLimit));
-    print_names(user, ExcludeGroup);
-    print_names(user, Group);
-    print_flags(user, {Group_complement, FromFilter});
-    print_selection(user, FromFilterSelect_Log);
-    print_selection(user, FromFilterSelect_Queue);
-    print_flags(user, {RcptFilter});
-    print_selection(user, RcptFilterSelect_Log);
-    print_selection(user, RcptFilterSelect_Queue);
-    print_flags(user, {LogGrouping, QueueGrouping, StatGrouping, LoggingManager, LoggingViewer,
-                       SelectGroupList});
-    print_names(user, SelectGroup);
-    print_selection(user, FromFilterSelect_Search);
-    print_selection(user, RcptFilterSelect_Search);
 }
 
 void print_groups(const Rights& user) {
@@ -252,9 +241,8 @@ void answer_selectable(const Rights& user) {
 void answer_level_and_set(const Rights& user, Right right) {
     const bool keyword = right == Right::PolicyKeyword;
     const WordList& sets = user.names(keyword ? Right::SetKEYWD : Right::SetMTYPE);
-    const Right set = keyword ? Right::PolicyKeywordSet : Right::PolicyAttachmentSet;
     std::printf("%1d\t%1d\t%1d\n", user.bit(right, 0), user.bit(right, 1),
-                sets ? 0 : user.number(set));
+                sets ? 0 : user.number(*set_of(right)));
 }
 
 // Answers a query for one right. Returns whether it can be asked for.

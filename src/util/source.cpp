@@ -1,0 +1,91 @@
+#include "util/source.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace ov {
+
+namespace {
+
+// Grows for a file with a longer line.
+constexpr std::size_t BufferSize = 65536;
+
+} // namespace
+
+Source::Source(Fd file) : file_(std::move(file)), at_end_(false) {
+    struct stat info {};
+    regular_ = ::fstat(file_.get(), &info) == 0 && S_ISREG(info.st_mode);
+    // A small file is read at once, with room to see its end.
+    const auto size = static_cast<std::size_t>(std::max<off_t>(info.st_size, 0));
+    capacity_ = regular_ && size > 0 && size < BufferSize ? size + 1 : BufferSize;
+    buffer_ = std::make_unique_for_overwrite<char[]>(capacity_);
+    next_window();
+    at_start_ = true;
+}
+
+std::optional<Source> Source::open(const char* path, FileKind kind) {
+    Fd file = open_file(path, O_RDONLY, kind);
+    if (!file) {
+        return std::nullopt;
+    }
+    return Source(std::move(file));
+}
+
+void Source::rewind() {
+    position_ = 0;
+    if (at_start_) {
+        return;
+    }
+    ::lseek(file_.get(), 0, SEEK_SET);
+    at_end_ = false;
+    used_ = 0;
+    window_ = {};
+    next_window();
+    at_start_ = true;
+}
+
+void Source::next_window() {
+    if (at_end_) {
+        return;
+    }
+    // The beginning of a line that has not been read to its end comes to the front.
+    const std::size_t begun = used_ - window_.size();
+    std::copy_n(buffer_.get() + window_.size(), begun, buffer_.get());
+    used_ = begun;
+    position_ = 0;
+    at_start_ = false;
+    for (;;) {
+        if (used_ >= LongestFileLine) {
+            at_end_ = true;
+            window_ = {buffer_.get(), used_};
+            return;
+        }
+        if (used_ == capacity_) {
+            auto larger = std::make_unique_for_overwrite<char[]>(capacity_ * 2);
+            std::copy_n(buffer_.get(), used_, larger.get());
+            buffer_ = std::move(larger);
+            capacity_ *= 2;
+        }
+        const ssize_t got = ::read(file_.get(), buffer_.get() + used_, capacity_ - used_);
+        if (got == -1 && errno == EINTR) {
+            continue;
+        }
+        if (got <= 0) {
+            at_end_ = true;
+            window_ = {buffer_.get(), used_};
+            return;
+        }
+        const std::string_view read(buffer_.get() + used_, static_cast<std::size_t>(got));
+        const std::size_t feed = read.rfind('\n');
+        used_ += read.size();
+        if (feed != read.npos) {
+            window_ = {buffer_.get(), used_ - read.size() + feed + 1};
+            return;
+        }
+    }
+}
+
+} // namespace ov

@@ -1,0 +1,63 @@
+// Files of lines, read window by window.
+#pragma once
+
+#include "util/handle.h"
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string_view>
+
+namespace ov {
+
+// No line is longer than this. A device without an end, or without a line feed, must not take all
+// memory: it reads as if the file ended there.
+inline constexpr std::size_t LongestFileLine = std::size_t{64} << 20;
+
+// An open file of lines and how far it has been read. A window of whole lines is held at a time;
+// what is given out points into it and lives until the window moves on.
+class Source {
+  public:
+    // Reads the open file `file`. A read error looks like the end of the file.
+    explicit Source(Fd file);
+    // Reads `text`, which must outlive the source.
+    explicit Source(std::string_view text) : window_(text) {}
+    // The file `path`; nothing, with errno set, when it cannot be opened.
+    static std::optional<Source> open(const char* path, FileKind kind = FileKind::Any);
+
+    // Goes back to the first byte.
+    void rewind();
+
+    // Whether it can be read again from the start with the same outcome.
+    bool is_regular_file() const { return regular_; }
+
+    // The window: it ends behind a line feed or with the file.
+    std::string_view window() const { return window_; }
+    std::size_t position() const { return position_; }
+    // The character at the position, or -1 at the end of the file.
+    int lookahead() const {
+        return position_ < window_.size() ? static_cast<unsigned char>(window_[position_]) : -1;
+    }
+    // Goes on to `position` in the window; at its end, to the start of the next one.
+    void move_to(std::size_t position) {
+        position_ = position;
+        if (position_ == window_.size()) {
+            next_window();
+        }
+    }
+
+  private:
+    void next_window();
+
+    Fd file_;
+    bool regular_ = false;
+    bool at_end_ = true;   // nothing more can be read
+    bool at_start_ = true; // the window is the first one
+    std::unique_ptr<char[]> buffer_;
+    std::size_t capacity_ = 0;
+    std::size_t used_ = 0; // bytes in the buffer, those behind the window included
+    std::string_view window_;
+    std::size_t position_ = 0;
+};
+
+} // namespace ov
