@@ -1,9 +1,12 @@
 // What becomes of values that are not shown, and of the queues that loading tries.
+#include "addr/addr_grp.h"
 #include "installation.h"
+#include "settings/aux_sections.h"
 #include "settings/conf.h"
 #include "settings/isvalid_msp.h"
 #include "settings/rights.h"
 #include "settings/settings.h"
+#include "util/util_settings.h"
 
 #include <cerrno>
 #include <gtest/gtest.h>
@@ -13,6 +16,33 @@ namespace ov {
 namespace {
 
 constexpr unsigned All = 0x00ff;
+
+// What logging and the system services are told.
+TEST(Load, ServicesAreEquipped) {
+    const test::Installation gateway;
+    gateway.configure("[Log]\nLogFacility = 3\nLogLevel = 4\nSystemLogOption = 5\nLogPerm = 6\n"
+                      "Log_uid = 7\nLog_gid = 8\n[Archive]\nAlternateHostID = 9\n"
+                      "[Debug]\nNoCore = no\n[Mail]\nGroupMaxAddresses = 10\n");
+    setconfig(gateway.file.c_str(), All, NoRole, nullptr);
+    EXPECT_EQ(std::tuple(services.facility, services.level, services.log_option, services.log_mode,
+                         services.log_owner, services.log_group, services.alternate_host_id,
+                         services.no_core, group_settings.most_addresses),
+              std::tuple(3U, 4, 5U, 6, 7U, 8U, 9UL, false, 10));
+    EXPECT_EQ(services.log_directory.view(), gateway.path("logs/"));
+}
+
+// An auxiliary section alone; a file that cannot be opened leaves what has been loaded.
+TEST(Load, AuxiliarySections) {
+    const test::Installation gateway;
+    gateway.configure("[Cypher]\nencode = 5\n[Cooperation]\nFTPPort = 6\n");
+    read_config_cypher(gateway.file.c_str(), 0);
+    EXPECT_EQ(std::pair(IBE_encode, FTPPort), std::pair(5, 21));
+    read_config_transfer(gateway.file.c_str(), 0);
+    EXPECT_EQ(FTPPort, 6);
+    test::CapturedErrors errors;
+    read_config_transfer("/no/such", 0);
+    EXPECT_EQ(errors.text(), "cannot open configfile \"/no/such\" (2)\n");
+}
 
 TEST(Load, StoredValues) {
     const test::Installation gateway;
