@@ -83,25 +83,20 @@ constexpr Rules rules(Rule load, Column... columns) {
 }
 
 // Whether the kinds of a row know what to do with a setting of the type, and have words for it.
-#ifdef __SANITIZE_ADDRESS__ // GCC then takes no function's address for a constant
-#define IS_GIVEN(function) true
-#else
-#define IS_GIVEN(function) ((function) != nullptr)
-#endif
 template <class Type>
 constexpr bool can_load(const Rules& row) {
     const Kind& kind = *row.load.kind;
-    return IS_GIVEN(kind.load) && kind.words.load && (kind.types & type_of<Type>());
+    return kind.load && kind.words.load && (kind.types & type_of<Type>());
 }
 template <class Type>
 constexpr bool can_check(const Rules& row) {
     const Kind* kind = row.check.kind;
-    return !kind || (IS_GIVEN(kind->check) && kind->words.check && (kind->types & type_of<Type>()));
+    return !kind || (kind->check && kind->words.check && (kind->types & type_of<Type>()));
 }
 template <class Type>
 constexpr bool can_show(const Rules& row) {
     const Kind* kind = row.show.kind;
-    return !kind || (IS_GIVEN(kind->show) && kind->words.show && (kind->types & type_of<Type>()));
+    return !kind || (kind->show && kind->words.show && (kind->types & type_of<Type>()));
 }
 #define HOLD_AGAINST_THE_TYPE(name, type, ...)                                                     \
     static_assert(can_load<type>(rules(__VA_ARGS__)),                                              \
