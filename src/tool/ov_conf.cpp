@@ -51,7 +51,9 @@ void refuse_combination(bool combined, char named) {
 
 Options parse_options(int argc, char** argv) {
     Options options;
-    for (int c; (c = ::getopt(argc, argv, "f:vs:k:drlacmp")) != -1;) {
+    constexpr const char* Known = "f:vs:k:drlacmp";
+    opterr = 0;
+    for (int c; (c = ::getopt(argc, argv, Known)) != -1;) {
         switch (c) {
         case 'f':
             ConfigFile.set(optarg);
@@ -92,7 +94,7 @@ Options parse_options(int argc, char** argv) {
             options.check_msp = true;
             break;
         default:
-            refuse("510 Unknown option: %c\n", c);
+            refuse_option(Known);
         }
     }
     return options;

@@ -38,7 +38,9 @@ bool isvalid_username(std::string_view name) {
 
 Options parse_options(int argc, char** argv, bool is_search) {
     Options options;
-    for (int c; (c = ::getopt(argc, argv, "f:u:gmv")) != -1;) {
+    constexpr const char* Known = "f:u:gmv";
+    opterr = 0;
+    for (int c; (c = ::getopt(argc, argv, Known)) != -1;) {
         switch (c) {
         case 'f':
             ConfigFile.set(optarg);
@@ -60,7 +62,7 @@ Options parse_options(int argc, char** argv, bool is_search) {
         case 'v':
             print_version(is_search);
         default:
-            refuse("510 Unknown option: %c\n", c);
+            refuse_option(Known);
         }
     }
     return options;

@@ -5,6 +5,8 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <unistd.h>
 
 namespace ov {
 
@@ -21,6 +23,12 @@ void refuse(const char* format, ...) {
     std::vfprintf(stderr, format, args);
     va_end(args);
     std::exit(EXIT_FAILURE);
+}
+
+void refuse_option(const char* known) {
+    const char* what =
+        std::strchr(known, optopt) ? "option requires an argument" : "invalid option";
+    refuse("%s: %s -- '%c': see man %s\n510 Unknown option: ?\n", ProgName, what, optopt, ProgName);
 }
 
 void finish(int status) {
