@@ -29,6 +29,12 @@ struct Key {
     std::string name() const { return section + "." + key; }
 };
 
+// What a key's item of the manual says behind a name; what it does not mention the key lacks.
+std::string said_of(const std::string& item, const std::string& name) {
+    const std::size_t at = item.find("\n" + name + ": ") + name.size() + 3;
+    return at < name.size() + 3 ? "no." : item.substr(at, item.find('\n', at) - at);
+}
+
 // All keys, from the installed sample and the manual.
 std::vector<Key> all_keys() {
     const std::string page =
@@ -44,12 +50,11 @@ std::vector<Key> all_keys() {
         } else if (equal != line.npos && line.find(' ') == equal) {
             const std::string key = line.substr(1, equal - 1);
             std::size_t at = page.find("\n.Ss \\&[" + section + "]");
-            at = page.find("\n.It Ic \"\\&" + key + "\"\n", at);
-            at = page.find("\nCheck: ", at) + 8;
-            const std::size_t show = page.find("\nShow: ", at) + 7;
+            at = page.find("\n.It Ic \"\\&" + key + "\"\n", at) + 1;
+            const std::string item =
+                page.substr(at, std::min(page.find("\n.It ", at), page.find("\n.El", at)) + 1 - at);
             keys.push_back({section, key, comment.substr(2), line.substr(equal + 2),
-                            page.substr(at, page.find('\n', at) - at),
-                            page.substr(show, page.find('\n', show) - show)});
+                            said_of(item, "Check"), said_of(item, "Show")});
         }
         comment = line;
     }

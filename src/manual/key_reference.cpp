@@ -113,6 +113,8 @@ std::vector<SectionReference> key_reference() {
             .needs_full_path = is_file && &kind_of(row.load) == &kinds::FullFile,
             .checked = unless_empty(checked_text(row)),
             .shown = unless_empty(shown_text(row)),
+            .offered = offered_text(row, row.load),
+            .offered_to_check = offered_text(row, row.check),
             .only = only_text(row.gate),
         });
     }

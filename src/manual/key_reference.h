@@ -18,6 +18,8 @@ struct KeyReference {
     bool needs_full_path;               // and cannot be written so into a file
     std::optional<std::string> checked; // what -c accepts; nothing: it cannot be checked
     std::optional<std::string> shown;   // how -a shows it; nothing: it cannot be shown
+    std::string offered;                // values to load that can be listed, and those that -c
+    std::string offered_to_check;       // accepts; empty: they cannot
     std::string only;                   // when it is read at all; empty: always
 };
 

@@ -1,5 +1,7 @@
 #include "manual/vocabulary.h"
 
+#include "settings/load.h"
+
 #include <algorithm>
 #include <limits>
 #include <stdexcept>
@@ -32,10 +34,11 @@ std::string key_of(const Other& setting) {
     return ov::key_of(*found);
 }
 
-std::string words_of(int table) {
+std::string words_of(int table, const char* separator, const char* last_separator) {
     std::string words;
     for (const VTAB* row = VTable[table]; row->str; ++row) {
-        words += (words.empty() ? "" : row[1].str ? ", " : " or ") + std::string(row->str);
+        words += words.empty() ? "" : row[1].str ? separator : last_separator;
+        words += row->str;
     }
     return words;
 }
@@ -93,7 +96,10 @@ std::string filled_in(std::string_view name, const Manner& manner, const Variabl
         return bounds(manner, variable, name == "range");
     }
     if (name == "words") {
-        return words_of(manner.table);
+        return words_of(manner.table, ", ", " or ");
+    }
+    if (name == "choices") {
+        return words_of(manner.table, " ", " ");
     }
     if (name == "separators") {
         return separators(manner.characters.data());
@@ -128,6 +134,31 @@ ValueText accepted_text(const Kind& kind, const Manner& manner, const Variable& 
     return {text.substr(0, bar), bar == text.npos ? "" : text.substr(bar + 1)};
 }
 
+// Whether the empty value loads. It is loaded into a setting that nobody reads.
+bool loads_empty(const Row& row) {
+    return std::visit(
+        [&row](auto* setting) {
+            std::remove_pointer_t<decltype(setting)> unread{};
+            const std::string empty;
+            Load load{.file = "", .mask = RC_NOCHECK};
+            const Loading loading{
+                {manner_of(row.load), &unread, empty}, load, MainReader, section_of(row)};
+            return kind_of(row.load).load(loading) == Verdict::Taken;
+        },
+        variable_of(row));
+}
+
+const char* emptiness(const Row& row) {
+    switch (row.empty) {
+    case Empty::Accepted:
+        return loads_empty(row) ? "; may be empty" : "; may be empty, but does not load then";
+    case Empty::Refused:
+        return "; not empty";
+    default:
+        return "";
+    }
+}
+
 } // namespace
 
 ValueText accepted_text(const Row& row) {
@@ -144,9 +175,7 @@ std::string checked_text(const Row& row) {
     const std::string text = kind.words.check == std::string_view(TheSame)
                                  ? sentence(accepted_text(kind, manner, variable))
                                  : text_of(kind.words.check, manner, variable);
-    return text + (row.empty == Empty::Accepted  ? "; may be empty"
-                   : row.empty == Empty::Refused ? "; not empty"
-                                                 : "");
+    return text + emptiness(row);
 }
 
 std::string shown_text(const Row& row) {
@@ -154,6 +183,33 @@ std::string shown_text(const Row& row) {
         return "";
     }
     return text_of(kind_of(row.show).words.show, manner_of(row.show), variable_of(row));
+}
+
+std::string offered_text(const Row& row, RuleNumber rule) {
+    const char* offered = rule == NoRule ? nullptr : kind_of(rule).words.offered;
+    return offered ? text_of(offered, manner_of(rule), variable_of(row)) : "";
+}
+
+std::map<std::string, std::string> meanings() {
+    std::map<std::string, std::string> all;
+    for (const Row& row : catalogue()) {
+        if (is_step(row)) {
+            continue;
+        }
+        const std::string name = accepted_text(row).kind;
+        std::string& meaning = all[name];
+        const char* said = kind_of(row.load).words.meaning;
+        if (said && !meaning.empty() && meaning != said) {
+            throw std::logic_error("a kind has two meanings: " + name);
+        }
+        meaning = said ? said : meaning;
+    }
+    for (const auto& [name, meaning] : all) {
+        if (meaning.empty()) {
+            throw std::logic_error("a kind has no meaning: " + name);
+        }
+    }
+    return all;
 }
 
 std::string sentence(const ValueText& text) {

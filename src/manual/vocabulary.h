@@ -3,6 +3,7 @@
 
 #include "settings/catalogue.h"
 
+#include <map>
 #include <string>
 
 namespace ov {
@@ -18,6 +19,14 @@ struct ValueText {
 ValueText accepted_text(const Row& row);
 std::string checked_text(const Row& row);
 std::string shown_text(const Row& row);
+
+// The values that the completion offers for the key, as it is loaded or checked; without any:
+// empty.
+std::string offered_text(const Row& row, RuleNumber rule);
+
+// What the kinds are, by their names, for all kinds that a row loads. One without a meaning, or
+// with two, throws.
+std::map<std::string, std::string> meanings();
 
 // The texts of a kind and its details as one sentence without a full stop.
 std::string sentence(const ValueText& text);

@@ -27,6 +27,27 @@ std::string line(std::string text) {
     return text;
 }
 
+// Sentences, each on a line of a manual page.
+std::string lines(std::string text) {
+    text = line(std::move(text));
+    for (std::size_t at = 0; (at = text.find(". ", at)) != text.npos;) {
+        text.replace(at, 2, ".\n");
+    }
+    return text + "\n";
+}
+
+// Sentences as comments of a configuration file, none of them longer than a line of the sample.
+std::string comments(std::string_view text) {
+    constexpr std::size_t Longest = 98;
+    std::string all;
+    while (text.size() > Longest) {
+        const std::size_t blank = text.rfind(' ', Longest);
+        all += "# " + std::string(text.substr(0, blank)) + "\n";
+        text.remove_prefix(blank + 1);
+    }
+    return all + "# " + std::string(text) + "\n";
+}
+
 std::string capitalised(std::string text) {
     if (lower(text[0]) == text[0] && is_letter_or_digit(text[0]) && !is_digit(text[0])) {
         text[0] = static_cast<char>(text[0] - 'a' + 'A');
@@ -48,9 +69,14 @@ std::string manual_key(const KeyReference& key) {
     if (!key.only.empty()) {
         text += "Read with\n.Ql " + argument(key.only) + "\nonly.\n";
     }
-    const bool same = key.checked && *key.checked == sentence(key.accepted);
-    text += ".br\nCheck: " + (same ? "the same" : line(key.checked.value_or("no"))) + ".\n";
-    text += "Show: " + line(key.shown.value_or("no")) + ".\n";
+    text += key.checked || key.shown ? ".br\n" : "";
+    if (key.checked) {
+        const bool same = *key.checked == sentence(key.accepted);
+        text += "Check: " + (same ? "the same" : line(*key.checked)) + ".\n";
+    }
+    if (key.shown) {
+        text += "Show: " + line(*key.shown) + ".\n";
+    }
     return text;
 }
 
@@ -126,8 +152,9 @@ struct Generated {
     std::string (*text)();
 };
 constexpr Generated texts[] = {
-    {"manual_keys", manual_keys},         {"manual_queries", manual_queries},
-    {"manual_rights", manual_rights},     {"sample_keys", sample_keys},
+    {"manual_keys", manual_keys},           {"manual_kinds", manual_kinds},
+    {"manual_unchecked", manual_unchecked}, {"manual_queries", manual_queries},
+    {"manual_rights", manual_rights},       {"sample_keys", sample_keys},
     {"completion_data", completion_data},
 };
 
@@ -136,14 +163,44 @@ constexpr Generated texts[] = {
 std::string manual_keys() {
     std::string text;
     for (const SectionReference& section : key_reference()) {
-        text += std::string(".Ss \\&[") + section.section + "]\\&\n" + section.purpose +
-                "\n.Bl -tag -width Ds\n";
+        text += std::string(".Ss \\&[") + section.section + "]\\&\n" + lines(section.purpose) +
+                ".Bl -tag -width Ds\n";
         for (const KeyReference& key : section.keys) {
             text += manual_key(key);
         }
         text += ".El\n";
     }
     return text;
+}
+
+std::string manual_kinds() {
+    std::string text = ".Bl -tag -width Ds\n";
+    const std::map<std::string, std::string> all = meanings();
+    std::vector<std::pair<std::string, std::string>> sorted(all.begin(), all.end());
+    const auto folded = [](std::string name) {
+        std::transform(name.begin(), name.end(), name.begin(), lower);
+        return name;
+    };
+    std::sort(sorted.begin(), sorted.end(), [&folded](const auto& a, const auto& b) {
+        return folded(a.first) < folded(b.first);
+    });
+    for (const auto& [name, meaning] : sorted) {
+        text += ".It " + name + "\n" + lines(meaning);
+    }
+    return text + ".El\n";
+}
+
+std::string manual_unchecked() {
+    std::size_t keys = 0;
+    std::size_t unchecked = 0;
+    for (const SectionReference& section : key_reference()) {
+        keys += section.keys.size();
+        unchecked +=
+            static_cast<std::size_t>(std::count_if(section.keys.begin(), section.keys.end(),
+                                                   [](const auto& key) { return !key.checked; }));
+    }
+    return "Of the " + std::to_string(keys) + " keys " + std::to_string(unchecked) +
+           " have no check:\n";
 }
 
 std::string manual_queries() {
@@ -179,7 +236,7 @@ std::string sample_keys() {
         std::string(RootDirectory.view()) + std::string(EtcDirectory.view()); // by default
     std::string text;
     for (const SectionReference& section : key_reference()) {
-        text += std::string("\n[") + section.section + "]\n# " + section.purpose + "\n";
+        text += std::string("\n[") + section.section + "]\n" + comments(section.purpose);
         for (const KeyReference& key : section.keys) {
             const std::string initial =
                 (key.is_in_etc && key.needs_full_path ? folder : "") + key.initial.value_or("");

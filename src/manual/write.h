@@ -9,6 +9,12 @@ namespace ov {
 // The list of all sections and keys for a manual page (mdoc).
 std::string manual_keys();
 
+// The list of the kinds of values for a manual page (mdoc).
+std::string manual_kinds();
+
+// How many of the keys have no check, as the beginning of a sentence.
+std::string manual_unchecked();
+
 // The list of the queries for several rights for a manual page (mdoc).
 std::string manual_queries();
 

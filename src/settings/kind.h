@@ -83,6 +83,8 @@ struct Words {
     const char* load;  // "kind" or "kind|details"
     const char* check; //
     const char* show;
+    const char* meaning = nullptr; // of the name of the kind; kinds of one name have it once
+    const char* offered = nullptr; // the values that the completion offers; {choices}: the words
 };
 // The check accepts what is described for the load.
 inline constexpr const char* TheSame = "{load}";

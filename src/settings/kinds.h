@@ -152,7 +152,9 @@ inline bool is_boolean(const Value& value) {
 inline Shown show_boolean(const Value& value) {
     return number_in(value.variable) != 0 ? "true" : "false";
 }
-inline constexpr Kind Boolean{.words = {"boolean", TheSame, "true or false"},
+inline constexpr Kind Boolean{.words = {"boolean", TheSame, "true or false",
+                                        "true, yes, on, 1 or false, no, off, 0, in any case.",
+                                        "yes no"},
                               .types = Numbers,
                               .load = load_boolean,
                               .check = is_boolean,
@@ -167,10 +169,15 @@ inline Verdict load_integer(const Loading& value) {
     const bool within = number && *number >= value.manner.lowest && *number <= value.manner.highest;
     return within ? store(value, number) : Verdict::Invalid;
 }
-inline constexpr Kind Integer{.words = {"number|{bounds}", nullptr, "number"},
-                              .types = Numbers,
-                              .load = load_integer,
-                              .show = show_number};
+inline constexpr Kind Integer{
+    .words = {"number|{bounds}", nullptr, "number",
+              "A decimal number, for permissions, too: 416 is 0640. "
+              "Text behind it is overlooked, and without digits it is 0. "
+              "A setting without a sign takes a negative number and wraps "
+              "it."},
+    .types = Numbers,
+    .load = load_integer,
+    .show = show_number};
 constexpr Rule integer(std::int64_t lowest = std::numeric_limits<std::int64_t>::min(),
                        std::int64_t highest = NoBound) {
     return {&Integer, {.lowest = lowest, .highest = highest}};
@@ -237,11 +244,12 @@ inline Verdict load_digits(const Loading& value) {
 inline bool are_digits(const Value& value) {
     return digits_in(value).has_value();
 }
-inline constexpr Kind Digits{.words = {"digits|{bounds}", TheSame, "number"},
-                             .types = Numbers,
-                             .load = load_digits,
-                             .check = are_digits,
-                             .show = show_number};
+inline constexpr Kind Digits{
+    .words = {"digits|{bounds}", TheSame, "number", "Decimal digits and nothing else."},
+    .types = Numbers,
+    .load = load_digits,
+    .check = are_digits,
+    .show = show_number};
 constexpr Rule digits(std::int64_t lowest = 0, std::int64_t highest = NoBound,
                       std::uint16_t longest = NoLength) {
     return {&Digits, {.lowest = lowest, .highest = highest, .longest = longest}};
@@ -309,7 +317,8 @@ inline Shown show_word(const Value& value) {
     const char* word = str_vtab(value.manner.table, static_cast<int>(number_in(value.variable)));
     return word ? Shown(word) : std::nullopt;
 }
-inline constexpr Kind Word{.words = {"word|{words}", TheSame, "word"},
+inline constexpr Kind Word{.words = {"word|{words}", TheSame, "word",
+                                     "One of the words that are listed, in any case.", "{choices}"},
                            .types = Numbers,
                            .load = load_word,
                            .check = is_word,
@@ -338,7 +347,10 @@ inline Shown show_level(const Value& value) {
     return number_in(value.variable) >= NoLevel ? "none" : show_number(value);
 }
 inline constexpr Kind Level{
-    .words = {"level|{words}, or 0 to 9999", TheSame, "number, or \"none\""},
+    .words = {"level|{words}, or 0 to 9999", TheSame, "number, or \"none\"",
+              "A word or a number; the words stand for 9999 (none), 1 (weak) and 0 (strong). "
+              "Any other word is read as a number without digits: as 0.",
+              "{choices}"},
     .types = Numbers,
     .load = load_level,
     .check = is_level,
@@ -351,9 +363,10 @@ constexpr Rule level() {
 inline bool is_none_or_number(const Value& value) {
     return same_word(value.text, "none") || are_digits(value);
 }
-inline constexpr Kind NoneOrNumber{.words = {nullptr, "level: none, or 0 to 9999", nullptr},
-                                   .types = Numbers,
-                                   .check = is_none_or_number};
+inline constexpr Kind NoneOrNumber{
+    .words = {nullptr, "level: none, or 0 to 9999", nullptr, nullptr, "none"},
+    .types = Numbers,
+    .check = is_none_or_number};
 constexpr Rule none_or_number() {
     return {&NoneOrNumber, {.lowest = 0, .highest = NoLevel}};
 }
@@ -382,12 +395,16 @@ inline Shown show_byte_size(const Value& value) {
     }
     return text;
 }
-inline constexpr Kind Bytes{.words = {"size|in bytes; without a unit: {unit}",
-                                      "size; without a unit: {unit}", "size with units"},
-                            .types = Numbers,
-                            .load = load_bytes,
-                            .check = is_bytes,
-                            .show = show_byte_size};
+inline constexpr Kind Bytes{
+    .words = {"size|in bytes; without a unit: {unit}", "size; without a unit: {unit}",
+              "size with units",
+              "Numbers of at most nine digits, each with a unit \"B\", "
+              "\"K\", \"M\" or \"G\" in either case (1024-based), added up: "
+              "\"1G512M\". The last number may lack its unit."},
+    .types = Numbers,
+    .load = load_bytes,
+    .check = is_bytes,
+    .show = show_byte_size};
 constexpr Rule bytes(char unit = 'K') {
     return {&Bytes, {.characters = {unit}}};
 }
@@ -488,8 +505,10 @@ inline Verdict load_text(const Loading& value) {
     setting<Text>(value).set(value.text);
     return Verdict::Taken;
 }
-inline constexpr Kind PlainText{
-    .words = {"text", nullptr, "text"}, .types = Texts, .load = load_text, .show = show_text};
+inline constexpr Kind PlainText{.words = {"text", nullptr, "text", "Any text."},
+                                .types = Texts,
+                                .load = load_text,
+                                .show = show_text};
 constexpr Rule text() {
     return {&PlainText};
 }
@@ -596,7 +615,11 @@ inline Verdict load_path(const Loading& value) {
     return load_text(value);
 }
 inline constexpr Kind Path{
-    .words = {"path", nullptr, "text"}, .types = Texts, .load = load_path, .show = show_text};
+    .words = {"path", nullptr, "text",
+              "The full path of something; \"ov_conf -m\" wants it to exist."},
+    .types = Texts,
+    .load = load_path,
+    .show = show_text};
 constexpr Rule path() {
     return {&Path};
 }
@@ -613,7 +636,8 @@ inline Verdict load_file(const Loading& value) {
 inline Verdict default_file(const Loading& value) {
     return take_default(value, file_path(value, setting<Text>(value).c_str()));
 }
-inline constexpr Kind File{.words = {"file|relative: in {first}", nullptr, "text"},
+inline constexpr Kind File{.words = {"file|relative: in {first}", nullptr, "text",
+                                     "The path of a file, which need not exist."},
                            .types = Texts,
                            .load = load_file,
                            .absent = default_file,
@@ -658,7 +682,8 @@ inline Verdict load_directory(const Loading& value) {
 inline Verdict default_directory(const Loading& value) {
     return take_default(value, directory_path(value, setting<Text>(value).c_str()));
 }
-inline constexpr Kind Directory{.words = {"directory|relative: under {first}", nullptr, "text"},
+inline constexpr Kind Directory{.words = {"directory|relative: under {first}", nullptr, "text",
+                                          "A directory that exists. A default is not looked at."},
                                 .types = Texts,
                                 .load = load_directory,
                                 .absent = default_directory,
@@ -876,7 +901,7 @@ inline Verdict load_words(const Loading& value) {
     setting<WordList>(value) = std::move(words);
     return Verdict::Taken;
 }
-inline constexpr Kind Words{.words = {"words|{separators}", nullptr, nullptr},
+inline constexpr Kind Words{.words = {"words|{separators}", nullptr, nullptr, "Any words."},
                             .types = type_of<WordList>(),
                             .load = load_words};
 constexpr Rule words(const char* separators) {
@@ -951,8 +976,11 @@ inline Shown show_internal_domains(const Value& value) {
     return get_internaldomain(domain, MaxText + 1) == 0 ? domain : "";
 }
 inline constexpr Kind InternalDomainList{
-    .words = {"domains|{separators}", R"(domains of letters, digits, ".", "-" and "_")",
-              R"(list, separated by ":"; the host's own domain when there is none)"},
+    .words =
+        {"domains|{separators}", R"(domains of letters, digits, ".", "-" and "_")",
+         R"(list, separated by ":"; the host's own domain when there is none)",
+         "Mail domains. Without any, the registrable domain of the host's own name counts; on a "
+         "host whose name has none, they have to be given."},
     .types = type_of<WordList>(),
     .load = load_internal_domains,
     .absent = load_internal_domains,
@@ -981,7 +1009,10 @@ inline Shown show_conditions(const Value& value) {
                   [](const IPADDRCOND& condition) { return condition.str.data(); });
 }
 inline constexpr Kind IpConditionList{
-    .words = {"IP addresses|{separators}", "IP addresses and networks", "list, {separators}"},
+    .words =
+        {"IP addresses|{separators}", "IP addresses and networks", "list, {separators}",
+         "IPv4 addresses, leading parts of one, networks with the mask length behind \"/\", or "
+         "patterns with \"*\"."},
     .types = type_of<IpList>(),
     .load = load_ip_conditions,
     .check = are_networks,
@@ -1050,8 +1081,9 @@ inline Shown show_addresses(const Value& value) {
 }
 inline constexpr Kind MailAddresses{
     .words = {R"(mail addresses|separated by ";" or ","; at most MaxAddressList)",
-              R"(mail addresses of letters, digits, ".", "-" and "_")",
-              R"(list, separated by ";")"},
+              R"(mail addresses of letters, digits, ".", "-" and "_")", R"(list, separated by ";")",
+              "Mail addresses, also with a name, \"Taro <taro@example.com>\": the bare address is "
+              "kept."},
     .types = type_of<AddressList>(),
     .load = load_addresses,
     .check = are_addresses,
@@ -1135,7 +1167,13 @@ inline bool are_servers(const Value& value) {
            });
 }
 inline constexpr Kind Servers{
-    .words = {"servers", nullptr, "text"}, .types = Texts, .load = load_servers, .show = show_text};
+    .words =
+        {"servers", nullptr, "text",
+         "At most eight of \"host\" or \"host:port\", separated by blanks, with a port from 1 to "
+         "60000; without one it is 25."},
+    .types = Texts,
+    .load = load_servers,
+    .show = show_text};
 constexpr Rule servers(ServerList Settings::*list) {
     return {&Servers, {.characters = characters(" "), .first = list}};
 }
