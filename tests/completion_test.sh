@@ -6,7 +6,8 @@ bin=$1
 share=$2
 root=$(mktemp -d)
 trap 'rm -rf "$root"' EXIT
-mkdir "$root/etc" "$root/template" "$root/queue" "$root/people" "$root/admin"
+mkdir -p "$root/etc/group" "$root/template" "$root/queue" "$root/people" "$root/admin"
+touch "$root/etc/group/sales.addr" "$root/etc/group/support.addr" "$root/etc/group/notes"
 touch "$root/people/taro.conf" "$root/people/hanako.conf" "$root/people/notes" "$root/admin/jiro.conf"
 # Names that a shell would run or split, and others that the commands refuse, beside one that has it all.
 # shellcheck disable=SC2016 # nothing is to be expanded
@@ -73,5 +74,70 @@ expect 'yes no' ov_admconf -m HoldList =
 expect 'no' ov_admconf -m HoldList = n
 expect 'HoldList=yes HoldList=no' ov_admconf -gm HoldList=
 expect '' ov_conf -s SMTP -k SmtpPort -c ''
+# Values where they can be listed; those that a check takes may be fewer.
+expect 'yes no' ov_conf -s smtp -k ADDReceivedField -c ''
+expect 'postfix' ov_conf -s SMTP -k MailSubmissionProgram -r P
+expect 'yes no' ov_conf -r -s SMTP -k Limit2GB -- ''
+expect '' ov_conf -s SMTP -k Limit2GB -c ''
+expect 'none weak strong' ov_conf -s Screening -k MIMEngLevel -r ''
+expect 'none' ov_conf -s Screening -k MIMEngLevel -c ''
+expect '-a -c -d -f -k -l -m -p -r -s -v' ov_conf -s SMTP -r -
+# A mode offers the keys that it works on.
+expect 'MaxConnections MaxMessageSize' ov_conf -c -s SMTP -k max
+expect 'AddReceivedField' ov_conf -s SMTP -a -k add
+expect '' ov_conf -l -s SMTP -k GreetingMessage
+expect 'GreetingMessage' ov_conf -d -s SMTP -k Greet
+expect "$root/conf" ov_conf -s SMTP -k SmtpPort -l "$root/co"
+expect "$root/conf" ov_conf -a -s SMTP -k SmtpPort "$root/co"
+# Groups, one after the other.
 expect '' ov_admconf -m Group =
+expect 'sales support' ov_admconf -f "$root/conf" -m Group =
+expect 'sales support' ov_admconf -f "$root/conf" -u taro -m ExcludeGroup = sales : s
+expect 'support' ov_admconf -f "$root/conf" -m SelectGroup = sales : sU
+expect 'Group=sales:support' ov_admconf -f "$root/conf" -m Group=sales:su
+expect '' ov_admconf -f "$root/conf" -m RealName = s
+
+# offers_in SHELL WORD...: what another shell offers for the last word.
+offers_in() {
+    local shell=$1
+    shift
+    # shellcheck disable=SC2016 # is for the other shell
+    case $shell in
+    zsh)
+        zsh -f -c 'fpath=($1 $fpath); shift; autoload -U _ov_conf
+            compadd() { [[ $2 == -S ]] && shift 2; print -l -- "${@[3,-1]}"; }
+            _files() { print files; }
+            words=("$@") CURRENT=$# PREFIX=${@[-1]}; _ov_conf' zsh "$share/zsh/vendor-completions" "$@"
+        ;;
+    fish)
+        fish -N -c 'source $argv[1]; complete -C $argv[2]' \
+            "$share/fish/vendor_completions.d/$1.fish" "$*"
+        ;;
+    esac
+}
+# expect_in SHELL REPLIES WORD...: the replies sorted.
+expect_in() {
+    local shell=$1 expected=$2 offers
+    shift 2
+    offers=$(offers_in "$shell" "$@" | sed '/^$/d' | sort | paste -sd ' ')
+    if [ "$offers" != "$expected" ]; then
+        printf '%s: %s\n    offers: %s\n    wanted: %s\n' "$shell" "$*" "$offers" "$expected" >&2
+        failures=$((failures + 1))
+    fi
+}
+for shell in zsh fish; do
+    if ! command -v "$shell" >/dev/null; then
+        echo "$shell is not installed: its completion is not tested"
+        continue
+    fi
+    # Names of files are what the shell itself offers.
+    files=$([ "$shell" = zsh ] && echo files || echo "$root/conf")
+    expect_in "$shell" "$files" ov_conf -f "$root/co"
+    expect_in "$shell" 'Debug' ov_conf -s debu
+    expect_in "$shell" 'none strong weak' ov_conf -s Screening -k MIMEngLevel -r ''
+    expect_in "$shell" '' ov_conf -s SMTP -k SmtpPort -c ''
+    expect_in "$shell" 'jiro' ov_admconf -f "$root/conf" -u ''
+    expect_in "$shell" 'HoldReason=' ov_admconf -m HoldR
+    expect_in "$shell" 'Group=sales:support' ov_admconf -f "$root/conf" -m Group=sales:Su
+done
 exit $((failures != 0))

@@ -117,17 +117,22 @@ std::string defaults(const RightRow& row) {
     return same ? written(row, 0) : all;
 }
 
-// The key of the directory of a role's rights files.
-const Row& directory_row(const Role& role) {
+// The key of a directory and its default.
+std::string directory_and_default(Text Settings::*directory) {
     const auto rows = catalogue();
-    const auto found = std::find_if(rows.begin(), rows.end(), [&role](const Row& row) {
+    const auto found = std::find_if(rows.begin(), rows.end(), [directory](const Row& row) {
         const auto* text = std::get_if<Text Settings::*>(&row.member);
-        return text && *text == role.directory;
+        return text && *text == directory;
     });
     if (found == rows.end()) {
-        throw std::logic_error("the directory of a role has no key");
+        throw std::logic_error("a directory has no key");
     }
-    return *found;
+    return std::string(key_of(*found)) + " " + (settings.*directory).c_str();
+}
+
+std::string folded(std::string name) {
+    std::transform(name.begin(), name.end(), name.begin(), lower);
+    return name;
 }
 
 template <class Items, class TextOf>
@@ -145,6 +150,33 @@ std::string assignable(const char* name, std::string_view kind) {
     return shell_list(name, rights(), [kind](const RightRow& right) {
         return change_of(right) == kind ? std::string(key_of(right)) : "";
     });
+}
+
+// A shell's table of the keys of each section that `has_it` names, by the section's name in lower
+// case: it is found in any.
+template <class HasIt>
+std::string keys_of_sections(const char* name, HasIt has_it) {
+    std::string text = std::string("declare -gA ") + name + "=(\n";
+    for (const SectionReference& section : key_reference()) {
+        text += shell_list(
+            "    [" + folded(section.section) + "]", section.keys,
+            [&has_it](const KeyReference& key) { return has_it(key) ? std::string(key.key) : ""; });
+    }
+    return text + ")\n";
+}
+
+// A shell's table of the values that can be offered for a key, by section and key.
+std::string offers(const char* name, std::string KeyReference::*offered) {
+    std::string text = std::string("declare -gA ") + name + "=(\n";
+    for (const SectionReference& section : key_reference()) {
+        for (const KeyReference& key : section.keys) {
+            if (!(key.*offered).empty()) {
+                text += "    [" + folded(std::string(section.section) + "." + key.key) + "]='" +
+                        key.*offered + "'\n";
+            }
+        }
+    }
+    return text + ")\n";
 }
 
 struct Generated {
@@ -177,13 +209,8 @@ std::string manual_kinds() {
     std::string text = ".Bl -tag -width Ds\n";
     const std::map<std::string, std::string> all = meanings();
     std::vector<std::pair<std::string, std::string>> sorted(all.begin(), all.end());
-    const auto folded = [](std::string name) {
-        std::transform(name.begin(), name.end(), name.begin(), lower);
-        return name;
-    };
-    std::sort(sorted.begin(), sorted.end(), [&folded](const auto& a, const auto& b) {
-        return folded(a.first) < folded(b.first);
-    });
+    std::sort(sorted.begin(), sorted.end(),
+              [](const auto& a, const auto& b) { return folded(a.first) < folded(b.first); });
     for (const auto& [name, meaning] : sorted) {
         text += ".It " + name + "\n" + lines(meaning);
     }
@@ -252,19 +279,21 @@ std::string completion_data() {
     const std::vector<SectionReference> sections = key_reference();
     std::string text = shell_list("_ov_conf_sections", sections,
                                   [](const SectionReference& s) { return std::string(s.section); });
-    text += "declare -gA _ov_conf_keys=(\n";
-    for (const SectionReference& section : sections) {
-        std::string name = section.section; // in lower case: it is found in any
-        std::transform(name.begin(), name.end(), name.begin(), lower);
-        text += shell_list("    [" + name + "]", section.keys,
-                           [](const KeyReference& key) { return std::string(key.key); });
-    }
-    text += ")\ndeclare -gA _ov_conf_directories=(\n";
+    text += keys_of_sections("_ov_conf_keys", [](const KeyReference&) { return true; });
+    text += keys_of_sections("_ov_conf_checked_keys",
+                             [](const KeyReference& key) { return key.checked.has_value(); });
+    text += keys_of_sections("_ov_conf_shown_keys",
+                             [](const KeyReference& key) { return key.shown.has_value(); });
+    text += offers("_ov_conf_values", &KeyReference::offered);
+    text += offers("_ov_conf_checked_values", &KeyReference::offered_to_check);
+    text += "declare -gA _ov_conf_directories=(\n";
     for (const Role& role : AllRoles) {
-        text += std::string("    [") + role.command + "]='" + key_of(directory_row(role)) + " " +
-                (settings.*role.directory).c_str() + "'\n";
+        text += std::string("    [") + role.command + "]='" +
+                directory_and_default(role.directory) + "'\n";
     }
-    text += ")\n_ov_conf_root='" + std::string(RootDirectory.view()) + "'\n";
+    text += ")\n_ov_conf_groups='" + directory_and_default(&Settings::Group_Dir) + "'\n";
+    text += "_ov_conf_etc='" + directory_and_default(&Settings::EtcDirectory) + "'\n";
+    text += "_ov_conf_root='" + directory_and_default(&Settings::RootDirectory) + "'\n";
     text += shell_list("_ov_conf_queries", combined_queries(),
                        [](const CombinedQuery& query) { return std::string(query.name); });
     text += shell_list("_ov_conf_rights", rights(), [](const RightRow& right) {
@@ -273,6 +302,11 @@ std::string completion_data() {
     text += assignable("_ov_conf_boolean_rights", "boolean");
     text += assignable("_ov_conf_digit_rights", "digits");
     text += assignable("_ov_conf_text_rights", "anything");
+    text += shell_list("_ov_conf_group_rights", rights(), [](const RightRow& right) {
+        return kind_of(right.load).words.load == std::string_view("names") && right.check != NoRule
+                   ? std::string(key_of(right))
+                   : "";
+    });
     return text;
 }
 
