@@ -51,6 +51,7 @@ std::vector<Key> all_keys() {
             const std::string key = line.substr(1, equal - 1);
             std::size_t at = page.find("\n.Ss \\&[" + section + "]");
             at = page.find("\n.It Ic \"\\&" + key + "\"\n", at) + 1;
+            EXPECT_NE(at, 0U) << key << " is not in the manual";
             const std::string item =
                 page.substr(at, std::min(page.find("\n.It ", at), page.find("\n.El", at)) + 1 - at);
             keys.push_back({section, key, comment.substr(2), line.substr(equal + 2),
