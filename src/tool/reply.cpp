@@ -26,8 +26,8 @@ void refuse(const char* format, ...) {
 }
 
 void refuse_option(const char* known) {
-    const char* what =
-        std::strchr(known, optopt) ? "option requires an argument" : "invalid option";
+    const bool lacks_argument = optopt != ':' && std::strchr(known, optopt);
+    const char* what = lacks_argument ? "option requires an argument" : "invalid option";
     refuse("%s: %s -- '%c': see man %s\n510 Unknown option: ?\n", ProgName, what, optopt, ProgName);
 }
 
