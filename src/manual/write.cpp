@@ -4,6 +4,7 @@
 #include "settings/rights.h"
 
 #include <algorithm>
+#include <initializer_list>
 #include <stdexcept>
 
 namespace ov {
@@ -179,6 +180,14 @@ std::string offers(const char* name, std::string KeyReference::*offered) {
     return text + ")\n";
 }
 
+std::string tabbed(std::initializer_list<std::string> fields) {
+    std::string text;
+    for (const std::string& field : fields) {
+        text += (text.empty() ? "" : "\t") + field;
+    }
+    return text + "\n";
+}
+
 struct Generated {
     const char* name;
     std::string (*text)();
@@ -187,7 +196,7 @@ constexpr Generated texts[] = {
     {"manual_keys", manual_keys},           {"manual_kinds", manual_kinds},
     {"manual_unchecked", manual_unchecked}, {"manual_queries", manual_queries},
     {"manual_rights", manual_rights},       {"sample_keys", sample_keys},
-    {"completion_data", completion_data},
+    {"completion_data", completion_data},   {"key_list", key_list},
 };
 
 } // namespace
@@ -307,6 +316,26 @@ std::string completion_data() {
                    ? std::string(key_of(right))
                    : "";
     });
+    return text;
+}
+
+std::string key_list() {
+    std::string text;
+    for (const SectionReference& section : key_reference()) {
+        for (const KeyReference& key : section.keys) {
+            text +=
+                tabbed({section.section, key.key, sentence(key.accepted), key.checked.value_or("-"),
+                        key.shown.value_or("-"), key.initial.value_or("-")});
+        }
+    }
+    // The rights that stand in the main file change the defaults of the first two roles.
+    for (const auto& [section, rank] : {std::pair{AdminSection, 0U}, {ManagerSection, 1U}}) {
+        for (const RightRow& right : rights()) {
+            text += tabbed({section, key_of(right), kind_of(right.load).words.load, "-", "-",
+                            written(right, rank)});
+        }
+        text += tabbed({section, OldExcludeGroup, "names", "-", "-", "-"});
+    }
     return text;
 }
 

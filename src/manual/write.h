@@ -1,4 +1,5 @@
-// The generated parts of the manual pages, the sample configuration and the completion.
+// The generated parts of the manual pages, the sample configuration, the completion and the list of
+// keys.
 #pragma once
 
 #include <string>
@@ -27,6 +28,10 @@ std::string sample_keys();
 // Shell variables: the keys of each section, the directories of the role commands, what they can
 // be asked for and what they can assign.
 std::string completion_data();
+
+// All keys of the main file, those of rights included, a line each: section, key, kind, what -c
+// accepts, how -a shows it, default, with a tab between them and "-" for none.
+std::string key_list();
 
 // The text that stands for a line "@NAME@" of a template. An unknown name throws.
 std::string generated(std::string_view name);
