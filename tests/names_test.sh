@@ -1,0 +1,103 @@
+#!/bin/bash
+# The list of keys compared with the command, and what check-names finds with it.
+#   names_test.sh FOLDER-OF-THE-COMMANDS SHARE-FOLDER
+set -u
+bin=$1
+keys=$(realpath "$2/ov-conf/keys")
+check_names=$(realpath "$(dirname "$0")/../samples/check-names")
+root=$(mktemp -d)
+trap 'rm -rf "$root"' EXIT
+cd "$root" || exit 1
+failures=0
+
+# same NAME WANTED GOT
+same() {
+    if [ "$2" != "$3" ]; then
+        printf '%s\n' "$1:" "$(diff <(echo "$2") <(echo "$3"))" >&2
+        failures=$((failures + 1))
+    fi
+}
+
+mkdir etc template
+printf '[Directories]\nRootDirectory = %s\nQueueDirectory = %s\n[Mail]\nInternalDomains = example.com\n' \
+    "$root" "$root" >conf
+touch template/text
+
+# Whether the command shows each key, and accepts a value that should be right for it.
+while IFS=$'\t' read -r section key _ check shown default; do
+    accepts=1
+    case $check in
+    -) accepts=0 value=1 ;;
+    digits* | size* | level* | boolean* | number* | word*) value=$default ;;
+    'existing program'*) value=/bin/sh ;;
+    'existing director'*) value=/tmp ;;
+    'existing file'*) value=text ;;
+    'writable files'*) value=/dev/null ;;
+    'IP addresses'*) value=10.0.0.0/8 ;;
+    'mail addresses'*) value=postmaster@example.com ;;
+    'name of'*) continue ;;
+    *) value=example.com ;;
+    esac
+    "$bin/ov_conf" -f conf -s "$section" -k "$key" -c -- "$value" 2>/dev/null
+    status=$?
+    same "[$section] $key ($check): $value accepted" $accepts $((status == 0))
+    "$bin/ov_conf" -f conf -s "$section" -k "$key" -a >/dev/null 2>&1
+    status=$?
+    [ "$shown" != - ]
+    same "[$section] $key ($shown): shown" $(($? == 0)) $((status == 0))
+done < <(grep -v '^#' "$keys")
+
+cat >written <<END
+
+Early = 1
+[SMTP] SmtpPort = 25
+SmptPort = 26 [Mial]
+"smtpport" = 27 # x
+12345678 = 3
+123456789 = 3
+# [Nope]
+SmtpHost # comment = 3
+[Mial]
+Foo = 1
+Foo = 1
+["check_mail"] # comment
+denyip = x[y] = [SMTP
+LocalIP == 4
+] SmtpPort = 3
+Ports "of call" = 3
+"Ports of call" = 3
+[manager
+HOLDlist = yes
+RejectGroup = x
+[SMTP][Log]LogPerm=1
+LogPerm	=2
+[12]
+LogLevel = 3
+"Log
+"LogLevel"=4
+Logs[0] = 1
+"Log	s" = 1
+END
+printf '"LogMask' >>written
+printf 'LogMask = 1' >>written
+found=$("$check_names" -k "$keys" written)
+same 'status with something found' 1 $?
+same 'what is found' 'written:4: unknown key [SMTP] SmptPort
+written:5: [SMTP] smtpport stands in line 3 already
+written:7: unknown key [SMTP] 123456789
+written:10: unknown section [Mial]
+written:18: unknown key [check_mail] Ports of call
+written:23: [Log] LogPerm stands in line 22 already
+written:27: [Log] LogLevel stands in line 25 already
+written:29: unknown key [Log] Log?s' "$found"
+
+# The samples hold nothing unknown, whatever is uncommented in them.
+sed 's/^#\([A-Za-z]\)/\1/' "$2/doc/defaults.conf" >defaults
+for sample in "$(dirname "$check_names")/Tessary.conf" defaults; do
+    found=$("$check_names" -k "$keys" "$sample")
+    same "status for $sample" 0 $?
+    same "$sample" '' "$found"
+done
+"$check_names" -k "$keys" missing 2>/dev/null
+same 'status without a file' 2 $?
+exit $((failures != 0))
