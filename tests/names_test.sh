@@ -2,9 +2,11 @@
 # The list of keys compared with the command, and what check-names finds with it.
 #   names_test.sh FOLDER-OF-THE-COMMANDS SHARE-FOLDER
 set -u
-bin=$1
-keys=$(realpath "$2/ov-conf/keys")
-check_names=$(realpath "$(dirname "$0")/../samples/check-names")
+bin=$(realpath "$1")
+share=$(realpath "$2")
+keys=$share/ov-conf/keys
+tests=$(realpath "$(dirname "$0")")
+check_names=$tests/../samples/check-names
 root=$(mktemp -d)
 trap 'rm -rf "$root"' EXIT
 cd "$root" || exit 1
@@ -47,39 +49,7 @@ while IFS=$'\t' read -r section key _ check shown default; do
     same "[$section] $key ($shown): shown" $(($? == 0)) $((status == 0))
 done < <(grep -v '^#' "$keys")
 
-cat >written <<END
-
-Early = 1
-[SMTP] SmtpPort = 25
-SmptPort = 26 [Mial]
-"smtpport" = 27 # x
-12345678 = 3
-123456789 = 3
-# [Nope]
-SmtpHost # comment = 3
-[Mial]
-Foo = 1
-Foo = 1
-["check_mail"] # comment
-denyip = x[y] = [SMTP
-LocalIP == 4
-] SmtpPort = 3
-Ports "of call" = 3
-"Ports of call" = 3
-[manager
-HOLDlist = yes
-RejectGroup = x
-[SMTP][Log]LogPerm=1
-LogPerm	=2
-[12]
-LogLevel = 3
-"Log
-"LogLevel"=4
-Logs[0] = 1
-"Log	s" = 1
-END
-printf '"LogMask' >>written
-printf 'LogMask = 1' >>written
+cp "$tests/names.conf" written
 found=$("$check_names" -k "$keys" written)
 same 'status with something found' 1 $?
 same 'what is found' 'written:4: unknown key [SMTP] SmptPort
@@ -92,8 +62,8 @@ written:27: [Log] LogLevel stands in line 25 already
 written:29: unknown key [Log] Log?s' "$found"
 
 # The samples hold nothing unknown, whatever is uncommented in them.
-sed 's/^#\([A-Za-z]\)/\1/' "$2/doc/defaults.conf" >defaults
-for sample in "$(dirname "$check_names")/Tessary.conf" defaults; do
+sed 's/^#\([A-Za-z]\)/\1/' "$share/doc/defaults.conf" >defaults
+for sample in "$tests/../samples/Tessary.conf" defaults; do
     found=$("$check_names" -k "$keys" "$sample")
     same "status for $sample" 0 $?
     same "$sample" '' "$found"

@@ -1,0 +1,283 @@
+#!/usr/bin/python
+"""Entries of the main configuration file, all of them or none."""
+
+DOCUMENTATION = r"""
+module: ov_conf
+short_description: Set and delete entries of the gateway's configuration
+description:
+  - Sets and deletes entries of a C(Tessary.conf), all of them or, when one step fails, none.
+  - The module takes the lock that ov_conf(8) recommends and looks up what is there. What differs is
+    checked with C(ov_conf -c) where the key can be checked, changed in a private copy beside the
+    file, and the copy is loaded with C(ov_conf -m) and with a fetch. Only then the same commands
+    change the file itself, which keeps its owner, mode and links. When one of them fails, the text
+    that was there before is put back.
+  - The entries are taken in the order in which they are given, and the file has to load after each.
+  - C(ov_conf) loads the file for a fetch. A file that holds an invalid value is to be mended by hand.
+extends_documentation_fragment: ov.gateway.gateway
+options:
+  entries:
+    description: The entries.
+    type: list
+    elements: dict
+    required: true
+    suboptions:
+      section:
+        description: The section, in any case.
+        type: str
+        required: true
+      key:
+        description: The key, in any case.
+        type: str
+        required: true
+      value:
+        description:
+          - The value as it is to be read back, without blanks or a pair of double quotes around it,
+            and without control characters.
+          - YAML's C(true) and C(false) are written C(yes) and C(no).
+        type: raw
+      secret:
+        description:
+          - The value, in the place of I(value), where neither the reply of the module nor the
+            system log of the gateway may show it. The keys are C(FTPUserPassword) and
+            C(TSAProxy_pass).
+          - While C(ov_conf) runs, who may list the processes of the gateway sees it all the same.
+        type: str
+      state:
+        description:
+          - With C(absent) every entry of that name is deleted.
+        type: str
+        choices: [present, absent]
+        default: present
+      check:
+        description:
+          - Whether to ask C(ov_conf -c). It refuses a few values that load, such as a number beyond
+            the default of a limit that is configured otherwise. Loading has the last word.
+        type: bool
+        default: true
+  backup:
+    description: Keep the text of before beside the file, with its owner and mode.
+    type: bool
+    default: false
+notes:
+  - What differs takes the super-user, in check mode, too.
+  - In check mode the private copy is made, loaded and removed. To load is not only to read, see
+    ov_conf(8).
+  - The diff shows the entries that change, and no secrets.
+author: The ov_conf maintainers (@ov)
+"""
+
+EXAMPLES = r"""
+- name: The listener
+  ov.gateway.ov_conf:
+    entries:
+      - {section: SMTP, key: SmtpPort, value: 2525}
+      - {section: SMTP, key: MaxMessageSize, value: 30M}
+      - {section: Forward, key: ForwardMailAddress, state: absent}
+    backup: true
+
+- name: The account on the audit host
+  ov.gateway.ov_conf:
+    entries:
+      - {section: Cooperation, key: FTPUserPassword, secret: "{{ vault_audit_password }}"}
+"""
+
+RETURN = r"""
+changed_entries:
+  description: The section and the key of each entry that was, or would be, changed.
+  returned: success
+  type: list
+  elements: dict
+  sample: [{section: SMTP, key: SmtpPort}]
+backup_file:
+  description: The name of the backup.
+  returned: when one was asked for and made
+  type: str
+"""
+
+import glob
+import os
+
+from ansible.module_utils.basic import AnsibleModule
+from ansible_collections.ov.gateway.plugins.module_utils import gateway as ov
+from ansible_collections.ov.gateway.plugins.module_utils.gateway import Failure
+
+
+class Entry:
+    """An entry as it is wanted: `value` is None when it is to be absent."""
+
+    def __init__(self, option):
+        self.section, self.key = option['section'], option['key']
+        self.name = ov.shown(self.section, self.key)
+        self.folded = ov.folded(self.section, self.key)
+        self.check = option['check']
+        self.secret = option['secret'] is not None or self.folded in ov.SECRET_KEYS
+        self.value = None
+        for what, text in (('section', self.section), ('key', self.key)):
+            ov.refuse_control('%s %r' % (what, text), text)
+            if not text or '"' in text:
+                raise Failure('"%s" is no name of a %s' % (text, what))
+        given = [option[name] for name in ('value', 'secret') if option[name] is not None]
+        if option['state'] == 'absent':
+            if given:
+                raise Failure('%s: a value for an entry that is to be absent' % self.name)
+            return
+        if len(given) != 1:
+            raise Failure('%s: either value or secret is wanted' % self.name)
+        # ov_conf writes a key without quotes.
+        if not ov.BARE_KEY.fullmatch(self.key) or ov.NUMBER.fullmatch(self.key):
+            raise Failure('%s: ov_conf cannot write that key' % self.name)
+        self.value = ov.value_text(self.name, given[0])
+
+
+def wanted(module):
+    entries = []
+    for option in module.params['entries']:
+        entry = Entry(option)
+        if any(other.folded == entry.folded for other in entries):
+            raise Failure('%s is given twice' % entry.name)
+        if entry.secret and option['value'] is not None:
+            module.no_log_values.add(str(option['value']))
+            module.warn('%s: given as secret the value would not be logged' % entry.name)
+        entries.append(entry)
+    return entries
+
+
+def difference(path, entries, current):
+    """The entries that change, before and after, for --diff."""
+    texts = {'before': [], 'after': []}
+    for entry in entries:
+        for side, value in (('before', current[entry.folded]), ('after', entry.value)):
+            if value is not None:
+                if entry.secret:
+                    value = '(secret%s)' % (', new' if side == 'after' else '')
+                texts[side].append('%s = %s\n' % (entry.name, ov.printable(value)))
+    return dict(before=''.join(texts['before']), after=''.join(texts['after']),
+                before_header=path, after_header=path)
+
+
+def change(gateway, path, entry):
+    """Changes one entry of a file through the command."""
+    where = ['-f', path, '-s', entry.section, '-k', entry.key]
+    try:
+        if entry.value is not None:
+            gateway.asked('ov_conf', *where, '-r', '--', entry.value)
+            return
+        while gateway.fetch(path, entry.section, entry.key) is not None:
+            gateway.asked('ov_conf', *where, '-d')
+    except Failure as failure:
+        raise Failure('%s: %s' % (entry.name, failure)) from None
+
+
+def check(gateway, path, entry):
+    row = gateway.keys.get(entry.folded)
+    if entry.value is None or not entry.check or not row or row['check'] == '-':
+        return
+    status, _reply, message = gateway.run('ov_conf', '-f', path, '-s', entry.section,
+                                          '-k', entry.key, '-c', '--', entry.value)
+    if status != 0:
+        raise Failure('%s: %s (-c accepts: %s)' % (entry.name, message, row['check']))
+
+
+def validate(gateway, path, entries):
+    """Loads a file and compares what it says with what is wanted."""
+    gateway.asked('ov_conf', '-f', path, '-m')
+    for entry in entries:
+        if gateway.fetch(path, entry.section, entry.key) != entry.value:
+            raise Failure('%s: the value would not read back as it is given' % entry.name)
+
+
+def tried(gateway, text, entries):
+    """The text that a file with `text` has after the changes, tried on a private copy."""
+    copy = ov.private_file(gateway.path, 'check', text)
+    gateway.aliases[copy] = gateway.path
+    try:
+        for entry in entries:
+            check(gateway, copy, entry)
+            change(gateway, copy, entry)
+        validate(gateway, copy, entries)
+        after, _status = ov.read_file(copy)
+        ov.refuse_other_changes(text, after, {entry.folded for entry in entries})
+        return after
+    finally:
+        for name in [copy] + glob.glob(glob.escape(copy) + '.tmp.*'):
+            os.unlink(name)
+
+
+def perform(gateway, before, after, entries, signals):
+    """Changes the file itself; on a failure the text of before is put back."""
+    if gateway.read()[0] != before:
+        raise Failure('somebody changed %s without the lock' % gateway.path)
+    kept = ov.private_file(gateway.path, 'before', before)
+    try:
+        for entry in entries:
+            signals.refuse()
+            change(gateway, gateway.path, entry)
+        signals.refuse()
+        if gateway.read()[0] != after:
+            raise Failure('somebody changed %s without the lock' % gateway.path)
+    except BaseException as failure:
+        try:
+            ov.rewrite(gateway.path, before)
+        except (Failure, OSError) as error:
+            raise Failure('%s; the text of before could not be put back (%s), it is in %s'
+                          % (failure, error, kept)) from None
+        os.unlink(kept)
+        raise Failure('%s; the text of before was put back' % failure) from None
+    os.unlink(kept)
+
+
+def work(module):
+    entries = wanted(module)
+    gateway = ov.Gateway(module)
+    for entry in entries:
+        if entry.value is not None and entry.folded not in gateway.keys:
+            module.warn('%s is not among the keys that the gateway knows' % entry.name)
+    result = dict(changed=False, changed_entries=[])
+    with gateway.locked(exclusive=not module.check_mode):
+        before, status = gateway.read()
+        current = {entry.folded: gateway.fetch(gateway.path, entry.section, entry.key)
+                   for entry in entries}
+        differing = [entry for entry in entries if current[entry.folded] != entry.value]
+        result['diff'] = difference(gateway.path, differing, current)
+        if not differing:
+            return result
+        if os.getuid() != 0:
+            raise Failure('a change takes the super-user (become)')
+        with ov.HeldSignals() as signals:
+            after = tried(gateway, before, differing)
+            if not module.check_mode:
+                if module.params['backup']:
+                    result['backup_file'] = ov.backup(gateway.path, before, status)
+                try:
+                    perform(gateway, before, after, differing, signals)
+                except Failure as failure:
+                    if 'backup_file' in result:
+                        raise Failure('%s; the backup is %s'
+                                      % (failure, result['backup_file'])) from None
+                    raise
+        result['changed'] = True
+        result['changed_entries'] = [dict(section=entry.section, key=entry.key)
+                                     for entry in differing]
+    return result
+
+
+def main():
+    ov.run_module(AnsibleModule(
+        argument_spec=dict(
+            ov.COMMON_OPTIONS,
+            entries=dict(type='list', elements='dict', required=True, no_log=False, options=dict(
+                section=dict(type='str', required=True),
+                key=dict(type='str', required=True, no_log=False),
+                value=dict(type='raw'),
+                secret=dict(type='str', no_log=True),
+                state=dict(type='str', choices=['present', 'absent'], default='present'),
+                check=dict(type='bool', default=True),
+            )),
+            backup=dict(type='bool', default=False),
+        ),
+        supports_check_mode=True,
+    ), work)
+
+
+if __name__ == '__main__':
+    main()

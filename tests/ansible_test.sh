@@ -1,0 +1,150 @@
+#!/bin/bash
+# The Ansible collection at work on twenty installations on this machine.
+#   ansible_test.sh BUILD-FOLDER
+set -eEu
+build=$(realpath "$1")
+tests=$(realpath "$(dirname "$0")")
+if [ "$(id -u)" -ne 0 ]; then
+    echo "left out: changing entries takes the super-user"
+    exit 0
+fi
+root=$(realpath "$(mktemp -d)")
+trap 'rm -rf "$root"' EXIT
+trap 'echo "ansible_test.sh: line $LINENO: not so" >&2; cat "$root/log" >&2' ERR
+cd "$root"
+touch log ansible.cfg
+
+# Nothing of the user's own, no network.
+mkdir home
+export HOME=$root/home ANSIBLE_HOME=$root/home ANSIBLE_CONFIG=$root/ansible.cfg
+export ANSIBLE_LOCAL_TEMP=$root/home/local ANSIBLE_REMOTE_TEMP=$root/home/remote
+export ANSIBLE_COLLECTIONS_PATH=$root/collections ANSIBLE_PIPELINING=1 ANSIBLE_FORKS=20
+export ANSIBLE_NO_TARGET_SYSLOG=1 ANSIBLE_NOCOLOR=1 ANSIBLE_RETRY_FILES_ENABLED=0 LC_ALL=C.UTF-8
+
+ansible-galaxy collection build "$tests/../ansible" --output-path . >log 2>&1
+ansible-galaxy collection install --offline -p collections ov-gateway-*.tar.gz >>log 2>&1
+ansible-doc ov.gateway.ov_conf ov.gateway.ov_rights ov.gateway.ov_conf_info >log 2>&1
+[ "$(grep -c '^EXAMPLES' log) $(grep -c '^RETURN VALUES' log) $(grep -c '^= lock_timeout\|^- lock_timeout' log)" = '3 3 3' ]
+
+# The fleet: each gateway a folder with a file of its own mode and owner, and a second link to it.
+for n in $(seq -w 20); do
+    gateway=$root/gw$n
+    mkdir -p "$gateway"/{etc/group,manager,template,logs/archive,mqueue,pqueue,aqueue,links}
+    sed -e "s|^RootDirectory = .*|RootDirectory = $gateway/|" -e 's|\(Program\) = /.*|\1 = /bin/sh|' \
+        -e 's|^PostfixQueueDirectory = .*|PostfixQueueDirectory = /tmp|' \
+        "$tests/../samples/Tessary.conf" >"$gateway/Tessary.conf"
+    chmod 640 "$gateway/Tessary.conf"
+    chown 65534:65534 "$gateway/Tessary.conf" "$gateway/manager"
+    ln "$gateway/Tessary.conf" "$gateway/links/Tessary.conf"
+done
+{
+    echo '[gateways]'
+    printf 'gw%s\n' $(seq -w 20)
+    echo '[gateways:vars]'
+    echo 'ansible_connection=local'
+    echo 'ansible_become=false'
+    echo 'ansible_python_interpreter="{{ ansible_playbook_python }}"'
+} >inventory
+
+# Owners, modes, inodes and contents of all that is no log.
+fleet() {
+    find gw* -type f -not -path '*/logs/*' -printf '%p %i %m %U ' -exec sha256sum {} \; | sort
+}
+# play STATUS ARGUMENT...: runs a playbook, which has to end so.
+play() {
+    local wanted=$1 status=0
+    shift
+    ansible-playbook -i inventory -e gateway_commands="$build/bin" \
+        -e gateway_conf="$root/{{ inventory_hostname }}/Tessary.conf" "$@" >log 2>&1 || status=$?
+    [ "$status" -eq "$wanted" ]
+}
+# recap HOSTS PATTERN: so many gateways end so.
+recap() {
+    [ "$(grep -cE "^gw[0-9]+ .*$2" log)" -eq "$1" ]
+}
+site=$tests/../ansible/examples/site.yml
+
+fleet >before
+play 0 "$site" --check --diff --limit gw01,gw02,gw03
+recap 3 'changed=2 .*failed=0'
+[ "$(grep -c '^+\[SMTP\] SmtpPort = 2525' log)" -eq 3 ]
+fleet >after
+cmp before after
+
+# All changed, then none. The rest of each file stays, and so do its owner, mode and links.
+play 0 "$site" --skip-tags health
+recap 20 'changed=2 .*failed=0'
+for n in $(seq -w 20); do
+    gateway=$root/gw$n
+    sed -e 's/^SmtpPort = .*/SmtpPort = 2525/' -e 's/^MaxMessageSize = 20M/MaxMessageSize = 30M/' \
+        -e 's/^GreetingMessage = .*/GreetingMessage = Welcome/' -e '/^ForwardMailAddress/d' \
+        -e 's/^InternalDomains = .*/InternalDomains = example.com\&example.org/' \
+        "$gateway"/Tessary.conf.*~ | cmp - "$gateway/links/Tessary.conf"
+    [ "$(stat -c '%a %U %h' "$gateway/Tessary.conf" | sed "s/ $(id -nu 65534) / /")" = '640 2' ]
+    [ "$(stat -c '%a %u' "$gateway/Tessary.lock" "$gateway/manager/taro.conf" | xargs)" = '600 0 644 65534' ]
+    # The file, its backup and the lock: nothing private stays.
+    [ "$(find "$gateway" -maxdepth 1 -type f | wc -l)" -eq 3 ]
+    rm "$gateway"/Tessary.conf.*~
+done
+fleet >before
+play 0 "$site" --skip-tags health
+recap 20 'changed=0 .*failed=0'
+fleet >after
+cmp before after
+
+# A gateway with an invalid entry stops the roll-out; it and those behind it stay as they are.
+mkdir host_vars
+cat >host_vars/gw04 <<END
+gateway_host_entries:
+  port: {section: SMTP, key: SmtpPort, value: 2526}
+  bad: {section: SMTP, key: MaxRecipients, value: many}
+END
+sed -i 's/^SmtpPort.*/SmtpPort = 24/' gw*/Tessary.conf
+chown 65534:65534 gw*/Tessary.conf
+fleet >before
+play 2 "$site"
+grep -q "$root/gw04/Tessary.conf:[0-9]*: \[SMTP\] MaxRecipients: .* invalid value" log
+fleet >after
+[ "$(comm -13 before after | cut -d/ -f1 | uniq | xargs)" = 'gw01 gw02 gw03 gw05 gw06' ]
+rm -r host_vars
+
+# Twenty at once at the same file: each takes its turn, and nothing is lost.
+keys=$build/share/ov-conf/keys
+mapfile -t names < <(awk -F '\t' '$1 == "SMTP" && $3 ~ /^(digits: 0|boolean)/ { print $2 }' "$keys" | head -n 20)
+cp inventory same
+for n in "${!names[@]}"; do
+    sed -i "s/^gw$(printf %02d $((n + 1)))\$/& name=${names[n]}/" same
+done
+ansible -i same gateways -m ov.gateway.ov_conf -a "{\"path\": \"$root/gw05/Tessary.conf\",
+    \"command_path\": \"$build/bin\", \"lock_timeout\": 300,
+    \"entries\": [{\"section\": \"SMTP\", \"key\": \"{{ name }}\", \"value\": 1}]}" >log 2>&1
+[ "$(grep -c 'CHANGED' log)" -eq 20 ]
+[ "$(grep -cE "^($(IFS='|'; echo "${names[*]}")) = 1\$" gw05/Tessary.conf)" -eq 20 ]
+
+# Refusals: a file stays as it is, whatever the step that fails.
+printf '[Directories]\nRootDirectory = %s\n[Mail]\nInternalDomains = example.com\n[Forward] ForwardMode = out\nForwardMailAddress = a@example.com\n' \
+    "$root/gw01" >gw01/header.conf
+mkdir broken
+printf '#!/bin/sh\ncase $* in\n"-f %s "*"GreetingMessage -r "*) : >%s; echo "write error: %s\n553 entry replace failed" >&2; exit 1 ;;\nesac\nexec %s "$@"\n' \
+    "$root/gw01/Tessary.conf"{,,} "$build/bin/ov_conf" >broken/ov_conf
+chmod +x broken/ov_conf
+sed -i 's/^GreetingMessage = .*/GreetingMessage = "as it was"/' gw01/Tessary.conf
+echo >>gw01/manager/taro.conf
+touch held.lock gw01/header.lock
+exec 9>held.lock
+flock 9
+fleet >before
+play 0 "$tests/ansible/refusals.yml" -e broken_commands="$root/broken" -e gateway_keys="$keys" \
+    -e held_lock="$root/held.lock"
+recap 1 'ok=5 .*failed=0'
+fleet >after
+cmp before after
+
+# What the modules do and answer, and that they read a file as check-names does.
+printf '[NoSuch]\nTwice = 1\n[Smpt]\nTwice = 2\n[nosuch]\ntwice = 3\n' >>gw02/Tessary.conf
+printf 'CheckPcode = no\n' >>gw02/manager/taro.conf
+play 0 "$tests/ansible/single.yml" -e gateway_keys="$keys" -e names_conf="$tests/names.conf" \
+    -e check_names="$tests/../samples/check-names"
+# shellcheck disable=SC2016 # meant as it stands
+grep -qxF 'FTPUserPassword = $HOME -x#pass' gw02/Tessary.conf
+[ ! -e gw02/manager/taro.conf ]
