@@ -29,6 +29,9 @@ for name in srch_admconf srch_mgrconf srch_sysadmconf; do
     [ "$("$usr/sbin/$name" -v | head -n 1)" = ORVANTA/S ]
 done
 
+# The script for typing errors finds the list of keys, and none in the sample.
+"$usr/share/doc/ov-conf/examples/check-names" "$usr/share/doc/ov-conf/examples/Tessary.conf"
+
 # The samples are configurations: one entry of each is found, the commented one is not.
 mkdir etc template logs mqueue pqueue aqueue
 for sample in Tessary.conf defaults.conf; do
