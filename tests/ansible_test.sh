@@ -131,7 +131,7 @@ ansible -i same -f 20 gateways -m ov.gateway.ov_conf -a "{\"path\": \"$root/gw05
 printf '[Directories]\nRootDirectory = %s\n[Mail]\nInternalDomains = example.com\n[Forward] ForwardMode = out\nForwardMailAddress = a@example.com\n' \
     "$root/gw01" >gw01/header.conf
 mkdir broken
-printf '#!/bin/sh\ncase $* in\n"-f %s "*"GreetingMessage -r "*) : >%s; echo "write error: %s\n553 entry replace failed" >&2; exit 1 ;;\nesac\nexec %s "$@"\n' \
+printf '#!/bin/sh\ncase $* in\n"-f %s "*"GreetingMessage -r "*) echo damaged >>%s; echo "write error: %s\n553 entry replace failed" >&2; exit 1 ;;\nesac\nexec %s "$@"\n' \
     "$root/gw01/Tessary.conf"{,,} "$build/bin/ov_conf" >broken/ov_conf
 chmod +x broken/ov_conf
 sed -i 's/^GreetingMessage = .*/GreetingMessage = "as it was"/' gw01/Tessary.conf
