@@ -176,7 +176,7 @@ struct Gateway {
 // and what it leaves. A disk that fills up before the copy is not told of.
 TEST(Edit, FailingSystemCalls) {
     enum File { Conf, Temp };
-    enum Left { Untouched, Emptied, Changed, WithTemporary = 4 };
+    enum Left { Untouched, Emptied, Changed, CutShort, WithTemporary = 4 };
     struct Outcome {
         std::string message;
         const char* log; // behind the name of the function; empty: nothing is logged
@@ -208,6 +208,7 @@ TEST(Edit, FailingSystemCalls) {
         {Temp, 5, "read<", {"read error: CONF", "read error CONF (5)"}, {"read error: TEMP", "read error: TEMP (5)"}, Emptied},
         {Conf, 28, "write>", {"write error: TEMP", "write error: TEMP (28)"}, {"write error: TEMP", "write error: TEMP (28)"}, Emptied},
         {Conf, 5, "fdatasync", {"write error: TEMP", "write error: TEMP (5)"}, {"write error: TEMP", "write error: TEMP (5)"}, Changed | WithTemporary},
+        {Conf, 0, "write>", {"write error: TEMP", "write error: TEMP (0)"}, {"write error: TEMP", "write error: TEMP (0)"}, CutShort},
         {Conf, EROFS, "fdatasync", {"write error: TEMP", "write error: TEMP (30)"}, {"write error: TEMP", "write error: TEMP (30)"}, Changed | WithTemporary},
         {Conf, 28, "close>", {"write error: TEMP", "write error: TEMP (28)"}, {"write error: TEMP", "write error: TEMP (28)"}, Changed | WithTemporary},
         // What is only interrupted, or cannot be done by nature, is overlooked.
@@ -235,7 +236,8 @@ TEST(Edit, FailingSystemCalls) {
             const std::string message = outcome.message + (outcome.message.empty() ? "" : "\n");
             EXPECT_EQ(gateway.masked(result.err), done ? "" : message + reply);
             EXPECT_EQ(result.status, done ? 0 : 1);
-            const std::string left[] = {gateway.old, "", changed};
+            const std::string left[] = {gateway.old, "", changed,
+                                        changed.substr(0, changed.size() - 1)};
             EXPECT_EQ(read_file(gateway.file), left[c.left & 3]);
             EXPECT_EQ(!gateway.temporary().empty(), (c.left & WithTemporary) != 0);
             if ((c.left & WithTemporary) && std::string_view(c.call) != "fdopen") {
@@ -390,6 +392,15 @@ TEST(Edit, ASmallStack) {
     words.insert(words.begin(), {"/bin/sh", "-c", "ulimit -s 64; exec \"$@\"", "sh"});
     EXPECT_EQ(test::run(words, setting), (test::Result{0, "", ""}));
     EXPECT_FALSE(std::filesystem::is_empty(gateway.dir.path("logs")));
+
+    // A line whose writing is interrupted is written again.
+    std::filesystem::remove_all(gateway.dir.path("logs"));
+    std::filesystem::create_directory(gateway.dir.path("logs"));
+    words = {"ov_conf", "-f", gateway.file, "-s", "s", "-k", "k"};
+    EXPECT_EQ(test::run(words, test::failing(gateway.dir.path("logs/*"), "write>", 2, EINTR)),
+              (test::Result{0, "1: 2\n", ""}));
+    const std::filesystem::directory_iterator log(gateway.dir.path("logs"));
+    EXPECT_EQ(test::lines_of(read_file(log->path().string())).size(), 3U);
 }
 
 // What a command finds in the place of a rights file, a group or a supplement is not waited for.

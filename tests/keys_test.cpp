@@ -5,6 +5,7 @@
 #include "settings/check_config.h"
 #include "settings/conf.h"
 #include "settings/get_vals.h"
+#include "settings/rights.h"
 #include "settings/setdir.h"
 #include "util/log.h"
 
@@ -253,14 +254,16 @@ TEST(Keys, Rights) {
         return test::run(words);
     };
     std::string listing;
+    std::size_t tried = 0;
     const std::string page = test::read_file(OV_SHARE_DIR "/man/man8/ov_admconf.8");
     for (const std::string& line : test::lines_of(page)) {
-        static const std::regex row("\\.It Ic (\\w+) Ta \\w+ Ta .* Ta (yes|no) Ta \\w+");
+        static const std::regex row("\\.It Ic (\\w+) Ta [^|]+ Ta .* Ta (yes|no) Ta [^|]+");
         std::smatch parts;
         if (!std::regex_match(line, parts, row)) {
             continue;
         }
         const std::string key = parts[1];
+        ++tried;
         std::string taken;
         std::set<std::string> answers;
         std::string given;
@@ -282,6 +285,7 @@ TEST(Keys, Rights) {
         }
         listing += ", is given" + given + "\n";
     }
+    EXPECT_EQ(tried, rights().size());
     test::expect_golden("rights.txt", listing);
 }
 

@@ -1,5 +1,6 @@
 #include "support.h"
 
+#include "addr/addr_grp.h"
 #include "fake_host.h"
 #include "settings/settings.h"
 #include "util/log.h"
@@ -76,6 +77,7 @@ class Beginning : public testing::EmptyTestEventListener {
     void OnTestStart(const testing::TestInfo&) override {
         reset_settings();
         services = {};
+        group_settings = {};
         log_initialized = 0;
         ProgName = nullptr;
         ::umask(022);

@@ -29,53 +29,23 @@ const char* purpose_of(std::string_view section) {
     return found->second;
 }
 
-// A size in the shortest form that is exact.
-std::string size_text(std::int64_t bytes) {
-    for (const auto& [unit, shift] : {std::pair{'G', 30}, {'M', 20}, {'K', 10}}) {
-        if (bytes != 0 && bytes % (std::int64_t{1} << shift) == 0) {
-            return std::to_string(bytes >> shift) + unit;
-        }
-    }
-    return bytes == 0 ? "0" : std::to_string(bytes) + 'B';
-}
-
-std::string number_text(const Row& row, const std::string& kind) {
-    const Kind& rule_kind = kind_of(row.load);
-    const Manner& manner = manner_of(row.load);
-    const Variable variable = variable_of(row);
-    if (auto* const* large = std::get_if<unsigned long*>(&variable)) {
-        return std::to_string(**large);
-    }
-    const std::int64_t number = kinds::number_in(variable);
-    if (kind == "boolean") {
-        return number != 0 ? "yes" : "no";
-    }
-    if (kind == "word") {
-        return str_vtab(manner.table, static_cast<int>(number));
-    }
-    if (kind == "level" && number >= NoLevel) {
-        return "none";
-    }
-    if (kind == "size") {
-        return size_text(&rule_kind == &kinds::Bytes ? number : number << 10);
-    }
-    return std::to_string(number);
-}
-
 // A default in the terms of a configuration file.
-std::optional<std::string> initial_text(const Row& row, const std::string& kind) {
+std::optional<std::string> initial_text(const Row& row) {
+    const Kind& kind = kind_of(row.load);
+    const Variable variable = variable_of(row);
     return std::visit(
         [&](const auto* setting) -> std::optional<std::string> {
             using Type = std::remove_cvref_t<decltype(*setting)>;
             if constexpr (std::is_integral_v<Type>) {
-                return number_text(row, kind);
+                return kind.written ? kind.written({manner_of(row.load), variable, ""})
+                                    : std::to_string(*setting);
             } else if constexpr (std::is_same_v<Type, Text>) {
                 return *setting ? std::optional(std::string(setting->view())) : std::nullopt;
             } else {
                 return std::nullopt; // lists are not set
             }
         },
-        variable_of(row));
+        variable);
 }
 
 std::string only_text(const Gate& gate) {
@@ -103,7 +73,7 @@ std::vector<SectionReference> key_reference() {
             section = sections.insert(section, {section_of(row), purpose_of(section_of(row)), {}});
         }
         const ValueText value = accepted_text(row);
-        const std::optional<std::string> initial = initial_text(row, value.kind);
+        const std::optional<std::string> initial = initial_text(row);
         const bool is_file = value.kind == "file";
         section->keys.push_back({
             .key = key_of(row),

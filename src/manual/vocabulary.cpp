@@ -159,6 +159,14 @@ const char* emptiness(const Row& row) {
     }
 }
 
+std::string checked_text(const Columns& row, const Variable& variable) {
+    const Kind& kind = kind_of(row.check);
+    const Manner& manner = manner_of(row.check);
+    return kind.words.check == std::string_view(TheSame)
+               ? sentence(accepted_text(kind, manner, variable))
+               : text_of(kind.words.check, manner, variable);
+}
+
 } // namespace
 
 ValueText accepted_text(const Row& row) {
@@ -166,16 +174,15 @@ ValueText accepted_text(const Row& row) {
 }
 
 std::string checked_text(const Row& row) {
-    if (row.check == NoRule) {
-        return "";
-    }
-    const Kind& kind = kind_of(row.check);
-    const Manner& manner = manner_of(row.check);
-    const Variable variable = variable_of(row);
-    const std::string text = kind.words.check == std::string_view(TheSame)
-                                 ? sentence(accepted_text(kind, manner, variable))
-                                 : text_of(kind.words.check, manner, variable);
-    return text + emptiness(row);
+    return row.check == NoRule ? "" : checked_text(row, variable_of(row)) + emptiness(row);
+}
+
+ValueText accepted_text(const RightRow& right) {
+    return accepted_text(kind_of(right.load), manner_of(right.load), variable_of(right, 0));
+}
+
+std::string changed_text(const RightRow& right) {
+    return right.check == NoRule ? "no" : checked_text(right, variable_of(right, 0));
 }
 
 std::string shown_text(const Row& row) {

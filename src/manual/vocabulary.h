@@ -28,6 +28,10 @@ std::string offered_text(const Row& row, RuleNumber rule);
 // with two, throws.
 std::map<std::string, std::string> meanings();
 
+// The same of a right: what is read, and what it can be changed to ("no": it cannot).
+ValueText accepted_text(const RightRow& right);
+std::string changed_text(const RightRow& right);
+
 // The texts of a kind and its details as one sentence without a full stop.
 std::string sentence(const ValueText& text);
 

@@ -81,15 +81,6 @@ std::string manual_key(const KeyReference& key) {
     return text;
 }
 
-// What a right can be changed to.
-const char* change_of(const RightRow& row) {
-    if (row.check == NoRule) {
-        return "no";
-    }
-    const Words& words = kind_of(row.check).words;
-    return words.check == std::string_view(TheSame) ? words.load : words.check;
-}
-
 // A default of a right as it is written in a rights file.
 std::string written(const RightRow& row, std::size_t rank) {
     return std::visit(
@@ -149,7 +140,7 @@ std::string shell_list(const std::string& name, const Items& items, TextOf text_
 // The names of the rights that can be given values of one kind.
 std::string assignable(const char* name, std::string_view kind) {
     return shell_list(name, rights(), [kind](const RightRow& right) {
-        return change_of(right) == kind ? std::string(key_of(right)) : "";
+        return changed_text(right) == kind ? std::string(key_of(right)) : "";
     });
 }
 
@@ -260,9 +251,10 @@ std::string manual_rights() {
                        "\"asked\" \"anything\"\n"
                        ".It Sy Right Ta Sy Kind Ta Sy Default Ta Sy Asked Ta Sy Changed\n";
     for (const RightRow& right : rights()) {
-        text += std::string(".It Ic ") + key_of(right) + " Ta " + kind_of(right.load).words.load +
+        text += std::string(".It Ic ") + key_of(right) + " Ta " + sentence(accepted_text(right)) +
                 " Ta " + defaults(right) + " Ta " +
-                (right.query == RightQuery::None ? "no" : "yes") + " Ta " + change_of(right) + "\n";
+                (right.query == RightQuery::None ? "no" : "yes") + " Ta " + changed_text(right) +
+                "\n";
     }
     return text + ".El\n";
 }
@@ -312,7 +304,7 @@ std::string completion_data() {
     text += assignable("_ov_conf_digit_rights", "digits");
     text += assignable("_ov_conf_text_rights", "anything");
     text += shell_list("_ov_conf_group_rights", rights(), [](const RightRow& right) {
-        return kind_of(right.load).words.load == std::string_view("names") && right.check != NoRule
+        return accepted_text(right).kind == "names" && right.check != NoRule
                    ? std::string(key_of(right))
                    : "";
     });
@@ -331,7 +323,7 @@ std::string key_list() {
     // The rights that stand in the main file change the defaults of the first two roles.
     for (const auto& [section, rank] : {std::pair{AdminSection, 0U}, {ManagerSection, 1U}}) {
         for (const RightRow& right : rights()) {
-            text += tabbed({section, key_of(right), kind_of(right.load).words.load, "-", "-",
+            text += tabbed({section, key_of(right), sentence(accepted_text(right)), "-", "-",
                             written(right, rank)});
         }
         text += tabbed({section, OldExcludeGroup, "names", "-", "-", "-"});

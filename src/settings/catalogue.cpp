@@ -82,28 +82,25 @@ constexpr Rules rules(Rule load, Column... columns) {
     return all;
 }
 
-// Whether the kinds of a row know what to do with a setting of the type, and have words for it.
+// Whether a kind is for settings of the type; none is for all.
 template <class Type>
-constexpr bool can_load(const Rules& row) {
-    const Kind& kind = *row.load.kind;
-    return kind.load && kind.words.load && (kind.types & type_of<Type>());
-}
-template <class Type>
-constexpr bool can_check(const Rules& row) {
-    const Kind* kind = row.check.kind;
-    return !kind || (kind->check && kind->words.check && (kind->types & type_of<Type>()));
-}
-template <class Type>
-constexpr bool can_show(const Rules& row) {
-    const Kind* kind = row.show.kind;
-    return !kind || (kind->show && kind->words.show && (kind->types & type_of<Type>()));
+constexpr bool is_for(const Kind* kind) {
+    return !kind || (kind->types & type_of<Type>());
 }
 #define HOLD_AGAINST_THE_TYPE(name, type, ...)                                                     \
-    static_assert(can_load<type>(rules(__VA_ARGS__)),                                              \
+    static_assert(rules(__VA_ARGS__).load.kind->load && rules(__VA_ARGS__).load.kind->words.load,  \
+                  name ": its kind cannot be loaded, or has no words");                            \
+    static_assert(!rules(__VA_ARGS__).check.kind || (rules(__VA_ARGS__).check.kind->check &&       \
+                                                     rules(__VA_ARGS__).check.kind->words.check),  \
+                  name ": the kind of its check checks nothing, or has no words");                 \
+    static_assert(!rules(__VA_ARGS__).show.kind || (rules(__VA_ARGS__).show.kind->show &&          \
+                                                    rules(__VA_ARGS__).show.kind->words.show),     \
+                  name ": the kind of its form shows nothing, or has no words");                   \
+    static_assert(is_for<type>(rules(__VA_ARGS__).load.kind),                                      \
                   name ": what its kind loads does not fit the setting's type");                   \
-    static_assert(can_check<type>(rules(__VA_ARGS__)),                                             \
+    static_assert(is_for<type>(rules(__VA_ARGS__).check.kind),                                     \
                   name ": what its check is for does not fit the setting's type");                 \
-    static_assert(can_show<type>(rules(__VA_ARGS__)),                                              \
+    static_assert(is_for<type>(rules(__VA_ARGS__).show.kind),                                      \
                   name ": what its form shows does not fit the setting's type");
 #define SETTING(section, key, variable, type, initial, when, ...)                                  \
     HOLD_AGAINST_THE_TYPE("[" section "] " key, type, __VA_ARGS__)
@@ -111,8 +108,31 @@ constexpr bool can_show(const Rules& row) {
 #include "settings/catalogue.def"
 #undef STEP
 #undef SETTING
+// Whether a right of the type can be answered so.
+template <class Type>
+constexpr bool can_answer(RightQuery query) {
+    switch (query) {
+    case RightQuery::None:
+        return true;
+    case RightQuery::Flag:
+    case RightQuery::Selection:
+        return std::is_same_v<Type, int>;
+    case RightQuery::NamedMask:
+    case RightQuery::Level:
+    case RightQuery::LevelAndSet:
+        return std::is_same_v<Type, unsigned>;
+    case RightQuery::NamedText:
+        return std::is_same_v<Type, Text>;
+    case RightQuery::Names:
+    case RightQuery::Selectable:
+        return std::is_same_v<Type, WordList>;
+    }
+    return false;
+}
 #define RIGHT(key, variable, type, kind, defaults, query, ...)                                     \
-    HOLD_AGAINST_THE_TYPE(#key, type, kind __VA_OPT__(, ) __VA_ARGS__)
+    HOLD_AGAINST_THE_TYPE(#key, type, kind __VA_OPT__(, ) __VA_ARGS__)                             \
+    static_assert(can_answer<type>(RightQuery::query),                                             \
+                  #key ": how it is answered does not fit the setting's type");
 #include "settings/rights.def"
 #undef RIGHT
 
@@ -334,6 +354,14 @@ Variable variable_of(const Row& row) {
             } else {
                 return &(settings.*member);
             }
+        },
+        row.member);
+}
+
+Variable variable_of(const RightRow& row, int rank) {
+    return std::visit(
+        [rank](auto member) -> Variable {
+            return &(settings.*member)[static_cast<std::size_t>(rank)];
         },
         row.member);
 }

@@ -56,7 +56,7 @@ struct Row : Columns {
     Member member;
 };
 bool is_step(const Row& row);
-const char* section_of(const Row& row);
+const char* section_of(const Row& row); // null for a step
 Variable variable_of(const Row& row);
 
 // All rows, in reading order.
@@ -88,6 +88,9 @@ struct RightRow : Columns {
     RightQuery query;
     RightMember member;
 };
+
+// The setting of a right for the role `rank`.
+Variable variable_of(const RightRow& row, int rank);
 
 // All rights, in the order in which they are read.
 std::span<const RightRow> rights();

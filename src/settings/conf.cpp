@@ -37,10 +37,11 @@ Refusal cannot_open(const char* file) {
     return {.verdict = Verdict::CannotOpen,
             .reader = MainReader,
             .file = file,
-            .line = errno,
+            .line = 0,
             .section = nullptr,
             .key = nullptr,
-            .value = {}};
+            .value = {},
+            .error = errno};
 }
 
 } // namespace

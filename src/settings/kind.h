@@ -93,11 +93,12 @@ inline constexpr const char* TheSame = "{load}";
 // one without `load` can only be checked or shown.
 struct Kind {
     Words words;
-    Types types = AnyType; // of the settings that it is for
+    Types types = 0; // of the settings that it is for
     Verdict (*load)(const Loading&) = nullptr;
     Verdict (*absent)(const Loading&) = nullptr; // what is done when the file lacks the key
     bool (*check)(const Value&) = nullptr;
     Shown (*show)(const Value&) = nullptr;
+    std::string (*written)(const Value&) = nullptr; // a number as a file has it; null: in digits
 };
 
 inline constexpr std::int64_t NoBound = std::numeric_limits<std::int64_t>::max();
@@ -110,7 +111,7 @@ struct Manner {
     std::uint16_t longest = NoLength; // in characters
     std::int8_t table = -1;           // of the value's words
     std::uint8_t mode = LineMode;     // of the lookup
-    std::array<char, 3> characters{}; // separators, a unit, punctuation
+    std::array<char, 4> characters{}; // separators, a unit, punctuation, and a NUL
     Other first = {};
     Other second = {};
 

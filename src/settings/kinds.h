@@ -123,10 +123,11 @@ bool all_words(const Value& value, const char* separators, Test test) {
     return words && std::all_of(words->begin(), words->end(), test);
 }
 
-constexpr std::array<char, 3> characters(const char* text) {
-    std::array<char, 3> found{};
+constexpr std::array<char, 4> characters(const char* text) {
+    std::array<char, 4> found{};
     for (std::size_t i = 0; text[i] != '\0'; ++i) {
         found.at(i) = text[i];
+        found.at(i + 1) = '\0'; // does not compile where that is no longer in it
     }
     return found;
 }
@@ -152,13 +153,17 @@ inline bool is_boolean(const Value& value) {
 inline Shown show_boolean(const Value& value) {
     return number_in(value.variable) != 0 ? "true" : "false";
 }
+inline std::string written_boolean(const Value& value) {
+    return number_in(value.variable) != 0 ? "yes" : "no";
+}
 inline constexpr Kind Boolean{.words = {"boolean", TheSame, "true or false",
                                         "true, yes, on, 1 or false, no, off, 0, in any case.",
                                         "yes no"},
                               .types = Numbers,
                               .load = load_boolean,
                               .check = is_boolean,
-                              .show = show_boolean};
+                              .show = show_boolean,
+                              .written = written_boolean};
 constexpr Rule boolean() {
     return {&Boolean, {.mode = TokenMode}};
 }
@@ -317,12 +322,16 @@ inline Shown show_word(const Value& value) {
     const char* word = str_vtab(value.manner.table, static_cast<int>(number_in(value.variable)));
     return word ? Shown(word) : std::nullopt;
 }
+inline std::string written_word(const Value& value) {
+    return show_word(value).value_or("");
+}
 inline constexpr Kind Word{.words = {"word|{words}", TheSame, "word",
                                      "One of the words that are listed, in any case.", "{choices}"},
                            .types = Numbers,
                            .load = load_word,
                            .check = is_word,
-                           .show = show_word};
+                           .show = show_word,
+                           .written = written_word};
 constexpr Rule word(Table table) {
     return {&Word, {.table = static_cast<std::int8_t>(table)}};
 }
@@ -331,7 +340,8 @@ constexpr Rule word(Table table) {
 inline constexpr Kind Selection{.words = {"selection", nullptr, "word"},
                                 .types = Numbers,
                                 .load = load_word,
-                                .show = show_word};
+                                .show = show_word,
+                                .written = written_word};
 constexpr Rule selection() {
     return {&Selection, {.table = AddrSelectTable}};
 }
@@ -346,15 +356,19 @@ inline bool is_level(const Value& value) {
 inline Shown show_level(const Value& value) {
     return number_in(value.variable) >= NoLevel ? "none" : show_number(value);
 }
+inline std::string written_level(const Value& value) {
+    return show_level(value).value_or("");
+}
 inline constexpr Kind Level{
-    .words = {"level|{words}, or 0 to 9999", TheSame, "number, or \"none\"",
+    .words = {"level|{words}, or {bounds}", TheSame, "number, or \"none\"",
               "A word or a number; the words stand for 9999 (none), 1 (weak) and 0 (strong). "
               "Any other word is read as a number without digits: as 0.",
               "{choices}"},
     .types = Numbers,
     .load = load_level,
     .check = is_level,
-    .show = show_level};
+    .show = show_level,
+    .written = written_level};
 constexpr Rule level() {
     return {&Level, {.lowest = 0, .highest = NoLevel, .table = LogLevelTable}};
 }
@@ -364,7 +378,7 @@ inline bool is_none_or_number(const Value& value) {
     return same_word(value.text, "none") || are_digits(value);
 }
 inline constexpr Kind NoneOrNumber{
-    .words = {nullptr, "level: none, or 0 to 9999", nullptr, nullptr, "none"},
+    .words = {nullptr, "level: none, or {bounds}", nullptr, nullptr, "none"},
     .types = Numbers,
     .check = is_none_or_number};
 constexpr Rule none_or_number() {
@@ -395,6 +409,18 @@ inline Shown show_byte_size(const Value& value) {
     }
     return text;
 }
+// In the shortest form that is exact.
+inline std::string written_size(std::int64_t bytes) {
+    for (const auto& [unit, shift] : {std::pair{'G', 30}, {'M', 20}, {'K', 10}}) {
+        if (bytes != 0 && bytes % (std::int64_t{1} << shift) == 0) {
+            return std::to_string(bytes >> shift) + unit;
+        }
+    }
+    return bytes == 0 ? "0" : std::to_string(bytes) + 'B';
+}
+inline std::string written_bytes(const Value& value) {
+    return written_size(number_in(value.variable));
+}
 inline constexpr Kind Bytes{
     .words = {"size|in bytes; without a unit: {unit}", "size; without a unit: {unit}",
               "size with units",
@@ -404,7 +430,8 @@ inline constexpr Kind Bytes{
     .types = Numbers,
     .load = load_bytes,
     .check = is_bytes,
-    .show = show_byte_size};
+    .show = show_byte_size,
+    .written = written_bytes};
 constexpr Rule bytes(char unit = 'K') {
     return {&Bytes, {.characters = {unit}}};
 }
@@ -417,12 +444,16 @@ inline Verdict load_kilobytes(const Loading& value) {
 inline bool is_kilobytes(const Value& value) {
     return conv_Kbyte(value.text, 'M') >= 0;
 }
+inline std::string written_kilobytes(const Value& value) {
+    return written_size(number_in(value.variable) << 10);
+}
 inline constexpr Kind Kilobytes{
     .words = {"size|held in kilobytes; without a unit: M", "size; without a unit: M", "number"},
     .types = Numbers,
     .load = load_kilobytes,
     .check = is_kilobytes,
-    .show = show_number};
+    .show = show_number,
+    .written = written_kilobytes};
 constexpr Rule kilobytes() {
     return {&Kilobytes};
 }
@@ -459,7 +490,8 @@ inline constexpr Kind MinFree{
     .types = Numbers,
     .load = load_min_free,
     .check = is_kilobytes,
-    .show = show_number};
+    .show = show_number,
+    .written = written_kilobytes};
 constexpr Rule min_free(Text Settings::*directory, long Settings::*blocks) {
     return {&MinFree, {.first = directory, .second = blocks}};
 }
@@ -516,7 +548,8 @@ constexpr Rule text() {
 inline bool is_anything(const Value&) {
     return true;
 }
-inline constexpr Kind Anything{.words = {nullptr, "anything", nullptr}, .check = is_anything};
+inline constexpr Kind Anything{
+    .words = {nullptr, "anything", nullptr}, .types = AnyType, .check = is_anything};
 constexpr Rule anything() {
     return {&Anything};
 }
@@ -1140,11 +1173,11 @@ inline bool read_server(const std::string& word, bool markers_allowed, SVRLIST& 
     return true;
 }
 
-// At most eight servers, "host" or "host:port" with a port from 1 to 60000; where it is the
-// gateway's own way out, the markers for the submission program and a command may be among them.
 inline bool is_marker(std::string_view word) {
     return same_word(word, "_MSP_") || same_word(word, "_CMD_");
 }
+// At most eight servers, "host" or "host:port" with a port from 1 to 60000; where it is the
+// gateway's own way out, the markers for the submission program and a command may be among them.
 inline Verdict load_server_list(const Loading& value, bool markers_allowed) {
     const Verdict verdict =
         fill(other<ServerList>(value.manner.first), value.text, separators_of(value),

@@ -66,7 +66,7 @@ bool Load::knows_directory(const std::string& path) {
 
 void print_refusal(const Refusal& refusal) {
     if (refusal.verdict == Verdict::CannotOpen) {
-        std::fprintf(stderr, "cannot open configfile \"%s\" (%d)\n", refusal.file, refusal.line);
+        std::fprintf(stderr, "cannot open configfile \"%s\" (%d)\n", refusal.file, refusal.error);
         return;
     }
     const bool tells_more = refusal.reader == MainReader || refusal.reader == SearchReader;
@@ -116,15 +116,6 @@ std::optional<Refusal> load_rows(Load& load, const Snapshot& snapshot, Reader re
 }
 
 namespace {
-
-// The setting of a right for one role.
-Variable variable_of(const RightRow& row, int rank) {
-    return std::visit(
-        [rank](auto member) -> Variable {
-            return &(settings.*member)[static_cast<std::size_t>(rank)];
-        },
-        row.member);
-}
 
 // Whether the right is read at all: a user with the right to freeze or confirm follows the system's
 // options instead of options of his own.

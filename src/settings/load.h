@@ -26,10 +26,11 @@ struct Refusal {
     Verdict verdict;
     Reader reader;
     const char* file;
-    int line; // 0 for a value that does not stand in the file; of one that cannot be opened: errno
+    int line; // 0 for a value that does not stand in the file
     const char* section;
     const char* key; // null for a step
     std::string value;
+    int error = 0; // of a file that cannot be opened
 };
 
 // Says on standard error what is wrong.

@@ -36,58 +36,11 @@ std::span<const CombinedQuery> combined_queries() {
 }
 
 std::span<const Right> listed_rights() {
-    using enum Right;
     static constexpr Right listed[] = {
-        HoldList,
-        HoldMessage,
-        HoldAttach,
-        HoldReason,
-        HoldForward,
-        HoldApprove,
-        HoldCancel,
-        HoldFreeze,
-        HoldConfirm,
-        ArchiveList,
-        ArchiveMessage,
-        ArchiveAttach,
-        ArchiveBackup,
-        ArchiveRetrieve,
-        ViewStatistics,
-        ViewScreeningLog,
-        ViewManagerLog,
-        ViewViewerLog,
-        CheckPcode,
-        CSVDownload,
-        StatOptionMask,
-        RealName,
-        PolicyACLRule,
-        PolicyAttachment,
-        PolicyKeyword,
-        ConfNotice,
-        ConfGroup,
-        ConfSystem,
-        SystemBoot,
-        LogLowerBound,
-        LogUpperBound,
-        LogLimit,
-        ExcludeGroup,
-        Group,
-        Group_complement,
-        FromFilter,
-        FromFilterSelect_Log,
-        FromFilterSelect_Queue,
-        RcptFilter,
-        RcptFilterSelect_Log,
-        RcptFilterSelect_Queue,
-        LogGrouping,
-        QueueGrouping,
-        StatGrouping,
-        LoggingManager,
-        LoggingViewer,
-        SelectGroupList,
-        SelectGroup,
-        FromFilterSelect_Search,
-        RcptFilterSelect_Search,
+#define RIGHT(...)
+#define LISTED(right) Right::right,
+#include "settings/rights.def"
+#undef RIGHT
     };
     return listed;
 }

@@ -126,7 +126,7 @@ Options parse_options(int argc, char** argv) {
     finish();
 }
 
-// A file that can be read again is not: what the load has scanned holds the value.
+// What the load has scanned holds the value. Of a pipe the load has left nothing to be found.
 [[noreturn]] void fetch(const Options& options, const Snapshot& snapshot) {
     const char* file = ConfigFile.c_str();
     const char* section = options.section->c_str();
