@@ -1,5 +1,5 @@
 #!/bin/bash
-# Makes the Debian package, unpacks it into a folder, and uses what is in it.
+# Makes the Debian package, looks at it, unpacks it into a folder, and uses what is in it.
 #   package_test.sh BUILD-FOLDER
 set -eu
 build=$(realpath "$1")
@@ -9,17 +9,39 @@ trap 'rm -rf "$root"' EXIT
 trap 'echo "package_test.sh: line $LINENO: not so" >&2' ERR
 cd "$root"
 
-cpack --config "$build/CPackConfig.cmake" -G DEB -B "$root" >/dev/null
+# Makes a package in a folder, and refuses when there is nobody to write to.
+pack() {
+    cpack --config "$build/CPackConfig.cmake" -G DEB -B "$root/$1" \
+        -D CPACK_PACKAGE_CONTACT="${2-The maintainers of ov_conf <ov_conf@example.com>}" >"$1.log" 2>&1
+}
+if pack nobody ''; then false; fi
+grep -q 'cmake -D OV_CONTACT=' nobody.log
+pack old
+# What the builder keeps to itself is for all in the package.
+(umask 077 && pack new)
+package=$(echo new/*.deb)
 mkdir unpacked
-dpkg-deb -x ./*.deb unpacked
+dpkg-deb -x "$package" unpacked
 usr=$root/unpacked/usr
+
+lintian --fail-on error,warning "$package"
+# It is newer than one that was made before, and than those that had no revision yet.
+version_of() { dpkg-deb -f "$1" Version; }
+dpkg --compare-versions "$(version_of "$package")" gt "$(version_of old/*.deb)"
+dpkg --compare-versions "$(version_of old/*.deb)" gt 7.1.02
+# Later releases of the libraries will do.
+[ "$(dpkg-deb -f "$package" Depends | sed 's/libc[0-9.]* (>= [0-9.]*)\(, \)*//g')" = '' ]
+# Folders, files and links; the links are not counted as copies of the program.
+modes=$(dpkg-deb -c "$package" | cut -c 1-10 | sort -u | tr '\n' ' ')
+[ "$modes" = '-rw-r--r-- -rwxr-xr-x drwxr-xr-x lrwxrwxrwx ' ]
+[ "$(dpkg-deb -f "$package" Installed-Size)" -lt "$(($(du -sk --apparent-size "$usr" | cut -f 1) + 50))" ]
 
 # One executable, and six links to it.
 [ "$(find "$usr/sbin" -type f)" = "$usr/sbin/ov_conf" ]
 [ "$(find "$usr/sbin" -type l -lname ov_conf | wc -l)" -eq 6 ]
 [ "$(find "$usr/sbin" | wc -l)" -eq 8 ]
-# A page for each of the names, and one for the file.
-[ "$(find "$usr/share/man/man8" "$usr/share/man/man5" -name '*.[58]' -exec test -s {} \; -print | wc -l)" -eq 8 ]
+# A compressed page for each of the names, and one for the file.
+[ "$(find "$usr"/share/man/man[58]/* -exec gzip -t {} \; -print | wc -l)" -eq 8 ]
 
 # Each name is a command: the search side has a version of its own.
 for name in ov_conf ov_admconf ov_mgrconf ov_sysadmconf; do
