@@ -60,7 +60,7 @@ std::string loaded(const File& file) {
     if (!refusal) {
         return "";
     }
-    const auto& [verdict, reader, name, line, given_section, given_key, value] = *refusal;
+    const auto& [verdict, reader, name, line, given_section, given_key, value, error] = *refusal;
     require(verdict != Verdict::NotFullPath || !value.starts_with('/'), "it is a full path");
     const char* key = given_key ? given_key : "";
     const Row* of_key = find_row(given_section ? given_section : "", key);
