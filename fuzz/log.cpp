@@ -42,6 +42,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto check = [](std::string text, const char* writer) {
         const auto is_control = [](char c) { return (c >= 0 && c < ' ' && c != '\t') || c == 127; };
         std::replace_if(text.begin(), text.end(), is_control, '?');
+        for (std::size_t at = 0; (at = text.find('\xc2', at)) != text.npos; ++at) {
+            const auto next = static_cast<unsigned char>((text + ' ')[at + 1]);
+            if (next >= 0x80 && next < 0xa0) { // a control character beside ASCII's
+                text.replace(at, 2, "??");
+            }
+        }
         const std::vector<std::string> lines = logged();
         require(lines.size() == 2 && lines[0].find(" ORVANTA V") != std::string::npos, writer);
         const std::string& line = lines[1];
