@@ -19,7 +19,7 @@ std::vector<std::string> listed(const std::string& text) {
     return addresses;
 }
 
-// Takes the specifications off the text one by one.
+// Takes the address specifications off the text one by one.
 std::vector<std::string> extracted(const std::string& text, std::size_t size) {
     std::vector<std::string> addresses;
     std::optional<std::string_view> rest = text;
