@@ -44,7 +44,7 @@ void check_numbers(const std::string& text, std::int64_t low, std::int64_t high)
     const bool within = digits && number >= low && number <= high;
     require(decimal_within(text, low, high) == (within ? std::optional(number) : std::nullopt),
             "a number within bounds");
-    const int port = server_port(text).value_or(1);
+    const int port = split_hostport(":" + text).value_or(HostAndPort{{}, 1}).port;
     require(port >= 1 && port <= 60000 &&
                 (!digits || number > 60000 || number == 0 || port == number),
             "a port");

@@ -76,8 +76,6 @@ class Collector {
 class Beginning : public testing::EmptyTestEventListener {
     void OnTestStart(const testing::TestInfo&) override {
         reset_settings();
-        services = {};
-        group_settings = {};
         log_initialized = 0;
         ProgName = nullptr;
         ::umask(022);

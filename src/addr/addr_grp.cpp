@@ -88,9 +88,7 @@ std::string entry_on(std::string_view line) {
     if (start == line.npos) {
         return {};
     }
-    std::string entry(line.substr(start, line.find_last_not_of(" \t") - start + 1));
-    std::transform(entry.begin(), entry.end(), entry.begin(), lower);
-    return entry;
+    return lowered(std::string(line.substr(start, line.find_last_not_of(" \t") - start + 1)));
 }
 
 // The copy of an entry that all groups share. It stays to the end of the process.

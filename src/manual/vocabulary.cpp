@@ -142,7 +142,7 @@ bool loads_empty(const Row& row) {
             const std::string empty;
             Load load{.file = "", .mask = RC_NOCHECK};
             const Loading loading{
-                {manner_of(row.load), &unread, empty}, load, MainReader, section_of(row)};
+                {manner_of(row.load), &unread, empty}, load, MainReader, section_of(row), 0};
             return kind_of(row.load).load(loading) == Verdict::Taken;
         },
         variable_of(row));

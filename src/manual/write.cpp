@@ -122,11 +122,6 @@ std::string directory_and_default(Text Settings::*directory) {
     return std::string(key_of(*found)) + " " + (settings.*directory).c_str();
 }
 
-std::string folded(std::string name) {
-    std::transform(name.begin(), name.end(), name.begin(), lower);
-    return name;
-}
-
 template <class Items, class TextOf>
 std::string shell_list(const std::string& name, const Items& items, TextOf text_of) {
     std::string text;
@@ -151,7 +146,7 @@ std::string keys_of_sections(const char* name, HasIt has_it) {
     std::string text = std::string("declare -gA ") + name + "=(\n";
     for (const SectionReference& section : key_reference()) {
         text += shell_list(
-            "    [" + folded(section.section) + "]", section.keys,
+            "    [" + lowered(section.section) + "]", section.keys,
             [&has_it](const KeyReference& key) { return has_it(key) ? std::string(key.key) : ""; });
     }
     return text + ")\n";
@@ -163,7 +158,7 @@ std::string offers(const char* name, std::string KeyReference::*offered) {
     for (const SectionReference& section : key_reference()) {
         for (const KeyReference& key : section.keys) {
             if (!(key.*offered).empty()) {
-                text += "    [" + folded(std::string(section.section) + "." + key.key) + "]='" +
+                text += "    [" + lowered(std::string(section.section) + "." + key.key) + "]='" +
                         key.*offered + "'\n";
             }
         }
@@ -210,7 +205,7 @@ std::string manual_kinds() {
     const std::map<std::string, std::string> all = meanings();
     std::vector<std::pair<std::string, std::string>> sorted(all.begin(), all.end());
     std::sort(sorted.begin(), sorted.end(),
-              [](const auto& a, const auto& b) { return folded(a.first) < folded(b.first); });
+              [](const auto& a, const auto& b) { return lowered(a.first) < lowered(b.first); });
     for (const auto& [name, meaning] : sorted) {
         text += ".It " + name + "\n" + lines(meaning);
     }

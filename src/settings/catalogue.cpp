@@ -2,6 +2,7 @@
 
 #include "settings/kinds.h"
 #include "settings/load.h"
+#include "settings/steps.h"
 
 #include <algorithm>
 #include <array>
@@ -12,6 +13,7 @@ namespace ov {
 namespace {
 
 using namespace kinds;
+using namespace steps;
 using S = Settings;
 
 // The gates. Numbers are bits of the load mask.
@@ -129,7 +131,7 @@ constexpr bool can_answer(RightQuery query) {
     }
     return false;
 }
-#define RIGHT(key, variable, type, kind, defaults, query, ...)                                     \
+#define RIGHT(key, type, kind, defaults, query, ...)                                               \
     HOLD_AGAINST_THE_TYPE(#key, type, kind __VA_OPT__(, ) __VA_ARGS__)                             \
     static_assert(can_answer<type>(RightQuery::query),                                             \
                   #key ": how it is answered does not fit the setting's type");
@@ -163,14 +165,14 @@ struct WrittenRight {
     Rules rules;
 };
 constexpr WrittenRight written_rights[] = {
-#define RIGHT(key, variable, type, kind, defaults, query, ...)                                     \
-    {#key, &Settings::variable, RightQuery::query, rules(kind __VA_OPT__(, ) __VA_ARGS__)},
+#define RIGHT(key, type, kind, defaults, query, ...)                                               \
+    {#key, &Settings::CF_##key, RightQuery::query, rules(kind __VA_OPT__(, ) __VA_ARGS__)},
 #include "settings/rights.def"
 #undef RIGHT
 };
 constexpr std::size_t Keys = std::size(written_rows);
 constexpr std::size_t Rights = std::size(written_rights);
-constexpr std::size_t RightsKeys = Rights + 1; // with the old name of one
+constexpr std::size_t RightsKeys = Rights + 1; // with the old name of one, the last
 
 // All names of keys, each behind the other.
 constexpr char key_names[] =
@@ -182,38 +184,29 @@ constexpr char key_names[] =
 #define RIGHT(key, ...) #key "\0"
 #include "settings/rights.def"
 #undef RIGHT
-    "RejectGroup";
+    "";
 
-// The names of the sections, each once.
-constexpr std::size_t MostSections = 32;
-struct Sections {
-    std::array<std::string_view, MostSections> names;
-    std::size_t count = 0;
-
-    constexpr std::uint8_t number_of(std::string_view name) const {
-        std::size_t number = 0;
-        while (number < count && names[number] != name) {
-            ++number;
-        }
-        return static_cast<std::uint8_t>(number);
-    }
-    constexpr void add(std::string_view name) {
-        if (number_of(name) == count) {
-            names[count++] = name;
-        }
-    }
+// The names of the sections. Of the two that rights stand in, one has other keys, too.
+constexpr std::string_view sections[] = {
+#define SECTION(name, purpose) name,
+#define SETTING(...)
+#define STEP(...)
+#include "settings/catalogue.def"
+#undef STEP
+#undef SETTING
+    ManagerSection,
 };
-constexpr Sections sections = [] {
-    Sections found;
-    for (const WrittenRow& row : written_rows) {
-        if (row.section) {
-            found.add(row.section);
-        }
-    }
-    found.add(AdminSection);
-    found.add(ManagerSection);
-    return found;
-}();
+constexpr std::uint8_t number_of_section(std::string_view name) {
+    return static_cast<std::uint8_t>(std::find(std::begin(sections), std::end(sections), name) -
+                                     std::begin(sections));
+}
+#define SETTING(section, key, ...)                                                                 \
+    static_assert(number_of_section(section) < std::size(sections),                                \
+                  "[" section "] " key ": there is no SECTION of that name");
+#define STEP(...)
+#include "settings/catalogue.def"
+#undef STEP
+#undef SETTING
 
 // The distinct rules; the first one stands for none.
 constexpr std::size_t MostRules = 160;
@@ -238,7 +231,7 @@ struct DistinctRules {
 struct Tables {
     std::array<Row, Keys> rows{};
     std::array<RightRow, Rights> rights{};
-    std::array<std::uint16_t, Keys + RightsKeys> starts{}; // of the names
+    std::array<std::uint16_t, Keys + Rights> starts{}; // of the names
     DistinctRules rules;
 };
 constexpr Tables build() {
@@ -256,7 +249,7 @@ constexpr Tables build() {
     for (std::size_t i = 0; i < Keys; ++i) {
         const WrittenRow& row = written_rows[i];
         tables.rows[i] = {columns(tables.starts[i], row.rules),
-                          row.section ? sections.number_of(row.section) : std::uint8_t{0}, row.gate,
+                          row.section ? number_of_section(row.section) : std::uint8_t{0}, row.gate,
                           row.member};
     }
     for (std::size_t i = 0; i < Rights; ++i) {
@@ -269,7 +262,7 @@ constexpr Tables build() {
 constexpr Tables built = build();
 constexpr std::array<Row, Keys> rows = built.rows;
 constexpr std::array<RightRow, Rights> right_rows = built.rights;
-constexpr std::array<std::uint16_t, Keys + RightsKeys> starts = built.starts;
+constexpr std::array<std::uint16_t, Keys + Rights> starts = built.starts;
 // Apart, since only the kinds are pointers.
 constexpr std::size_t DistinctCount = built.rules.count;
 constexpr std::array<const Kind*, DistinctCount> distinct_kinds = [] {
@@ -293,15 +286,16 @@ constexpr std::size_t first_right(std::string_view section) {
     return section == AdminSection ? Keys : Keys + RightsKeys;
 }
 
-const char* key_of_number(std::size_t number) {
-    return key_names + starts[number < Keys + RightsKeys ? number : number - RightsKeys];
+constexpr const char* key_of_number(std::size_t number) {
+    const std::size_t name = number < Keys + RightsKeys ? number : number - RightsKeys;
+    return name == Keys + Rights ? OldExcludeGroup : key_names + starts[name];
 }
 
 constexpr std::size_t Buckets = 2048;
 constexpr std::array<KeyIndex::Bucket, Buckets> buckets = [] {
     std::array<KeyIndex::Bucket, Buckets> table{};
-    const auto enter = [&table](std::size_t number, std::uint8_t section, std::string_view key) {
-        std::size_t at = KeyIndex::place(section, key, Buckets);
+    const auto enter = [&table](std::size_t number, std::uint8_t section) {
+        std::size_t at = KeyIndex::place(section, key_of_number(number), Buckets);
         while (table[at].number != KeyIndex::Free) {
             at = (at + 1) % Buckets;
         }
@@ -309,20 +303,41 @@ constexpr std::array<KeyIndex::Bucket, Buckets> buckets = [] {
     };
     for (std::size_t i = 0; i < Keys; ++i) {
         if (written_rows[i].section) {
-            enter(i, rows[i].section, written_rows[i].key);
+            enter(i, rows[i].section);
         }
     }
     for (const char* section : {AdminSection, ManagerSection}) {
         for (std::size_t i = 0; i < RightsKeys; ++i) {
-            enter(first_right(section) + i, sections.number_of(section),
-                  key_names + starts[Keys + i]);
+            enter(first_right(section) + i, number_of_section(section));
         }
     }
     return table;
 }();
 
-constexpr KeyIndex index{std::span(sections.names.data(), sections.count), key_of_number,
-                         IndexedKeys, buckets};
+constexpr KeyIndex index{sections, key_of_number, IndexedKeys, buckets};
+
+// Whether a key has one row only: all of the same name are found where the search begins.
+constexpr bool stands_once(std::string_view section, std::string_view key) {
+    const std::uint8_t wanted = number_of_section(section);
+    int rows_of_key = 0;
+    for (std::size_t at = KeyIndex::place(wanted, key, Buckets);
+         buckets[at].number != KeyIndex::Free; at = (at + 1) % Buckets) {
+        rows_of_key +=
+            buckets[at].section == wanted && same_word(key_of_number(buckets[at].number), key);
+    }
+    return rows_of_key == 1;
+}
+#define SETTING(section, key, ...)                                                                 \
+    static_assert(stands_once(section, key), "[" section "] " key ": has two rows");
+#define STEP(when, step)
+#include "settings/catalogue.def"
+#undef STEP
+#undef SETTING
+#define RIGHT(key, ...)                                                                            \
+    static_assert(stands_once(AdminSection, #key) && stands_once(ManagerSection, #key),            \
+                  #key ": has two rows");
+#include "settings/rights.def"
+#undef RIGHT
 
 } // namespace
 
@@ -343,7 +358,7 @@ bool is_step(const Row& row) {
 }
 
 const char* section_of(const Row& row) {
-    return is_step(row) ? nullptr : sections.names[row.section].data();
+    return is_step(row) ? nullptr : sections[row.section].data();
 }
 
 Variable variable_of(const Row& row) {

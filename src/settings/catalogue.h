@@ -33,6 +33,7 @@ using RightMember = std::variant<PerRole<int> Settings::*, PerRole<unsigned> Set
 // The kind of a column and its manner, by the number that both have.
 enum class RuleNumber : std::uint8_t {};
 inline constexpr RuleNumber NoRule{0}; // the row has nothing in that column
+// Neither is to be asked for NoRule.
 const Kind& kind_of(RuleNumber number);
 const Manner& manner_of(RuleNumber number);
 
@@ -57,7 +58,7 @@ struct Row : Columns {
 };
 bool is_step(const Row& row);
 const char* section_of(const Row& row); // null for a step
-Variable variable_of(const Row& row);
+Variable variable_of(const Row& row);   // a null pointer for a step
 
 // All rows, in reading order.
 std::span<const Row> catalogue();

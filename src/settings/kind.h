@@ -72,6 +72,7 @@ struct Loading : Value {
     Load& load; // what is being loaded, with the mask and what is said on the way
     Reader reader;
     const char* section;
+    int line; // of the value in its file; 0: it does not stand there
 };
 
 using Shown = std::optional<std::string>;

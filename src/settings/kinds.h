@@ -11,19 +11,15 @@
 #include "settings/kind.h"
 #include "settings/load.h"
 #include "settings/validate.h"
-#include "util/handle.h"
 #include "util/host.h"
-#include "util/log.h"
 #include "util/util.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
-#include <fcntl.h>
 #include <initializer_list>
 #include <sys/stat.h>
-#include <unistd.h>
 #include <utility>
 
 namespace ov::kinds {
@@ -476,10 +472,9 @@ inline Verdict load_min_free(const Loading& value) {
     const std::string what = std::string("cannot get block size ") +
                              (directory ? directory : "<null>") + "; [" + value.section +
                              "] MinFree set 0\n";
-    value.load.said +=
-        value.reader == MainReader
-            ? "WARNING " + what
-            : std::string(value.load.file) + ":" + std::to_string(scan_linenumber) + ": " + what;
+    value.load.said += value.reader == MainReader ? "WARNING " + what
+                                                  : std::string(value.load.file) + ":" +
+                                                        std::to_string(value.line) + ": " + what;
     store(value, 0);
     blocks = 0;
     return verdict;
@@ -1150,32 +1145,27 @@ Verdict fill(ServerList& list, const std::string& text, const char* separators, 
     return Verdict::Taken;
 }
 
+// What `host` marks in a list of servers (see SVRLIST); 0: it is a host.
+inline int marker(std::string_view host) {
+    return same_word(host, MspMarker) ? 1 : same_word(host, CommandMarker) ? 2 : 0;
+}
+
 // Reads "host" or "host:port", or a marker where it may stand. Returns whether the port is one.
 inline bool read_server(const std::string& word, bool markers_allowed, SVRLIST& server) {
-    const std::size_t colon = word.find(':');
-    const std::string host = word.substr(0, colon);
-    constexpr int DefaultPort = 25;
-    const std::optional<int> port =
-        colon == word.npos ? DefaultPort : server_port(word.substr(colon + 1));
-    if (!port) {
+    const std::optional<HostAndPort> given = split_hostport(word);
+    if (!given) {
         return false;
     }
-    if (markers_allowed && same_word(host, "_MSP_")) {
-        server.host.set("_MSP_");
-        server.flg = 1;
-    } else if (markers_allowed && same_word(host, "_CMD_")) {
-        server.host.set("_CMD_");
-        server.flg = 2;
+    server.flg = markers_allowed ? marker(given->host) : 0;
+    if (server.flg != 0) {
+        server.host.set(server.flg == 1 ? MspMarker : CommandMarker);
     } else {
-        server.host.set(host);
-        server.port = *port;
+        server.host.set(given->host);
+        server.port = given->port;
     }
     return true;
 }
 
-inline bool is_marker(std::string_view word) {
-    return same_word(word, "_MSP_") || same_word(word, "_CMD_");
-}
 // At most eight servers, "host" or "host:port" with a port from 1 to 60000; where it is the
 // gateway's own way out, the markers for the submission program and a command may be among them.
 inline Verdict load_server_list(const Loading& value, bool markers_allowed) {
@@ -1196,7 +1186,7 @@ inline bool are_servers(const Value& value) {
     const WordList words = split_str(value.text, separators_of(value));
     return words && words->size() <= std::tuple_size_v<ServerList> &&
            std::all_of(words->begin(), words->end(), [](const std::string& word) {
-               return is_marker(word) || isvalid_hostport(word);
+               return marker(word) != 0 || isvalid_hostport(word);
            });
 }
 inline constexpr Kind Servers{
@@ -1257,107 +1247,6 @@ inline constexpr Kind UserGroup{
     .show = show_user_group};
 constexpr Rule user_group() {
     return {&UserGroup, {.characters = characters(":")}};
-}
-
-// ---- Steps: what takes more than one key
-
-// The keys of the chosen submission program become those of sendmail, which the rest of the
-// gateway reads.
-inline void copy(Text& to, const Text& from) {
-    if (from) {
-        to.set(from.view());
-    } else {
-        to.unset();
-    }
-}
-inline Verdict chosen_program(const Loading&) {
-    switch (MailSubmissionProgram) {
-    case 2:
-        copy(SendmailProgram, PostfixProgram);
-        copy(SendmailQueueDirectory, PostfixQueueDirectory);
-        copy(SendmailQueueListProgram, PostfixQueueListProgram);
-        copy(SendmailNullFrom, PostfixNullFrom);
-        break;
-    case 3:
-        copy(SendmailProgram, QmailProgram);
-        copy(SendmailQueueDirectory, QmailQueueDirectory);
-        copy(SendmailQueueListProgram, QmailQueueListProgram);
-        copy(SendmailNullFrom, QmailNullFrom);
-        break;
-    default:
-        break;
-    }
-    return Verdict::Taken;
-}
-
-// Forwarding needs an address to forward to.
-inline Verdict forward_mode(const Loading& value) {
-    if (!ForwardMailAddress && ForwardMode != 0) {
-        value.load.said += "WARNING No address specified, ForwardMode = none\n";
-        ForwardMode = 0;
-    }
-    return Verdict::Taken;
-}
-
-// Links a test file into another queue. What an earlier trial has left there goes out of the way;
-// when that was the file itself, both queues are one, and nothing can be linked.
-inline int link_over(const char* source, const char* target) {
-    int result = ::link(source, target);
-    if (result != 0 && errno == EEXIST) {
-        ::unlink(target);
-        result = ::link(source, target);
-        errno = result != 0 && errno == ENOENT ? EEXIST : errno;
-    }
-    return result;
-}
-
-// Makes a test file, in the place of one that an earlier trial has left.
-inline Fd make_test_file(const char* path) {
-    constexpr int Flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
-    constexpr mode_t Mode = 0644;
-    Fd file(::open(path, Flags, Mode));
-    if (!file && errno == EEXIST) {
-        ::unlink(path);
-        file.reset(::open(path, Flags, Mode));
-    }
-    return file;
-}
-
-// Tries to bring a file from one queue directory into another with `bring`, and clears `flag` when
-// that fails. It is gone from both afterwards.
-inline void try_queues(int& flag, const char* name, const Text& from, const Text& to,
-                       int (*bring)(const char*, const char*)) {
-    constexpr unsigned LogWarnings = 0x2; // in LogFacility
-    if (!flag) {
-        return;
-    }
-    if (!from || !to) {
-        flag = 0;
-        return;
-    }
-    const std::string source = std::string(from.view()) + ".qxtest";
-    const std::string target = std::string(to.view()) + ".qxtest";
-    const Fd file = make_test_file(source.c_str());
-    if (file && bring(source.c_str(), target.c_str()) != 0) {
-        flag = 0;
-        if ((LogFacility & LogWarnings) != 0 && LogLevel > 1) {
-            syserr("WARNING: %s disabled. (errno=%d)", name, errno);
-        }
-    }
-    ::unlink(target.c_str());
-    if (file && (bring != ::rename || !flag)) {
-        ::unlink(source.c_str());
-    }
-}
-
-// Whether messages can be linked from queue to queue, and moved into quarantine.
-inline Verdict archive_hard_link(const Loading&) {
-    try_queues(ArchiveHardLink, "ArchiveHardLink", MessageQueue, ArchiveQueue, link_over);
-    return Verdict::Taken;
-}
-inline Verdict quarantine_hard_link(const Loading&) {
-    try_queues(QuarantineHardLink, "QuarantineHardLink", MessageQueue, QuarantineQueue, ::rename);
-    return Verdict::Taken;
 }
 
 } // namespace ov::kinds

@@ -102,8 +102,9 @@ std::optional<Refusal> load_rows(Load& load, const Snapshot& snapshot, Reader re
         try {
             const bool found = step || snapshot.lookup(number_of(row), section, key_of(row), value,
                                                        manner.mode) == 0;
-            verdict =
-                load_value(kind, {{manner, variable_of(row), value}, load, reader, section}, found);
+            verdict = load_value(
+                kind, {{manner, variable_of(row), value}, load, reader, section, scan_linenumber},
+                found);
         } catch (const std::bad_alloc&) {
         }
         if (verdict != Verdict::Taken) {
@@ -152,9 +153,13 @@ std::optional<Refusal> load_rights(Load& load, const Snapshot& snapshot, const c
         }
         Verdict verdict = Verdict::MemoryExhausted;
         try {
-            verdict = load_value(
-                kind_of(row.load),
-                {{manner, variable_of(row, rank), value}, load, RightsReader, section}, found);
+            verdict = load_value(kind_of(row.load),
+                                 {{manner, variable_of(row, rank), value},
+                                  load,
+                                  RightsReader,
+                                  section,
+                                  scan_linenumber},
+                                 found);
         } catch (const std::bad_alloc&) {
         }
         if (verdict != Verdict::Taken) {

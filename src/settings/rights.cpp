@@ -35,13 +35,29 @@ std::span<const CombinedQuery> combined_queries() {
     return queries;
 }
 
-std::span<const Right> listed_rights() {
-    static constexpr Right listed[] = {
+namespace {
+
 #define RIGHT(...)
+constexpr Right listed[] = {
 #define LISTED(right) Right::right,
 #include "settings/rights.def"
+};
+constexpr Right listed_or_left_out[] = {
+#define LISTED(right) Right::right,
+#define UNLISTED(right) Right::right,
+#include "settings/rights.def"
+};
 #undef RIGHT
-    };
+#define RIGHT(key, ...)                                                                            \
+    static_assert(                                                                                 \
+        std::count(std::begin(listed_or_left_out), std::end(listed_or_left_out), Right::key) == 1, \
+        #key ": must stand once in the listing, or be left out there");
+#include "settings/rights.def"
+#undef RIGHT
+
+} // namespace
+
+std::span<const Right> listed_rights() {
     return listed;
 }
 

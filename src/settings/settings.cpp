@@ -1,5 +1,8 @@
 #include "settings/settings.h"
 
+#include "addr/addr_grp.h"
+#include "util/util_settings.h"
+
 #include <memory>
 #include <new>
 
@@ -10,7 +13,7 @@ namespace ov {
 // clang-format off
 #define SETTING(section, key, variable, type, initial, ...) .variable = initial,
 #define STEP(gate, step)
-#define RIGHT(key, variable, type, kind, defaults, ...) .variable = defaults,
+#define RIGHT(key, type, kind, defaults, ...) .CF_##key = defaults,
 #define Each(...) {{__VA_ARGS__}}
 #define All(value) {{value, value, value, value, value, value}}
 #define Unset {}
@@ -23,6 +26,8 @@ constinit LastingSettings lasting_settings{{
 }};
 
 void reset_settings() {
+    services = {};
+    group_settings = {};
     std::destroy_at(&settings);
     ::new (&settings) Settings{
         .ConfigFile = "/etc/Tessary.conf",

@@ -23,8 +23,10 @@ using IpList = std::optional<IpConditions>;
 struct SVRLIST {
     Text host;
     int port = 0;
-    int flg = 0; // 1: the mail submission program ("_MSP_"), 2: a command ("_CMD_")
+    int flg = 0; // 1: the mail submission program (MspMarker), 2: a command (CommandMarker)
 };
+inline constexpr const char* MspMarker = "_MSP_";
+inline constexpr const char* CommandMarker = "_CMD_";
 using ServerList = std::array<SVRLIST, 8>;
 
 // The six administration roles: administrator, manager and system administrator of the screening
@@ -43,7 +45,7 @@ struct Settings {
 #undef STEP
 #undef SETTING
 
-#define RIGHT(key, variable, type, ...) PerRole<type> variable;
+#define RIGHT(key, type, ...) PerRole<type> CF_##key;
 #include "settings/rights.def"
 #undef RIGHT
 
@@ -61,7 +63,7 @@ union LastingSettings {
 extern LastingSettings lasting_settings;
 inline constexpr Settings& settings = lasting_settings.value;
 
-// Sets all settings to their defaults.
+// Sets all settings to their defaults, and those of logging, the system services and the groups.
 void reset_settings();
 
 // Each setting by its name.
@@ -72,10 +74,11 @@ inline constexpr Text& ConfigFile = settings.ConfigFile;
 #include "settings/catalogue.def"
 #undef STEP
 #undef SETTING
-#define RIGHT(key, variable, type, ...)                                                            \
-    inline constexpr PerRole<type>& variable = settings.variable;
+#define RIGHT(key, type, ...) inline constexpr PerRole<type>& CF_##key = settings.CF_##key;
 #include "settings/rights.def"
 #undef RIGHT
+inline constexpr PerRole<unsigned>& CF_FreezeOption = settings.CF_Freeze_Option;
+inline constexpr PerRole<unsigned>& CF_ConfirmOption = settings.CF_Confirm_Option;
 inline constexpr ServerList& SvrList = settings.SvrList;
 inline constexpr ServerList& NTF_SvrList = settings.NTF_SvrList;
 inline constexpr long& ArchiveMinFreeBlocks = settings.ArchiveMinFreeBlocks;

@@ -294,15 +294,21 @@ int isvalid_full_dir(const char* path) {
 }
 
 int isvalid_hostport(const std::string& text) {
-    const std::size_t colon = text.find(':');
-    return (colon == text.npos || server_port(text.substr(colon + 1))) &&
-           isvalid_hostname(text.substr(0, colon).c_str());
+    const std::optional<HostAndPort> server = split_hostport(text);
+    return server && isvalid_hostname(server->host.c_str());
 }
 
-std::optional<int> server_port(const std::string& text) {
+std::optional<HostAndPort> split_hostport(const std::string& text) {
+    constexpr long Default = 25;
     constexpr long Highest = 60000;
-    const long port = std::strtol(text.c_str(), nullptr, 10); // an overflow is above it, too
-    return port >= 1 && port <= Highest ? std::optional(static_cast<int>(port)) : std::nullopt;
+    const std::size_t colon = text.find(':');
+    const long port = colon == text.npos
+                          ? Default
+                          : std::strtol(text.c_str() + colon + 1, nullptr, 10); // or above Highest
+    if (port < 1 || port > Highest) {
+        return std::nullopt;
+    }
+    return HostAndPort{text.substr(0, colon), static_cast<int>(port)};
 }
 
 int isvalid_dir(const char* path) {

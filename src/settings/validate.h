@@ -46,8 +46,13 @@ int isvalid_file(const char* dir, const char* file);
 // Whether `path` is the absolute path of a regular file, such as a program is.
 int isvalid_program(const char* path);
 
-// The port of a server that `text` begins with, decimal, from 1 to 60000; nothing for any other.
-std::optional<int> server_port(const std::string& text);
+// A server as it is written, "host" or "host:port". Nothing when the text behind the ":" does not
+// begin with a decimal number from 1 to 60000.
+struct HostAndPort {
+    std::string host;
+    int port; // 25 when none is written
+};
+std::optional<HostAndPort> split_hostport(const std::string& text);
 
 // Whether `text` is a host name, or one with the port of a server behind a ":".
 int isvalid_hostport(const std::string& text);

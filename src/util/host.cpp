@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <netdb.h>
 #include <span>
 #include <unistd.h>
@@ -51,8 +50,7 @@ constexpr std::array<DomainSuffix, 6> TLDjp{{
 
 // The labels of a domain under `suffix`, or 0 when the table lacks it.
 int labels_under(std::span<const DomainSuffix> table, std::string_view suffix) {
-    std::string key(suffix);
-    std::transform(key.begin(), key.end(), key.begin(), lower);
+    const std::string key = lowered(std::string(suffix));
     const auto row = std::lower_bound(
         table.begin(), table.end(), std::string_view(key),
         [](const DomainSuffix& entry, std::string_view wanted) { return entry.dom < wanted; });

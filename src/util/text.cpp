@@ -1,7 +1,6 @@
 #include "util/text.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace ov {
 
@@ -13,14 +12,9 @@ std::string shortenstring(std::string_view text, std::size_t length) {
     return std::string(text.substr(0, length - Mark.size())) + std::string(Mark);
 }
 
-bool same_word(std::string_view a, std::string_view b) {
-    if (a.size() != b.size()) {
-        return false;
-    }
-    // Most names are written as they are spelled here.
-    return a.empty() || std::memcmp(a.data(), b.data(), a.size()) == 0 ||
-           std::equal(a.begin(), a.end(), b.begin(),
-                      [](char x, char y) { return lower(x) == lower(y); });
+std::string lowered(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(), lower);
+    return text;
 }
 
 } // namespace ov

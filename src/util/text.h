@@ -1,6 +1,7 @@
 // A text setting: not set, a built-in text, or an own copy.
 #pragma once
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -49,6 +50,7 @@ constexpr bool is_digit(char c) {
 constexpr char lower(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
+std::string lowered(std::string text);
 constexpr bool is_letter_or_digit(char c) {
     return is_digit(c) || (lower(c) >= 'a' && lower(c) <= 'z');
 }
@@ -69,6 +71,10 @@ inline std::string_view c_text(std::string_view text) {
 std::string shortenstring(std::string_view text, std::size_t length);
 
 // Whether two texts are equal without regard to the case of ASCII letters.
-bool same_word(std::string_view a, std::string_view b);
+constexpr bool same_word(std::string_view a, std::string_view b) {
+    // Most names are written as they are spelled here.
+    return a == b || std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                                [](char x, char y) { return lower(x) == lower(y); });
+}
 
 } // namespace ov
