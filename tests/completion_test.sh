@@ -45,7 +45,20 @@ expect() {
     fi
 }
 
-expect '-a -c -d -f -k -l -m -p -r -s -v' ov_conf -
+# The options that a command takes are those that the completion offers and the manual describes.
+# "-?" is none: it ends the command before anything is done, be there two when the first is an argument.
+for command in ov_conf ov_mgrconf; do
+    taken=
+    for letter in {a..z} {A..Z} {0..9}; do
+        "$bin/$command" "-$letter" '-?' '-?' 2>&1 | grep -q "invalid option -- '$letter'" || taken+=" -$letter"
+    done
+    expect "${taken# }" $command -
+    described=$(gzip -cdf "$share/man/man8/$command.8"* | sed -n 's/^\.It Fl \(.\).*/-\1/p' | paste -sd ' ')
+    if [ "$described" != "${taken# }" ]; then
+        printf '%s takes %s\n    described: %s\n' $command "${taken# }" "$described" >&2
+        failures=$((failures + 1))
+    fi
+done
 expect 'SMTP Screening SystemControl Search' ov_conf -s S
 expect 'Debug' ov_conf -s debu
 expect 'SmtpForkDelay StoreForkDelay SweepForkDelay NoCore' ov_conf -s dEBUG -k ''
@@ -56,7 +69,6 @@ expect 'NoCore' ov_conf -sDebug -k no
 expect '' ov_conf -s NoSuchSection -k ''
 expect '' ov_conf -k ''
 expect "$root/conf" ov_conf -f "$root/co"
-expect '-f -g -m -u -v' ov_mgrconf -
 expect 'hanako i.9-Z_ taro' ov_mgrconf -f "$root/conf" -u ''
 expect 'taro' "$bin/ov_mgrconf" -f "$root/conf" -u T
 expect 'jiro' ov_admconf -f "$root/conf" -u ''
