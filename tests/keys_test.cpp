@@ -40,6 +40,7 @@ std::string said_of(const std::string& item, const std::string& name) {
 std::vector<Key> all_keys() {
     const std::string page =
         test::replaced(test::read_file(OV_SHARE_DIR "/man/man5/Tessary.conf.5"), "\\(dq", "\"");
+    EXPECT_NE(page.find("[Debug]\\&\nFor those who develop the gateway.\n"), page.npos);
     std::vector<Key> keys;
     std::string section;
     std::string comment;
@@ -286,6 +287,9 @@ TEST(Keys, Rights) {
         listing += ", is given" + given + "\n";
     }
     EXPECT_EQ(tried, rights().size());
+    EXPECT_NE(page.find("\n.It Ic HoldList+\n.Ic HoldList ,\nand whether"), page.npos);
+    EXPECT_NE(page.find("\n.It Ic ViewStatistics+\n.Ic ViewStatistics ,\n.Ic CSVDownload\n.It"),
+              page.npos);
     test::expect_golden("rights.txt", listing);
 }
 

@@ -44,6 +44,19 @@ TEST(Load, AuxiliarySections) {
     EXPECT_EQ(errors.text(), "cannot open configfile \"/no/such\" (2)\n");
 }
 
+// Each entry of a group is printed, and counted, once.
+TEST(Load, PrintedGroups) {
+    const test::TempDir dir;
+    dir.file("g.addr", "a*\nz*\n*b\nm@x\nb@x\nz@x\na@x\n");
+    group_settings.directory.set(dir.path());
+    group_settings.hash_size = 4;
+    const AddressGroup group = read_addrsgrp({"g"});
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(print_addrsgrp(group.get()), 7);
+    EXPECT_EQ(test::lines_of(testing::internal::GetCapturedStdout()).size(), 8U);
+    EXPECT_EQ(print_addrsgrp(nullptr), 0);
+}
+
 TEST(Load, StoredValues) {
     const test::Installation gateway;
     gateway.configure(

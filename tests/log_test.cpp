@@ -67,11 +67,11 @@ TEST_F(Log, LinesOfTheDailyFile) {
 // One event is one line, whatever is in it, and no terminal obeys it.
 TEST_F(Log, ControlCharactersAreMasked) {
     log_init();
-    const std::string hostile = "a\nb\rc\x1b[2J\td\x7f\xc2\x9b\xc2\xa0\xe3\x81\x82";
+    const std::string hostile = "a\nb\rc\x1b[2J\td\x7f\xc2\x9b\xc2\xa0\xe3\x81\x82\x07";
     ov_syslog("%s", hostile.c_str());
     ov_syslog("%s\n", hostile.c_str());
     log_put("%s", hostile.c_str());
-    const std::string shown = "a?b?c?[2J\td???\xc2\xa0\xe3\x81\x82";
+    const std::string shown = "a?b?c?[2J\td???\xc2\xa0\xe3\x81\x82?";
     std::string expected;
     for (const std::string& line : test::lines_of(text())) {
         expected += line.substr(std::min<std::size_t>(line.size(), 20)) + "|";

@@ -92,7 +92,8 @@ int domain_labels(std::string_view name, std::ptrdiff_t dots) {
         return 2;
     }
     const std::string_view second = name.substr(name.rfind('.', name.size() - top.size() - 1));
-    return labels_under(TLDjp, second) != 0 ? 3 : 2;
+    const int labels = labels_under(TLDjp, second);
+    return labels != 0 ? labels : 2;
 }
 
 } // namespace

@@ -60,12 +60,10 @@ int lockfile(int fd, int type) {
     if (result != -1) {
         return 0;
     }
-    const int error = errno;
     if (services.level >= 2) {
-        syserr("%s: fcntl failed: l_type = %d, (%d)", "lockfile", type, error);
+        syserr("%s: fcntl failed: l_type = %d, (%d)", "lockfile", type, errno);
     }
-    errno = error;
-    return error == EINVAL ? 0 : -1;
+    return errno == EINVAL ? 0 : -1;
 }
 
 void resetlimits() {
