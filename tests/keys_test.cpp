@@ -41,6 +41,7 @@ std::vector<Key> all_keys() {
     const std::string page =
         test::replaced(test::read_file(OV_SHARE_DIR "/man/man5/Tessary.conf.5"), "\\(dq", "\"");
     EXPECT_NE(page.find("[Debug]\\&\nFor those who develop the gateway.\n"), page.npos);
+    EXPECT_NE(page.find("NoCore\"\nWhether core files are forbidden.\nBoolean.\n"), page.npos);
     std::vector<Key> keys;
     std::string section;
     std::string comment;

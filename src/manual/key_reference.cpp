@@ -11,22 +11,30 @@ namespace ov {
 
 namespace {
 
-const std::pair<const char*, const char*> purposes[] = {
-#define SECTION(name, purpose) {name, purpose},
-#define SETTING(...)
+// What the catalogue says beside its rows.
+struct Line {
+    const char* section; // null: this is the purpose of the key in the next line
+    const char* key;     // null: this is the purpose of the section
+    const char* purpose;
+};
+constexpr Line all_lines[] = {
+#define SECTION(name, purpose) {name, nullptr, purpose},
+#define PURPOSE(sentence) {nullptr, nullptr, sentence},
+#define SETTING(section, key, ...) {section, key, nullptr},
 #define STEP(...)
 #include "settings/catalogue.def"
 #undef STEP
 #undef SETTING
 };
 
-const char* purpose_of(std::string_view section) {
-    const auto* found = std::find_if(std::begin(purposes), std::end(purposes),
-                                     [section](const auto& p) { return p.first == section; });
-    if (found == std::end(purposes)) {
-        throw std::logic_error("a section has no purpose");
-    }
-    return found->second;
+const char* purpose_of(std::string_view section, const char* key = nullptr) {
+    const auto* found =
+        std::find_if(std::begin(all_lines), std::end(all_lines), [&](const Line& line) {
+            return line.section && line.section == section && !line.key == !key &&
+                   (!key || std::string_view(key) == line.key);
+        });
+    const Line& beside = key ? *std::prev(found) : *found;
+    return key && beside.section ? nullptr : beside.purpose;
 }
 
 // A default in the terms of a configuration file.
@@ -77,6 +85,7 @@ std::vector<SectionReference> key_reference() {
         const bool is_file = value.kind == "file";
         section->keys.push_back({
             .key = key_of(row),
+            .purpose = purpose_of(section_of(row), key_of(row)),
             .accepted = value,
             .initial = initial,
             .is_in_etc = is_file && initial && !isfullpath(initial->c_str()),

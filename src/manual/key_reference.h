@@ -12,6 +12,7 @@ namespace ov {
 
 struct KeyReference {
     const char* key;
+    const char* purpose; // a sentence; null: its name says what is known
     ValueText accepted;
     std::optional<std::string> initial; // the default; nothing: it is not set
     bool is_in_etc;                     // the default is a file in EtcDirectory

@@ -58,6 +58,7 @@ std::string capitalised(std::string text) {
 
 std::string manual_key(const KeyReference& key) {
     std::string text = std::string(".It Ic ") + argument(key.key) + "\n";
+    text += key.purpose ? lines(key.purpose) : "";
     text += capitalised(line(sentence(key.accepted))) + ".\n";
     if (!key.initial) {
         text += "Default: not set.\n";
@@ -263,9 +264,9 @@ std::string sample_keys() {
         for (const KeyReference& key : section.keys) {
             const std::string initial =
                 (key.is_in_etc && key.needs_full_path ? folder : "") + key.initial.value_or("");
-            text += "\n# " + capitalised(sentence(key.accepted)) +
-                    (key.initial ? "" : ". Not set.") + "\n#" + key.key + " =" +
-                    (initial.empty() ? "" : " " + initial) + "\n";
+            text += (key.purpose ? "\n" + comments(key.purpose) : "\n") + "# " +
+                    capitalised(sentence(key.accepted)) + (key.initial ? "" : ". Not set.") +
+                    "\n#" + key.key + " =" + (initial.empty() ? "" : " " + initial) + "\n";
         }
     }
     return text;
