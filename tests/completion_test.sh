@@ -139,7 +139,7 @@ expect_in() {
 }
 for shell in zsh fish; do
     if ! command -v "$shell" >/dev/null; then
-        echo "$shell is not installed: its completion is not tested"
+        printf '%s:%d: Skipped\n%s is not installed\n' "$0" $LINENO "$shell" # as scripts/test wants it
         continue
     fi
     # Names of files are what the shell itself offers.
