@@ -1,6 +1,5 @@
 #include "manual/key_reference.h"
 
-#include "conf/layout.h"
 #include "settings/kinds.h"
 
 #include <algorithm>
@@ -88,7 +87,7 @@ std::vector<SectionReference> key_reference() {
             .purpose = purpose_of(section_of(row), key_of(row)),
             .accepted = value,
             .initial = initial,
-            .is_in_etc = is_file && initial && !isfullpath(initial->c_str()),
+            .is_in_etc = is_file && initial && !initial->starts_with('/'),
             .needs_full_path = is_file && &kind_of(row.load) == &kinds::FullFile,
             .checked = unless_empty(checked_text(row)),
             .shown = unless_empty(shown_text(row)),
