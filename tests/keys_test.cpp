@@ -172,6 +172,9 @@ TEST(Keys, AllOfThem) {
         listing += initial[i] == "-" ? "" : " \"" + initial[i] + '"';
         listing += loaded[i] == initial[i] ? "\n" : ", once loaded \"" + loaded[i] + "\"\n";
     }
+    const std::string page = test::read_file(OV_SHARE_DIR "/man/man5/Tessary.conf.5");
+    const std::size_t kinds = page.find("\n.Ss Kinds of values");
+    listing += page.substr(kinds, page.find("\n.El", kinds) - kinds) + "\n";
     test::expect_golden("keys.txt", test::replaced(listing, gateway.path(), "ROOT/"));
 }
 

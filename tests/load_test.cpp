@@ -84,6 +84,11 @@ TEST(Load, StoredValues) {
     EXPECT_EQ(ArchiveMinFreeBlocks, 1048576 / info.f_bsize + 1);
     EXPECT_EQ(CoopMinFreeBlocks, 2097152 / info.f_bsize + 1);
     EXPECT_TRUE(SMTP_AllowIP && InternalDomains && CF_Group[0]);
+    // Where the block size is not known, nothing has to stay free.
+    std::filesystem::remove(gateway.path("aqueue"));
+    gateway.configure("[Archive]\nMinFree = 1G\n");
+    read_config(gateway.file.c_str(), All);
+    EXPECT_EQ(std::pair(ArchiveMinFree, ArchiveMinFreeBlocks), std::pair(0L, 0L));
     // A number of the rights is not judged by an error of an earlier one.
     gateway.configure("[Admin]\nStatOptionMask = 3\n");
     errno = ERANGE;

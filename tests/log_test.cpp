@@ -123,8 +123,12 @@ TEST_F(Log, ANewFileHasTheModeLessTheMaskAndTheOwner) {
     syserr("x");
     EXPECT_EQ(errno, EDOM);
     EXPECT_EQ(info().st_mode & 07777U, 0640U);
-    EXPECT_EQ(info().st_uid, services.log_owner);
-    EXPECT_EQ(info().st_gid, services.log_group);
+    for (const char* writer : {"syserr", "log_put"}) {
+        EXPECT_EQ(info().st_uid, services.log_owner) << writer;
+        EXPECT_EQ(info().st_gid, services.log_group) << writer;
+        std::filesystem::remove(file());
+        log_put("x");
+    }
 }
 
 TEST_F(Log, LongLinesAreCut) {

@@ -69,6 +69,9 @@ TEST(Util, Texts) {
     for (const char* text : {"", "1/", ":", static_cast<const char*>(nullptr)}) {
         EXPECT_EQ(is_alldigit(text), 0) << (text ? text : "null");
     }
+    int flag = 7;
+    EXPECT_EQ(truefalse("On", &flag), 0);
+    EXPECT_EQ(flag, 1);
     int month = 7; // a part that is not asked for may be anything
     EXPECT_EQ(date_str("2008/13/40", nullptr, nullptr, nullptr), 0);
     EXPECT_EQ(date_str("2008/13/40", nullptr, &month, nullptr), -1);

@@ -75,21 +75,16 @@ void try_queues(int& flag, const char* name, const Text& from, const Text& to,
 } // namespace
 
 Verdict chosen_program(const Loading&) {
-    switch (MailSubmissionProgram) {
-    case 2:
+    if (MailSubmissionProgram == 2) {
         copy(SendmailProgram, PostfixProgram);
         copy(SendmailQueueDirectory, PostfixQueueDirectory);
         copy(SendmailQueueListProgram, PostfixQueueListProgram);
         copy(SendmailNullFrom, PostfixNullFrom);
-        break;
-    case 3:
+    } else if (MailSubmissionProgram == 3) {
         copy(SendmailProgram, QmailProgram);
         copy(SendmailQueueDirectory, QmailQueueDirectory);
         copy(SendmailQueueListProgram, QmailQueueListProgram);
         copy(SendmailNullFrom, QmailNullFrom);
-        break;
-    default:
-        break;
     }
     return Verdict::Taken;
 }

@@ -136,14 +136,9 @@ int isvalid_set(const Text& dir, std::string_view name, const char* suffix) {
         return 0;
     }
     // No settings may have been loaded yet; then the directory is still a relative one.
-    std::optional<std::string> path = mk_dirpath(RootDirectory.c_str(), dir.c_str());
-    if (!path) {
-        return 0;
-    }
-    *path += '/';
-    *path += name;
-    *path += suffix;
-    return path->size() <= MaxPath && ::access(path->c_str(), R_OK) == 0;
+    const std::optional<std::string> path = mk_dirpath(RootDirectory.c_str(), dir.c_str());
+    const std::string file = path ? *path + '/' + std::string(name) + suffix : "";
+    return file.size() <= MaxPath && ::access(file.c_str(), R_OK) == 0;
 }
 
 } // namespace

@@ -22,31 +22,14 @@ struct DomainSuffix {
 };
 
 // Both tables are sorted, for binary search.
-constexpr std::array<DomainSuffix, 15> gTLD{{
-    {".aero", 2},
-    {".arpa", 2},
-    {".biz", 2},
-    {".com", 2},
-    {".coop", 2},
-    {".edu", 2},
-    {".gov", 2},
-    {".info", 2},
-    {".int", 2},
-    {".mil", 2},
-    {".museum", 2},
-    {".name", 2},
-    {".net", 2},
-    {".org", 2},
-    {".pro", 2},
-}};
-constexpr std::array<DomainSuffix, 6> TLDjp{{
-    {".ac.jp", 3},
-    {".co.jp", 3},
-    {".ed.jp", 3},
-    {".gr.jp", 3},
-    {".ne.jp", 3},
-    {".or.jp", 3},
-}};
+constexpr DomainSuffix gTLD[] = {
+    {".aero", 2},   {".arpa", 2}, {".biz", 2},  {".com", 2}, {".coop", 2},
+    {".edu", 2},    {".gov", 2},  {".info", 2}, {".int", 2}, {".mil", 2},
+    {".museum", 2}, {".name", 2}, {".net", 2},  {".org", 2}, {".pro", 2},
+};
+constexpr DomainSuffix TLDjp[] = {
+    {".ac.jp", 3}, {".co.jp", 3}, {".ed.jp", 3}, {".gr.jp", 3}, {".ne.jp", 3}, {".or.jp", 3},
+};
 
 // The labels of a domain under `suffix`, or 0 when the table lacks it.
 int labels_under(std::span<const DomainSuffix> table, std::string_view suffix) {

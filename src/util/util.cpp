@@ -50,12 +50,9 @@ int lockfile(int fd, int type) {
     request.l_whence = SEEK_SET;
     const int command = type & LockNoWait ? F_SETLK64 : F_SETLKW64;
 
-    int result = -1;
-    for (int attempt = 0; attempt < LockAttempts; ++attempt) {
+    int result = ::fcntl(fd, command, &request);
+    for (int attempt = 1; result == -1 && errno == EINTR && attempt < LockAttempts; ++attempt) {
         result = ::fcntl(fd, command, &request);
-        if (result != -1 || errno != EINTR) {
-            break;
-        }
     }
     if (result != -1) {
         return 0;
