@@ -1,8 +1,9 @@
 # Read by each run of cpack, before it packs.
-if(NOT CPACK_PACKAGE_CONTACT MATCHES "^[^<>@]+ <[^<>@ ]+@[^<>@ ]+>$")
+if(NOT CPACK_PACKAGE_CONTACT MATCHES "^[^<>@]+ <[^<>@ ]+@[^<>@ ]+\\.[^<>@. ]+>$" OR
+   CPACK_PACKAGE_CONTACT MATCHES "[@.](localhost|localdomain)[.>]")
   message(FATAL_ERROR
     "The package needs somebody to write to, and \"${CPACK_PACKAGE_CONTACT}\" is nobody. Say who:\n"
-    "  cmake -D OV_CONTACT='Name <address@host>' BUILD-FOLDER\n")
+    "  cmake -D OV_CONTACT='Name <address@domain>' BUILD-FOLDER\n")
 endif()
 # Without dpkg-shlibdeps cpack would make a package that depends on nothing.
 foreach(tool IN ITEMS dpkg-shlibdeps file dpkg-deb gzip strip)

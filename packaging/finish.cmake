@@ -1,9 +1,11 @@
 # CPack takes each link to the program for a copy of it in Installed-Size: counts again, as Debian
 # does, and packs again.
 foreach(package IN LISTS CPACK_PACKAGE_FILES)
+  # Should this fail, no package is left that looks finished.
   set(folder ${package}.unpacked)
+  file(RENAME ${package} ${package}.unfinished)
   file(REMOVE_RECURSE ${folder})
-  execute_process(COMMAND dpkg-deb --raw-extract ${package} ${folder} COMMAND_ERROR_IS_FATAL ANY)
+  execute_process(COMMAND dpkg-deb --raw-extract ${package}.unfinished ${folder} COMMAND_ERROR_IS_FATAL ANY)
   file(GLOB_RECURSE files LIST_DIRECTORIES true ${folder}/*)
   list(FILTER files EXCLUDE REGEX "\\.unpacked/DEBIAN")
   set(size 0) # in KiB
@@ -24,5 +26,5 @@ foreach(package IN LISTS CPACK_PACKAGE_FILES)
                              GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
   execute_process(COMMAND dpkg-deb --root-owner-group --build ${folder} ${package}
                   OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
-  file(REMOVE_RECURSE ${folder})
+  file(REMOVE_RECURSE ${folder} ${package}.unfinished)
 endforeach()

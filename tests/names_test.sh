@@ -52,7 +52,8 @@ done < <(grep -v '^#' "$keys")
 cp "$tests/names.conf" written
 found=$("$check_names" -k "$keys" written)
 same 'status with something found' 1 $?
-same 'what is found' 'written:4: unknown key [SMTP] SmptPort
+same 'what is found' 'written:2: Early stands in front of the first section
+written:4: unknown key [SMTP] SmptPort
 written:5: [SMTP] smtpport stands in line 3 already
 written:7: unknown key [SMTP] 123456789
 written:10: unknown section [Mial]
@@ -68,6 +69,12 @@ for sample in "$tests/../samples/Tessary.conf" defaults; do
     same "status for $sample" 0 $?
     same "$sample" '' "$found"
 done
+printf '\357\273\277[SMTP]\nSmtpPort = 1\n[Mail]\n' >marked
+found=$("$check_names" -k "$keys" marked)
+same 'a byte order mark' 'marked:1: a byte order mark hides what stands in this line
+marked:2: SmtpPort stands in front of the first section' "$found"
 "$check_names" -k "$keys" missing 2>/dev/null
 same 'status without a file' 2 $?
+"$check_names" -k written written 2>/dev/null
+same 'status without a list' 2 $?
 exit $((failures != 0))

@@ -14,8 +14,10 @@ pack() {
     cpack --config "$build/CPackConfig.cmake" -G DEB -B "$root/$1" \
         -D CPACK_PACKAGE_CONTACT="${2-The maintainers of ov_conf <ov_conf@example.com>}" >"$1.log" 2>&1
 }
-if pack nobody ''; then false; fi
-grep -q 'cmake -D OV_CONTACT=' nobody.log
+for contact in '' 'Taro <taro@localhost>' 'Taro <taro@localhost.localdomain>' 'Taro <taro@x>'; do
+    if pack nobody "$contact"; then false; fi
+    grep -q 'cmake -D OV_CONTACT=' nobody.log
+done
 pack old
 # What the builder keeps to itself is for all in the package.
 (umask 077 && pack new)
