@@ -11,23 +11,23 @@
 #include <vector>
 
 #ifndef OV_SANITIZE // the sanitizers ask for limits of their own before anything else
-namespace ov {
 namespace {
 
 std::vector<std::pair<int, rlim_t>> limits_set;
 
 } // namespace
-} // namespace ov
 
 // The limits that are asked for are kept in mind: what comes of them depends on the host.
 extern "C" int setrlimit(__rlimit_resource_t resource, const rlimit* limit) noexcept {
-    ov::limits_set.emplace_back(resource, limit->rlim_cur);
+    limits_set.emplace_back(resource, limit->rlim_cur);
     return ::prlimit(0, static_cast<__rlimit_resource>(resource), limit, nullptr);
 }
+#endif
 
 namespace ov {
 namespace {
 
+#ifndef OV_SANITIZE
 TEST(Util, LimitsAreLifted) {
     using Limits = std::vector<std::pair<int, rlim_t>>;
     Limits expected = {
@@ -43,13 +43,7 @@ TEST(Util, LimitsAreLifted) {
     expected.insert(expected.begin() + 2, {RLIMIT_CORE, 0});
     EXPECT_EQ(limits_set, expected);
 }
-
-} // namespace
-} // namespace ov
 #endif
-
-namespace ov {
-namespace {
 
 TEST(Util, OneSignalIsBlockedAndReleased) {
     EXPECT_EQ(releasesignal(SIGUSR1), 0);
