@@ -768,7 +768,7 @@ inline Verdict load_template_directory(const Loading& value) {
     return value.reader == MainReader ? take_path(value, path) : take_directory(value, path);
 }
 inline constexpr Kind TemplateFolder{
-    .words = {"directory|relative: under {first}; empty: none", nullptr, "text"},
+    .words = {"directory|relative: under {first}; empty: none", nullptr, nullptr},
     .types = Texts,
     .load = load_template_directory,
     .absent = default_directory,
