@@ -299,18 +299,6 @@ TEST(Edit, FilesThatAreSwapped) {
     }
 }
 
-TEST(Edit, TheMaskOfTheCallerDoesNotCount) {
-    const test::Installation gateway;
-    const std::string file = gateway.dir.file("admin/taro.conf", "[Admin]\nHoldList = yes\n");
-    const bool lent = gateway.lend("admin") && gateway.lend("admin/taro.conf");
-    const std::string command = OV_BIN_DIR "/ov_admconf";
-    EXPECT_EQ(test::run({"/bin/sh", "-c", "umask 0400; exec \"$@\"", "sh", command, "-f",
-                         gateway.file, "-u", "taro", "-m", "HoldList=no"},
-                        {.unprivileged = lent}),
-              (test::Result{0, "", ""}));
-    EXPECT_EQ(read_file(file), "[Admin]\nHoldList = no\n");
-}
-
 // Sends `signal` to a command in front of its `number`-th system call behind the one that locks the
 // file for editing. Returns how it ended; nothing when it ended before.
 std::optional<int> interrupt(const std::vector<std::string>& words, int number, int signal) {

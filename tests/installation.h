@@ -3,8 +3,6 @@
 
 #include "support.h"
 
-#include <unistd.h>
-
 namespace ov::test {
 
 class Installation {
@@ -22,11 +20,6 @@ class Installation {
         write_file(file, "[Directories]\nRootDirectory = " + dir.path() +
                              "\nQueueDirectory = " + dir.path() +
                              "\n[Mail]\nInternalDomains = example.com\n" + std::string(text));
-    }
-
-    // Gives a folder to the unprivileged user, when that is another one. Returns whether it is.
-    bool lend(std::string_view name) const {
-        return ::chown(path(name).c_str(), Nobody, Nobody) == 0;
     }
 
     std::string path(std::string_view name = "") const { return dir.path(name); }
