@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <type_traits>
 #include <unistd.h>
 
 namespace ov::fuzz {

@@ -4,10 +4,10 @@
 
 #include "settings/catalogue.h"
 
+#include <concepts>
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <type_traits>
 #include <vector>
 
 namespace ov::fuzz {
@@ -37,8 +37,7 @@ std::string c_string(std::string text);
 // End the run, with the input as its reproducer, unless all is as it should be.
 void require(bool holds, std::string_view what);
 void require_equal(std::string_view found, std::string_view expected, std::string_view what);
-template <class Number>
-requires std::is_integral_v<Number>
+template <std::integral Number>
 void require_equal(Number found, Number expected, std::string_view what) {
     require_equal(std::to_string(found), std::to_string(expected), what);
 }

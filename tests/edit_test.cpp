@@ -76,7 +76,7 @@ TEST(Edit, TheFileItselfIsRewritten) {
     }
     ASSERT_EQ(::link(path.c_str(), dir.path("hard").c_str()), 0);
     ASSERT_EQ(::symlink("conf", dir.path("soft").c_str()), 0);
-    struct stat before {};
+    struct stat before = {};
     ::stat(path.c_str(), &before);
 
     EXPECT_EQ(conf_modify(dir.path("soft").c_str(), "s", "k", "2"), 0);
@@ -84,7 +84,7 @@ TEST(Edit, TheFileItselfIsRewritten) {
     EXPECT_EQ(conf_delete(dir.path("soft").c_str(), "s", "k"), 0);
     EXPECT_EQ(read_file(dir.path("hard")), "[s]\n");
 
-    struct stat after {};
+    struct stat after = {};
     ::stat(path.c_str(), &after);
     EXPECT_EQ(after.st_ino, before.st_ino);
     EXPECT_EQ(after.st_mode, before.st_mode);
@@ -264,7 +264,7 @@ TEST(Edit, FilesThatAreSwapped) {
                                                temporary ? "open<" : "open>", 1, test::Stop));
             ASSERT_TRUE(editor.stops());
             const std::string name = temporary ? gateway.temporary() : gateway.file;
-            struct stat info {};
+            struct stat info = {};
             EXPECT_EQ(::stat(gateway.temporary().c_str(), &info), 0);
             EXPECT_EQ(info.st_mode & 07777U, 0600U);
             const std::string secret = gateway.dir.file("secret", "secret\n");

@@ -78,7 +78,7 @@ TEST(Load, StoredValues) {
     EXPECT_FALSE(NoticeSignature);
     EXPECT_EQ(CR_LocalDomain, (WordList{{"x", "y", "z"}}));
     EXPECT_EQ(AlternateHostID, 18446744073709551615UL);
-    struct statfs info {};
+    struct statfs info = {};
     ::statfs(gateway.path().c_str(), &info);
     EXPECT_EQ(ArchiveMinFree, 1048576);
     EXPECT_EQ(ArchiveMinFreeBlocks, 1048576 / info.f_bsize + 1);

@@ -32,7 +32,7 @@ class Log : public testing::Test {
     }
     std::string text() const { return test::read_file(file()); }
     struct stat info() const {
-        struct stat info {};
+        struct stat info = {};
         ::stat(file().c_str(), &info);
         return info;
     }
@@ -104,7 +104,7 @@ TEST_F(Log, WhatStandsInThePlaceOfTheFile) {
         log_put("x");
         char byte = 0;
         EXPECT_LE(::read(reader.get(), &byte, 1), 0) << place;
-        struct stat info {};
+        struct stat info = {};
         ::stat(other.c_str(), &info);
         EXPECT_EQ(info.st_uid, ::getuid()) << place;
         EXPECT_EQ(info.st_size == 0, place != "other file") << place;

@@ -233,7 +233,7 @@ ForeignLock::ForeignLock(const std::string& path, int type) {
     EXPECT_EQ(::pipe(ready.data()), 0);
     process_ = ::fork();
     if (process_ == 0) {
-        struct flock request {};
+        struct flock request = {};
         request.l_type = static_cast<short>(type);
         const int fd = ::open(path.c_str(), O_RDWR);
         const char locked = ::fcntl(fd, F_SETLK, &request) == 0 ? 1 : 0;

@@ -87,7 +87,7 @@ struct Identity {
 
 // Nothing for a guard that owns no file.
 std::optional<Identity> identity_of(const Fd& file) {
-    struct stat info {};
+    struct stat info = {};
     return ::fstat(file.get(), &info) == 0 ? std::optional(Identity{info.st_dev, info.st_ino})
                                            : std::nullopt;
 }
@@ -128,7 +128,7 @@ Fd open_locked(const Editor& editor, const char* path, FileKind kind) {
 
 // Reads the locked file. One that cannot be read to its end must not be written back.
 std::optional<std::string> read_whole(const Editor& editor, const char* path, const Fd& file) {
-    struct stat info {};
+    struct stat info = {};
     const bool regular = is_regular(file) && ::fstat(file.get(), &info) == 0;
     // A file that does not grow is read at once, and once more to see its end.
     std::size_t room = BufferSize + (regular ? static_cast<std::size_t>(info.st_size) : 0);

@@ -111,7 +111,7 @@ std::string defaults(const RightRow& row) {
 }
 
 // The key of a directory and its default.
-std::string directory_and_default(Text Settings::*directory) {
+std::string directory_and_default(SettingOf<Text> directory) {
     const auto rows = catalogue();
     const auto found = std::find_if(rows.begin(), rows.end(), [directory](const Row& row) {
         const auto* text = std::get_if<Text Settings::*>(&row.member);
@@ -154,7 +154,8 @@ std::string keys_of_sections(const char* name, HasIt has_it) {
 }
 
 // A shell's table of the values that can be offered for a key, by section and key.
-std::string offers(const char* name, std::string KeyReference::*offered) {
+using Offered = std::string KeyReference::*;
+std::string offers(const char* name, Offered offered) {
     std::string text = std::string("declare -gA ") + name + "=(\n";
     for (const SectionReference& section : key_reference()) {
         for (const KeyReference& key : section.keys) {

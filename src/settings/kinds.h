@@ -302,7 +302,7 @@ inline constexpr Kind Within{.words = {"digits|from {first} to {second}",
                              .check = is_within,
                              .show = show_number};
 template <class Bound>
-constexpr Rule within(Bound Settings::*low, Bound Settings::*high) {
+constexpr Rule within(SettingOf<Bound> low, SettingOf<Bound> high) {
     return {&Within, {.first = low, .second = high}};
 }
 
@@ -487,7 +487,7 @@ inline constexpr Kind MinFree{
     .check = is_kilobytes,
     .show = show_number,
     .written = written_kilobytes};
-constexpr Rule min_free(Text Settings::*directory, long Settings::*blocks) {
+constexpr Rule min_free(SettingOf<Text> directory, SettingOf<long> blocks) {
     return {&MinFree, {.first = directory, .second = blocks}};
 }
 
@@ -635,7 +635,7 @@ inline Verdict load_path(const Loading& value) {
     if (!isfullpath(value.text.c_str())) {
         return Verdict::NotFullPath;
     }
-    struct stat info {};
+    struct stat info = {};
     if (!(value.load.mask & RC_NOCHECK) &&
         (value.text.size() > MaxPath || ::stat(value.text.c_str(), &info) != 0)) {
         return Verdict::Invalid;
@@ -716,7 +716,7 @@ inline constexpr Kind Directory{.words = {"directory|relative: under {first}", n
                                 .load = load_directory,
                                 .absent = default_directory,
                                 .show = show_text};
-constexpr Rule directory(Text Settings::*base) {
+constexpr Rule directory(SettingOf<Text> base) {
     return {&Directory, {.first = base}};
 }
 
@@ -736,7 +736,7 @@ inline constexpr Kind CreatedDirectory{
     .load = load_created_directory,
     .absent = default_directory,
     .show = show_text};
-constexpr Rule created_directory(Text Settings::*base) {
+constexpr Rule created_directory(SettingOf<Text> base) {
     return {&CreatedDirectory, {.first = base}};
 }
 
@@ -842,7 +842,7 @@ inline constexpr Kind DirectoryUnder{
     .words = {nullptr, "existing directory; relative: under {first} at its default", nullptr},
     .types = Texts,
     .check = is_directory_under};
-constexpr Rule directory_under(Text Settings::*base) {
+constexpr Rule directory_under(SettingOf<Text> base) {
     return {&DirectoryUnder, {.first = base}};
 }
 // RootDirectory itself is looked up for a check.
@@ -1197,7 +1197,7 @@ inline constexpr Kind Servers{
     .types = Texts,
     .load = load_servers,
     .show = show_text};
-constexpr Rule servers(ServerList Settings::*list) {
+constexpr Rule servers(SettingOf<ServerList> list) {
     return {&Servers, {.characters = characters(" "), .first = list}};
 }
 inline constexpr Kind ServersAndMarkers{
@@ -1207,7 +1207,7 @@ inline constexpr Kind ServersAndMarkers{
     .load = load_servers_and_markers,
     .check = are_servers,
     .show = show_text};
-constexpr Rule servers_and_markers(ServerList Settings::*list) {
+constexpr Rule servers_and_markers(SettingOf<ServerList> list) {
     return {&ServersAndMarkers, {.characters = characters(" "), .first = list}};
 }
 

@@ -18,7 +18,7 @@ namespace ov {
 struct Role {
     const char* command;
     bool is_search;
-    Text Settings::*directory;
+    SettingOf<Text> directory;
     const char* section;
 };
 // By rank.

@@ -62,6 +62,9 @@ union LastingSettings {
 };
 extern LastingSettings lasting_settings;
 inline constexpr Settings& settings = lasting_settings.value;
+// Names one of the settings of a type.
+template <class Type>
+using SettingOf = Type Settings::*;
 
 // Sets all settings to their defaults, and those of logging, the system services and the groups.
 void reset_settings();

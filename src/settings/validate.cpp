@@ -71,7 +71,7 @@ int field(std::string_view text) {
 }
 
 bool is_regular_file(const char* path) {
-    struct stat info {};
+    struct stat info = {};
     return ::stat(path, &info) == 0 && S_ISREG(info.st_mode);
 }
 
@@ -307,7 +307,7 @@ std::optional<HostAndPort> split_hostport(const std::string& text) {
 }
 
 int isvalid_dir(const char* path) {
-    struct stat info {};
+    struct stat info = {};
     return path && std::string_view(path).size() <= MaxPath && ::stat(path, &info) == 0 &&
            S_ISDIR(info.st_mode);
 }

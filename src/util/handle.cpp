@@ -6,7 +6,7 @@
 namespace ov {
 
 bool is_regular(const Fd& file) {
-    struct stat info {};
+    struct stat info = {};
     return ::fstat(file.get(), &info) == 0 && S_ISREG(info.st_mode);
 }
 

@@ -85,7 +85,7 @@ Fd open_log(const char* path, int flags, mode_t mode) {
 
 // A file that has another name may be anybody's: its owner and mode stay.
 bool is_our_own(int fd) {
-    struct stat info {};
+    struct stat info = {};
     return ::fstat(fd, &info) == 0 && info.st_nlink == 1;
 }
 

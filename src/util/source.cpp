@@ -16,7 +16,7 @@ constexpr std::size_t BufferSize = 65536;
 } // namespace
 
 Source::Source(Fd file) : file_(std::move(file)), at_end_(false) {
-    struct stat info {};
+    struct stat info = {};
     regular_ = ::fstat(file_.get(), &info) == 0 && S_ISREG(info.st_mode);
     // A small file is read at once, with room to see its end.
     const auto size = static_cast<std::size_t>(std::max<off_t>(info.st_size, 0));

@@ -40,7 +40,7 @@ int change_mask(int how, int sig) {
 } // namespace
 
 int lockfile(int fd, int type) {
-    struct flock64 request {};
+    struct flock64 request = {};
     request.l_type = F_RDLCK;
     if (type & LockRelease) {
         request.l_type = F_UNLCK;
@@ -100,7 +100,7 @@ std::time_t curtime() {
 }
 
 std::int64_t freeblocks(const char* dir, long* bsize) {
-    struct statfs64 info {};
+    struct statfs64 info = {};
     if (::statfs64(dir, &info) != 0) {
         return -1;
     }
