@@ -100,8 +100,10 @@ Fd pin(int fd) {
 // Opens the file `path` when it is the pinned one; ESTALE: there is another one by now.
 Fd open_same(const char* path, int flags, const Fd& pinned) {
     Fd file = open_unwaited(path, flags);
-    if (const auto identity = identity_of(pinned);
-        file && (!identity || identity_of(file) != identity)) {
+    if (!file) {
+        return file;
+    }
+    if (const auto identity = identity_of(pinned); !identity || identity_of(file) != identity) {
         file.reset();
         errno = ESTALE;
     }

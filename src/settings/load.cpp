@@ -98,7 +98,7 @@ std::optional<Refusal> load_rows(Load& load, const Snapshot& snapshot, Reader re
         const Manner& manner = manner_of(row.load);
         const char* section = section_of(row);
         value.clear();
-        Verdict verdict = Verdict::MemoryExhausted;
+        Verdict verdict = Verdict::Taken;
         try {
             const bool found = step || snapshot.lookup(number_of(row), section, key_of(row), value,
                                                        manner.mode) == 0;
@@ -106,6 +106,7 @@ std::optional<Refusal> load_rows(Load& load, const Snapshot& snapshot, Reader re
                 kind, {{manner, variable_of(row), value}, load, reader, section, scan_linenumber},
                 found);
         } catch (const std::bad_alloc&) {
+            verdict = Verdict::MemoryExhausted;
         }
         if (verdict != Verdict::Taken) {
             return Refusal{verdict,         reader,  load.file,
@@ -151,7 +152,7 @@ std::optional<Refusal> load_rights(Load& load, const Snapshot& snapshot, const c
             found = snapshot.lookup(number_of_old_exclude_group(section), section, key, value,
                                     manner.mode) == 0;
         }
-        Verdict verdict = Verdict::MemoryExhausted;
+        Verdict verdict = Verdict::Taken;
         try {
             verdict = load_value(kind_of(row.load),
                                  {{manner, variable_of(row, rank), value},
@@ -161,6 +162,7 @@ std::optional<Refusal> load_rights(Load& load, const Snapshot& snapshot, const c
                                   scan_linenumber},
                                  found);
         } catch (const std::bad_alloc&) {
+            verdict = Verdict::MemoryExhausted;
         }
         if (verdict != Verdict::Taken) {
             return Refusal{verdict, RightsReader, load.file,       scan_linenumber,

@@ -259,7 +259,7 @@ void log_put(const char* format, ...) {
     }
     const Stamp stamp = stamp_now(false);
     Fd file = open_log(daily_file(stamp), O_CREAT, 0666);
-    Stream stream(::fdopen(file.get(), "a"));
+    Stream stream(file ? ::fdopen(file.get(), "a") : nullptr);
     if (!stream) {
         return;
     }
