@@ -119,11 +119,11 @@ keys=$build/share/ov-conf/keys
 mapfile -t names < <(awk -F '\t' '$1 == "SMTP" && $3 ~ /^(digits: 0|boolean)/ { print $2 }' "$keys" | head -n 20)
 cp inventory same
 for n in "${!names[@]}"; do
-    sed -i "s/^gw$(printf %02d $((n + 1)))\$/& name=${names[n]}/" same
+    sed -i "s/^gw$(printf %02d $((n + 1)))\$/& entry=${names[n]}/" same
 done
 ansible -i same -f 20 gateways -m ov.gateway.ov_conf -a "{\"path\": \"$root/gw05/Tessary.conf\",
     \"command_path\": \"$build/bin\", \"lock_timeout\": 300,
-    \"entries\": [{\"section\": \"SMTP\", \"key\": \"{{ name }}\", \"value\": 1}]}" >log 2>&1
+    \"entries\": [{\"section\": \"SMTP\", \"key\": \"{{ entry }}\", \"value\": 1}]}" >log 2>&1
 [ "$(grep -c 'CHANGED' log)" -eq 20 ]
 [ "$(grep -cE "^($(IFS='|'; echo "${names[*]}")) = 1\$" gw05/Tessary.conf)" -eq 20 ]
 
