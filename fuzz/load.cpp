@@ -93,7 +93,7 @@ void check_values(const std::vector<std::string>& initial, const File& file) {
         const std::string once = shown(setting);
         if (const SlowEntry* entry = entry_of(file, section_of(row), row)) {
             const Value value{manner_of(row.load), setting, entry->value};
-            require(kind.load({value, load, reader, section_of(row)}) == Verdict::Taken, key);
+            require(kind.load({value, load, reader, section_of(row), 0}) == Verdict::Taken, key);
             require_equal(once, shown(setting), key);
         } else if (!kind.absent) {
             require_equal(once, initial[number_of(row)], key);

@@ -80,7 +80,7 @@ bool check_key(const Row& row, const std::string& text) {
     const Variable setting = variable_of(row);
     const bool accepted = check_config(section_of(row), key, text.c_str()) == 0;
     Load load{.file = "file", .mask = 0xff | RC_NOCHECK | RC_NODIRCHECK};
-    const Loading loading{{manner, setting, text}, load, MainReader, section_of(row)};
+    const Loading loading{{manner, setting, text}, load, MainReader, section_of(row), 0};
     const std::string before = shown(setting);
     const bool taken = kind->load(loading) == Verdict::Taken;
     const std::string once = shown(setting);
