@@ -211,8 +211,11 @@ __attribute__((constructor)) void set_up_memory() {
 }
 
 bool allocation_fails() {
-    if (memory.number == 0 || ++memory.calls < memory.number ||
-        (memory.calls > memory.number && !memory.all)) {
+    if (memory.number == 0) {
+        return false;
+    }
+    ++memory.calls;
+    if (memory.calls < memory.number || (memory.calls > memory.number && !memory.all)) {
         return false;
     }
     if (memory.calls == memory.number) {

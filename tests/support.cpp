@@ -33,7 +33,9 @@ class Collector {
     std::string text() const {
         std::string text;
         std::array<char, 4096> buffer{};
-        std::rewind(file_);
+        if (std::fseek(file_, 0, SEEK_SET) != 0) {
+            return "cannot be read again";
+        }
         while (const std::size_t got = std::fread(buffer.data(), 1, buffer.size(), file_)) {
             text.append(buffer.data(), got);
         }
