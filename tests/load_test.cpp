@@ -94,6 +94,9 @@ TEST(Load, StoredValues) {
     errno = ERANGE;
     read_config_user(gateway.file.c_str(), "Admin", 0);
     EXPECT_EQ(CF_StatOptionMask[0], 3U);
+    std::string path; // there are no such roles
+    EXPECT_EQ(access_cffile(Roles, "taro", path, nullptr), -1);
+    EXPECT_EQ(access_cffile(-1, "taro", path, nullptr), -1);
     EXPECT_EQ(conf_free(), 0);
     EXPECT_FALSE(SMTP_AllowIP || InternalDomains || CF_Group[0]);
 }
