@@ -131,18 +131,46 @@ ansible -i same -f 20 gateways -m ov.gateway.ov_conf -a "{\"path\": \"$root/gw05
 printf '[Directories]\nRootDirectory = %s\n[Mail]\nInternalDomains = example.com\n[Forward] ForwardMode = out\nForwardMailAddress = a@example.com\n' \
     "$root/gw01" >gw01/header.conf
 mkdir broken
-printf '#!/bin/sh\ncase $* in\n"-f %s "*"GreetingMessage -r "*) echo damaged >>%s; echo "write error: %s\n553 entry replace failed" >&2; exit 1 ;;\nesac\nexec %s "$@"\n' \
-    "$root/gw01/Tessary.conf"{,,} "$build/bin/ov_conf" >broken/ov_conf
-chmod +x broken/ov_conf
+cat >broken/ov_conf <<END
+#!/bin/sh
+case \$* in
+"-f $root/gw01/Tessary.conf "*"GreetingMessage -r "*)
+    case \$* in *damage) echo damaged >>$root/gw01/Tessary.conf ;; esac
+    echo "write error: $root/gw01/Tessary.conf
+553 entry replace failed" >&2
+    exit 1 ;;
+esac
+exec $build/bin/ov_conf "\$@"
+END
+cat >broken/ov_mgrconf <<END
+#!/bin/sh
+cd $root/gw01/manager
+case \$* in
+*"-u early -m "*) sed -i s/yes/no/ early.conf ;;
+"-f $root/gw01/Tessary.conf -u late") grep -q T late.conf && echo >>late.conf ;;
+"-f $root/gw01/Tessary.conf -u lost") grep -q T lost.conf && ln -sf /dev/null lost.conf ;;
+esac
+exec $build/bin/ov_mgrconf "\$@"
+END
+chmod +x broken/*
 sed -i 's/^GreetingMessage = .*/GreetingMessage = "as it was"/' gw01/Tessary.conf
 echo >>gw01/manager/taro.conf
 touch held.lock gw01/header.lock
 exec 9>held.lock
 flock 9
 fleet >before
+for user in early late lost; do
+    printf '[Manager]\nHoldMessage = yes\n' >gw01/manager/$user.conf
+done
+cp gw01/manager/late.conf rights
 play 0 "$tests/ansible/refusals.yml" -e broken_commands="$root/broken" -e gateway_keys="$keys" \
     -e held_lock="$root/held.lock"
-recap 1 'ok=5 .*failed=0'
+recap 1 'ok=6 .*failed=0'
+# What another editor did before is left, and rights whose file is no more are in the copy.
+sed s/yes/no/ rights | cmp - gw01/manager/early.conf
+cmp rights gw01/manager/late.conf
+cmp rights gw01/manager/.lost.conf.before.*
+rm gw01/manager/{{early,late,lost}.conf,.lost.conf.before.*}
 fleet >after
 cmp before after
 

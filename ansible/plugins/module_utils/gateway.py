@@ -188,20 +188,33 @@ def private_file(path, kind, text):
     return name
 
 
-def backup(path, text, status):
-    """Keeps the text in a new file with the owner and the mode of `path`. Returns its name."""
-    name = '%s.%d.%s~' % (path, os.getpid(), time.strftime('%Y-%m-%d@%H:%M:%S'))
-    descriptor = os.open(name, os.O_WRONLY | os.O_CREAT | os.O_EXCL | os.O_CLOEXEC, 0o600)
+def new_file(path, owner, mode, text):
+    """Makes a file that is not there, with the owner and the group of the status `owner`."""
+    descriptor = os.open(path, os.O_WRONLY | os.O_CREAT | os.O_EXCL | os.O_CLOEXEC, 0o600)
     try:
-        os.fchown(descriptor, status.st_uid, status.st_gid)
-        os.fchmod(descriptor, stat.S_IMODE(status.st_mode))
+        os.fchown(descriptor, owner.st_uid, owner.st_gid)
+        os.fchmod(descriptor, stat.S_IMODE(mode))
         write_all(descriptor, text)
     except BaseException:
-        os.unlink(name)
+        os.unlink(path)
         raise
     finally:
         os.close(descriptor)
+
+
+def backup(path, text, status):
+    """Keeps the text in a new file with the owner and the mode of `path`. Returns its name."""
+    name = '%s.%d.%s~' % (path, os.getpid(), time.strftime('%Y-%m-%d@%H:%M:%S'))
+    new_file(name, status, status.st_mode, text)
     return name
+
+
+def found_at(path, follow):
+    """As read_file; None and None when there is no file."""
+    try:
+        return read_file(path, follow)
+    except FileNotFoundError:
+        return None, None
 
 
 def rewrite(path, text, follow=True):
@@ -225,6 +238,53 @@ def rewrite(path, text, follow=True):
         write_all(descriptor, text)
     finally:
         os.close(descriptor)
+
+
+@contextlib.contextmanager
+def all_or_nothing(path, before, after, follow=True):
+    """Around what changes a file: tells when the file ends otherwise, and undoes that.
+
+    A text that is None stands for no file. While the file is written its text is in a copy, too.
+    """
+    def refuse_unless(text):
+        there, status = found_at(path, follow)
+        if there != text:
+            raise Failure('somebody changed %s without the lock' % path)
+        return status
+
+    kept = None if before is None else private_file(path, 'before', before)
+    try:
+        status = refuse_unless(before)
+        try:
+            yield
+            refuse_unless(after)
+        except BaseException as failure:
+            try:
+                outcome = put_back(path, before, status, follow)
+            except (Failure, OSError) as error:
+                where = ', it is in %s' % kept if kept else ''
+                kept = None
+                raise Failure('%s; the text of before could not be put back (%s)%s'
+                              % (failure, error, where)) from None
+            raise Failure('%s; %s' % (failure, outcome)) from None
+    finally:
+        if kept:
+            os.unlink(kept)
+
+
+def put_back(path, before, status, follow):
+    """Undoes a change that failed, and says how."""
+    there, _status = found_at(path, follow)
+    if there == before:
+        return 'the file is as it was'
+    if before is None:
+        os.unlink(path)
+        return 'the new file was removed'
+    if there is None:
+        new_file(path, status, status.st_mode, before)
+    else:
+        rewrite(path, before, follow)
+    return 'the text of before was put back'
 
 
 class HeldSignals:

@@ -204,26 +204,12 @@ def tried(gateway, text, entries):
 
 
 def perform(gateway, before, after, entries, signals):
-    """Changes the file itself; on a failure the text of before is put back."""
-    if gateway.read()[0] != before:
-        raise Failure('somebody changed %s without the lock' % gateway.path)
-    kept = ov.private_file(gateway.path, 'before', before)
-    try:
+    """Changes the file itself."""
+    with ov.all_or_nothing(gateway.path, before, after):
         for entry in entries:
             signals.refuse()
             change(gateway, gateway.path, entry)
         signals.refuse()
-        if gateway.read()[0] != after:
-            raise Failure('somebody changed %s without the lock' % gateway.path)
-    except BaseException as failure:
-        try:
-            ov.rewrite(gateway.path, before)
-        except (Failure, OSError) as error:
-            raise Failure('%s; the text of before could not be put back (%s), it is in %s'
-                          % (failure, error, kept)) from None
-        os.unlink(kept)
-        raise Failure('%s; the text of before was put back' % failure) from None
-    os.unlink(kept)
 
 
 def work(module):

@@ -7,8 +7,9 @@ short_description: Change the rights of the gateway's administrators
 description:
   - Changes the rights file of a user in the directory of the role, or removes it.
   - The new text is made in a private directory, where the role command changes and loads it, and
-    then written into the file in one piece, under the lock. The file keeps its owner, mode and
-    links, and when it does not load there, the text that was there before is put back.
+    then written into the file in one piece, under the lock, while a private copy of the old one is
+    beside it. The file keeps its owner, mode and links. When it does not load there, or somebody
+    changed it without the lock, the text that was there before is put back.
   - A file that has to be made belongs to the owner of the role directory and has mode 0644.
 extends_documentation_fragment: ov.gateway.gateway
 options:
@@ -160,10 +161,7 @@ class Rehearsal:
             file.write(text.encode('utf-8', 'surrogateescape'))
 
     def read(self):
-        try:
-            return ov.read_file(self.file)[0]
-        except FileNotFoundError:
-            return None
+        return ov.found_at(self.file, follow=False)[0]
 
     def delete(self, rights):
         """Deletes entries. For that the rights are part of a main file that touches nothing else."""
@@ -204,42 +202,17 @@ def wanted(module, gateway, section):
     return rights
 
 
-def make(path):
-    """Makes a rights file as it would have to be made by the owner of the directory."""
-    descriptor = os.open(path, os.O_WRONLY | os.O_CREAT | os.O_EXCL | os.O_CLOEXEC, 0o600)
-    try:
-        directory = os.stat(os.path.dirname(path))
-        os.fchown(descriptor, directory.st_uid, directory.st_gid)
-        os.fchmod(descriptor, NEW_FILE_MODE)
-    finally:
-        os.close(descriptor)
-
-
-def put(path, before, after):
-    """Gives the file the text `after`: None for no file."""
-    if after is None:
-        os.unlink(path)
-        return
-    if before is None:
-        make(path)
-    ov.rewrite(path, after, follow=False)
-
-
 def replace(role, user, path, before, after, expected):
-    """Changes the real file. When it does not load as in the rehearsal, puts the old text back."""
-    try:
-        put(path, before, after)
+    """Changes the real file, which has to load as in the rehearsal."""
+    with ov.all_or_nothing(path, before, after, follow=False):
+        if after is None:
+            os.unlink(path)
+        elif before is None:
+            ov.new_file(path, os.stat(os.path.dirname(path)), NEW_FILE_MODE, after)
+        else:
+            ov.rewrite(path, after, follow=False)
         if role.listing(role.gateway.path, user) != expected:
             raise Failure('%s does not tell what was written' % role.command)
-    except BaseException as failure:
-        try:
-            there = os.path.lexists(path)
-            if there or before is not None:
-                put(path, '' if there else None, before)
-        except (Failure, OSError) as error:
-            raise Failure('%s; the rights of before could not be put back (%s)'
-                          % (failure, error)) from None
-        raise Failure('%s; the rights of before were put back' % failure) from None
 
 
 def rehearsed(rehearsal, rights, before):
@@ -273,10 +246,7 @@ def work(module):
         raise Failure('rights for a user who is to be absent')
     with gateway.locked(exclusive=not module.check_mode):
         path = os.path.join(role.directory(), user + '.conf')
-        try:
-            before = ov.read_file(path, follow=False)[0]
-        except FileNotFoundError:
-            before = None
+        before, _status = ov.found_at(path, follow=False)
         after, differing = (None if remove else before), {}
         for right, value in rights.items():
             now = ov.written(before or '', role.section, right)
