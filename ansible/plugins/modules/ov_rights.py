@@ -26,7 +26,7 @@ options:
     description:
       - The rights by their names. See ov_admconf(8) for those that can be changed, and to what.
       - A right with an empty value goes back to the default of the role. Its entries are deleted,
-        which can be done with every right.
+        which can be done with every right, also with one whose value stops the commands.
       - Rights that are not named here stay as they are.
       - YAML's C(true) and C(false) are written C(yes) and C(no).
     type: dict
@@ -133,8 +133,7 @@ class Rehearsal:
         self.role, self.user = role, user
         self.gateway = role.gateway
         self.top = tempfile.mkdtemp(dir=self.gateway.module.tmpdir)
-        for name in ('role', 'etc'):
-            os.mkdir(os.path.join(self.top, name), 0o700)
+        os.mkdir(os.path.join(self.top, 'role'), 0o700)
         self.file = os.path.join(self.top, 'role', user + '.conf')
         self.conf = os.path.join(self.top, 'conf')
         # The first entry of a section and key counts. Those in front of the first section do not.
@@ -142,10 +141,9 @@ class Rehearsal:
             role.directory_key, self.top, self.gateway.read()[0]))
         if text is not None:
             self.write(self.file, text)
-        self.with_rights = os.path.join(self.top, 'with-rights')
         # The role commands put a slash behind a directory that ends in one.
         self.gateway.aliases.update({
-            self.conf: self.gateway.path, self.with_rights: path, self.file: path,
+            self.conf: self.gateway.path, self.file: path,
             os.path.join(self.top, 'role//') + user + '.conf': path})
 
     def __enter__(self):
@@ -164,21 +162,13 @@ class Rehearsal:
         return ov.found_at(self.file, follow=False)[0]
 
     def delete(self, rights):
-        """Deletes entries. For that the rights are part of a main file that touches nothing else."""
+        """Deletes lines: no command would load a right that has to go since it does not load."""
+        names = {ov.folded(self.role.section, right) for right in rights}
         text = self.read()
-        text += '' if text.endswith('\n') or not text else '\n'
-        rest = ('[Directories]\nRootDirectory = %s\nQueueDirectory = %s\nTemplateDirectory =\n'
-                '[Mail]\nInternalDomains = localhost\n' % (self.top, self.top))
-        path = self.with_rights
-        self.write(path, text + rest)
-        where = ['-f', path, '-s', self.role.section]
-        for right in rights:
-            while self.gateway.fetch(path, self.role.section, right) is not None:
-                self.gateway.asked('ov_conf', *where, '-k', right, '-d')
-        after = ov.read_file(path)[0]
-        if not after.endswith(rest):
-            raise Failure('the entries cannot be deleted; mend the file by hand')
-        self.write(self.file, after[:-len(rest)])
+        gone = {line for line, section, key, _rest in ov.entries_of(text)
+                if ov.folded(section, key) in names}
+        self.write(self.file, '\n'.join(line for number, line in enumerate(text.split('\n'), 1)
+                                        if number not in gone))
 
     def assign(self, rights):
         arguments = ['%s=%s' % right for right in rights.items()]
@@ -256,7 +246,6 @@ def work(module):
             raise Failure('a change takes the super-user (become)')
         with ov.HeldSignals() as signals:
             if differing:
-                role.listing(gateway.path, user)  # what is wrong already is told of the real files
                 with Rehearsal(role, user, before, path) as rehearsal:
                     after, listing = rehearsed(rehearsal, differing, before)
             else:
