@@ -9,8 +9,6 @@ import stat
 import tempfile
 import time
 
-from ansible.module_utils.common.text.converters import to_bytes
-
 COMMON_OPTIONS = dict(
     path=dict(type='path', default='/etc/Tessary.conf'),
     command_path=dict(type='path'),
@@ -22,6 +20,8 @@ COMMON_OPTIONS = dict(
 LONGEST_VALUE = 1000
 SECRET_KEYS = {('archive', 'tsaproxy_pass'), ('cooperation', 'ftpuserpassword')}
 CONTROL = re.compile('[\x00-\x1f\x7f]')
+# What YAML and JSON can name, but UTF-8 cannot write. The others stand for bytes that are no UTF-8.
+HALVES = re.compile('[\ud800-\udc7f\udd00-\udfff]')
 # What a tool that has just stopped may still hold, in seconds.
 PATIENCE = 2
 
@@ -54,6 +54,8 @@ def folded(*names):
 def refuse_control(what, text):
     if CONTROL.search(text):
         raise Failure('%s: there is a control character, such as a line feed, in it' % what)
+    if HALVES.search(text):
+        raise Failure('%s: there is half a character in it' % what)
 
 
 def value_text(what, value):
@@ -65,7 +67,7 @@ def value_text(what, value):
     if not isinstance(value, str):
         raise Failure('%s: the value is neither a text nor a whole number: put it in quotes' % what)
     refuse_control('the value of ' + what, value)
-    if len(to_bytes(value, errors='surrogate_or_strict')) > LONGEST_VALUE:
+    if len(value.encode('utf-8', 'surrogateescape')) > LONGEST_VALUE:
         raise Failure('%s: the value is longer than %d characters' % (what, LONGEST_VALUE))
     if as_read(value) != value:
         raise Failure('%s: the value would not read back as it is given: blanks around a value, '
@@ -160,18 +162,25 @@ def refuse_other_changes(before, after, names):
 def read_file(path, follow=True):
     """The text of a regular file, and its status. A missing file raises FileNotFoundError."""
     flags = os.O_RDONLY | os.O_CLOEXEC | os.O_NONBLOCK | (0 if follow else os.O_NOFOLLOW)
-    with os.fdopen(os.open(path, flags), 'rb') as file:
-        status = os.fstat(file.fileno())
+    descriptor = os.open(path, flags)
+    try:
+        status = os.fstat(descriptor)
         if not stat.S_ISREG(status.st_mode):
             raise Failure('%s is no regular file' % path)
-        return decoded(file.read()), status
+        with os.fdopen(descriptor, 'rb', closefd=False) as file:
+            return decoded(file.read()), status
+    finally:
+        os.close(descriptor)
 
 
-def write_all(descriptor, text):
+def write_all(path, descriptor, text):
     data = text.encode('utf-8', 'surrogateescape')
-    while data:
-        data = data[os.write(descriptor, data):]
-    os.fsync(descriptor)
+    try:
+        while data:
+            data = data[os.write(descriptor, data):]
+        os.fsync(descriptor)
+    except OSError as error:
+        raise Failure('cannot write %s: %s' % (path, error.strerror)) from None
 
 
 def private_file(path, kind, text):
@@ -179,7 +188,7 @@ def private_file(path, kind, text):
     descriptor, name = tempfile.mkstemp(prefix='.%s.%s.' % (os.path.basename(path), kind),
                                         dir=os.path.dirname(path))
     try:
-        write_all(descriptor, text)
+        write_all(name, descriptor, text)
     except BaseException:
         os.unlink(name)
         raise
@@ -194,7 +203,7 @@ def new_file(path, owner, mode, text):
     try:
         os.fchown(descriptor, owner.st_uid, owner.st_gid)
         os.fchmod(descriptor, stat.S_IMODE(mode))
-        write_all(descriptor, text)
+        write_all(path, descriptor, text)
     except BaseException:
         os.unlink(path)
         raise
@@ -235,7 +244,7 @@ def rewrite(path, text, follow=True):
                     break
                 time.sleep(0.05)
         os.ftruncate(descriptor, 0)
-        write_all(descriptor, text)
+        write_all(path, descriptor, text)
     finally:
         os.close(descriptor)
 
@@ -348,21 +357,22 @@ class Gateway:
 
     @contextlib.contextmanager
     def locked(self, exclusive):
-        """Takes the lock. Who only reads shares it, and makes none: without one nobody writes."""
+        """Takes the lock. Who only reads shares it, and makes none: without one nobody writes.
+
+        Only the super-user changes anything.
+        """
+        exclusive = exclusive and os.getuid() == 0
+        self.read()  # a file that is not there gets no lock
         base = self.path[:-len('.conf')] if self.path.endswith('.conf') else self.path
         path = self.module.params['lock'] or base + '.lock'
         flags = os.O_RDWR | os.O_CREAT if exclusive else os.O_RDONLY
         try:
             descriptor = os.open(path, flags | os.O_CLOEXEC | os.O_NOFOLLOW | os.O_NONBLOCK, 0o600)
-        except FileNotFoundError:
-            if exclusive:
-                raise
-            yield
-            return
-        except PermissionError:
-            if exclusive:
-                raise
-            self.module.warn('%s cannot be opened: the file is read without the lock' % path)
+        except OSError as error:
+            if exclusive or not isinstance(error, (FileNotFoundError, PermissionError)):
+                raise Failure('cannot open the lock %s: %s' % (path, error.strerror)) from None
+            if isinstance(error, PermissionError):
+                self.module.warn('%s cannot be opened: the file is read without the lock' % path)
             yield
             return
         try:
@@ -419,6 +429,15 @@ class Gateway:
             return read_file(self.path)
         except FileNotFoundError:
             raise Failure('there is no file %s' % self.path) from None
+        except PermissionError:
+            raise Failure('cannot read %s: that takes the super-user (become)'
+                          % self.path) from None
+
+
+def refuse_others():
+    """Raises when who runs the module is not the super-user."""
+    if os.getuid() != 0:
+        raise Failure('a change takes the super-user (become)')
 
 
 def run_module(module, work):

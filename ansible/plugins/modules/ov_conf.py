@@ -227,8 +227,7 @@ def work(module):
         result['diff'] = difference(gateway.path, differing, current)
         if not differing:
             return result
-        if os.getuid() != 0:
-            raise Failure('a change takes the super-user (become)')
+        ov.refuse_others()
         with ov.HeldSignals() as signals:
             after = tried(gateway, before, differing)
             if not module.check_mode:

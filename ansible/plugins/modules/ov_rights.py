@@ -242,8 +242,8 @@ def work(module):
             now = ov.written(before or '', role.section, right)
             if now != value and (now is not None or value != ''):
                 differing[right] = value
-        if (remove and before is not None or differing) and os.getuid() != 0:
-            raise Failure('a change takes the super-user (become)')
+        if remove and before is not None or differing:
+            ov.refuse_others()
         with ov.HeldSignals() as signals:
             if differing:
                 with Rehearsal(role, user, before, path) as rehearsal:
