@@ -101,7 +101,10 @@ def token(line, at):
 
 
 def scan(text):
-    """The headers and entries of a file: line, section, key (None: a header) and the rest."""
+    """The headers and entries of a file: line, section, key (None: a header) and the rest.
+
+    Entries in front of the first section have none.
+    """
     section = None
     for number, line in enumerate(text.split('\n'), 1):
         kind, name, at = token(line, 0)
@@ -116,14 +119,14 @@ def scan(text):
             # A header that is not closed renames a section, but begins none.
             section = header if closed or section is not None else None
             kind, name, at = token(line, at) if closed else ('end', '', at)
-        if kind == 'name' and section is not None:
+        if kind == 'name':
             kind, _text, at = token(line, at)
             if kind == '=':
                 yield number, section, name, line[at:]
 
 
 def entries_of(text):
-    return [found for found in scan(text) if found[2] is not None]
+    return [found for found in scan(text) if None not in found[1:3]]
 
 
 def written(text, section, key):

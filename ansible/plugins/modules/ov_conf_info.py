@@ -69,7 +69,10 @@ entries:
         or is a secret.
       type: str
 unknown:
-  description: The headers and entries that nobody reads since their names are in no list of keys.
+  description:
+    - The headers and entries that nobody reads, since their names are in no list of keys or they
+      stand in front of the first section. A byte order mark, which hides a header in the first
+      line, is told as a warning.
   returned: success
   type: list
   elements: dict
@@ -78,7 +81,7 @@ unknown:
       description: The number of the line.
       type: int
     section:
-      description: The section.
+      description: The section; none for an entry in front of the first one.
       type: str
     key:
       description: The key; none for the header of an unknown section.
@@ -106,11 +109,16 @@ def told(gateway, section, key):
 def unknown(gateway, text):
     sections = {section for section, _key in gateway.keys}
     for line, section, key, _rest in ov.scan(text):
-        known = ov.folded(section)[0] in sections
-        if key is None and not known or (
-                key is not None and known and ov.folded(section, key) not in gateway.keys):
-            yield dict(line=line, section=ov.printable(section),
-                       key=None if key is None else ov.printable(key))
+        if section is None:
+            nobody_reads = True
+        elif key is None:
+            nobody_reads = ov.folded(section)[0] not in sections
+        else:
+            nobody_reads = (ov.folded(section)[0] in sections
+                            and ov.folded(section, key) not in gateway.keys)
+        if nobody_reads:
+            yield dict(line=line, section=section and ov.printable(section),
+                       key=key and ov.printable(key))
 
 
 def work(module):
@@ -120,6 +128,9 @@ def work(module):
     gateway = ov.Gateway(module)
     with gateway.locked(exclusive=False):
         text = gateway.read()[0]
+        if text.startswith('\ufeff'):
+            module.warn('%s begins with a byte order mark, which hides a header in its first line'
+                        % gateway.path)
         return dict(
             changed=False,
             version=gateway.asked('ov_conf', '-v').split('VERSION: ')[-1].split('\n')[0],
