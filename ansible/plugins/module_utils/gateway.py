@@ -59,20 +59,25 @@ def refuse_control(what, text):
 
 
 def value_text(what, value):
-    """The value of an option as it is written: what YAML made a boolean or a number of, too."""
+    """The value of an option as it reads back: what YAML made a boolean or a number of, too."""
     if isinstance(value, bool):
         value = 'yes' if value else 'no'
     elif isinstance(value, int):
         value = str(value)
+    if isinstance(value, list):
+        raise Failure('%s: the value is a list: write it as one text, with what the key has '
+                      'between the parts, as in "a:b"' % what)
     if not isinstance(value, str):
         raise Failure('%s: the value is neither a text nor a whole number: put it in quotes' % what)
     refuse_control('the value of ' + what, value)
-    if len(value.encode('utf-8', 'surrogateescape')) > LONGEST_VALUE:
+    if len(as_written(value).encode('utf-8', 'surrogateescape')) > LONGEST_VALUE:
         raise Failure('%s: the value is longer than %d characters' % (what, LONGEST_VALUE))
-    if as_read(value) != value:
-        raise Failure('%s: the value would not read back as it is given: blanks around a value, '
-                      'and a pair of double quotes around it, do not belong to it' % what)
     return value
+
+
+def as_written(value):
+    """What stands behind the "=" for a value: one that begins or ends oddly is put in quotes."""
+    return value if as_read(value) == value else '"%s"' % value
 
 
 def as_read(rest):

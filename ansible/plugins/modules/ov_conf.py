@@ -22,18 +22,19 @@ options:
     required: true
     suboptions:
       section:
-        description: The section, in any case.
+        description: The section, in any case. It is written as the list of keys has it.
         type: str
         required: true
       key:
-        description: The key, in any case.
+        description: The key, alike.
         type: str
         required: true
       value:
         description:
-          - The value as it is to be read back, without blanks or a pair of double quotes around it,
-            and without control characters.
-          - YAML's C(true) and C(false) are written C(yes) and C(no).
+          - The value as it is to be read back, without control characters. The module writes double
+            quotes around one that needs them, as for blanks at its ends.
+          - Put it in quotes. YAML reads C(12:30), C(0640) and C(0x1F) as the numbers 750, 416 and 31.
+            Its C(true) and C(false) are written C(yes) and C(no).
         type: raw
       secret:
         description:
@@ -105,10 +106,12 @@ from ansible_collections.ov.gateway.plugins.module_utils.gateway import Failure
 class Entry:
     """An entry as it is wanted: `value` is None when it is to be absent."""
 
-    def __init__(self, option):
-        self.section, self.key = option['section'], option['key']
+    def __init__(self, option, keys):
+        self.folded = ov.folded(option['section'], option['key'])
+        self.row = keys.get(self.folded)
+        names = self.row or option
+        self.section, self.key = names['section'], names['key']
         self.name = ov.shown(self.section, self.key)
-        self.folded = ov.folded(self.section, self.key)
         self.check = option['check']
         self.secret = option['secret'] is not None or self.folded in ov.SECRET_KEYS
         self.value = None
@@ -122,37 +125,45 @@ class Entry:
                 raise Failure('%s: a value for an entry that is to be absent' % self.name)
             return
         if len(given) != 1:
-            raise Failure('%s: either value or secret is wanted' % self.name)
+            raise Failure('%s: either value or secret is wanted ("" is the empty value)' % self.name)
         # ov_conf writes a key without quotes.
         if not ov.BARE_KEY.fullmatch(self.key) or ov.NUMBER.fullmatch(self.key):
             raise Failure('%s: ov_conf cannot write that key' % self.name)
         self.value = ov.value_text(self.name, given[0])
 
 
-def wanted(module):
+def wanted(module, keys):
     entries = []
     for option in module.params['entries']:
-        entry = Entry(option)
+        entry = Entry(option, keys)
         if any(other.folded == entry.folded for other in entries):
             raise Failure('%s is given twice' % entry.name)
         if entry.secret and option['value'] is not None:
             module.no_log_values.add(str(option['value']))
             module.warn('%s: given as secret the value would not be logged' % entry.name)
+        if entry.value is not None and not entry.row:
+            module.warn('%s is not among the keys that the gateway knows' % entry.name)
         entries.append(entry)
     return entries
 
 
-def difference(path, entries, current):
+def difference(path, entries, text):
     """The entries that change, before and after, for --diff."""
-    texts = {'before': [], 'after': []}
+    sides = dict(before='', after='')
+
+    def tell(side, name, value):
+        sides[side] += '%s = %s\n' % (name, ov.printable(ov.as_written(value)))
+
     for entry in entries:
-        for side, value in (('before', current[entry.folded]), ('after', entry.value)):
-            if value is not None:
-                if entry.secret:
-                    value = '(secret%s)' % (', new' if side == 'after' else '')
-                texts[side].append('%s = %s\n' % (entry.name, ov.printable(value)))
-    return dict(before=''.join(texts['before']), after=''.join(texts['after']),
-                before_header=path, after_header=path)
+        found = [(ov.shown(section, key), ov.as_read(rest))
+                 for _line, section, key, rest in ov.entries_of(text)
+                 if ov.folded(section, key) == entry.folded]
+        if entry.value is not None:
+            del found[1:]
+            tell('after', entry.name, '(secret, new)' if entry.secret else entry.value)
+        for name, value in found:
+            tell('before', name, '(secret)' if entry.secret else value)
+    return dict(sides, before_header=path, after_header=path)
 
 
 def change(gateway, path, entry):
@@ -160,7 +171,7 @@ def change(gateway, path, entry):
     where = ['-f', path, '-s', entry.section, '-k', entry.key]
     try:
         if entry.value is not None:
-            gateway.asked('ov_conf', *where, '-r', '--', entry.value)
+            gateway.asked('ov_conf', *where, '-r', '--', ov.as_written(entry.value))
             return
         while gateway.fetch(path, entry.section, entry.key) is not None:
             gateway.asked('ov_conf', *where, '-d')
@@ -169,21 +180,24 @@ def change(gateway, path, entry):
 
 
 def check(gateway, path, entry):
-    row = gateway.keys.get(entry.folded)
-    if entry.value is None or not entry.check or not row or row['check'] == '-':
+    if entry.value is None or not entry.check or not entry.row or entry.row['check'] == '-':
         return
     status, _reply, message = gateway.run('ov_conf', '-f', path, '-s', entry.section,
                                           '-k', entry.key, '-c', '--', entry.value)
     if status != 0:
-        raise Failure('%s: %s (-c accepts: %s)' % (entry.name, message, row['check']))
+        raise Failure('%s: %s (-c accepts: %s; "check: false" leaves -c out)'
+                      % (entry.name, message, entry.row['check']))
 
 
 def validate(gateway, path, entries):
     """Loads a file and compares what it says with what is wanted."""
     gateway.asked('ov_conf', '-f', path, '-m')
     for entry in entries:
-        if gateway.fetch(path, entry.section, entry.key) != entry.value:
-            raise Failure('%s: the value would not read back as it is given' % entry.name)
+        found = gateway.fetch(path, entry.section, entry.key)
+        if found != entry.value:
+            raise Failure('%s: %s' % (entry.name, 'ov_conf cannot write that section'
+                                      if found is None else
+                                      'the value would not read back as it is given'))
 
 
 def tried(gateway, text, entries):
@@ -213,18 +227,15 @@ def perform(gateway, before, after, entries, signals):
 
 
 def work(module):
-    entries = wanted(module)
     gateway = ov.Gateway(module)
-    for entry in entries:
-        if entry.value is not None and entry.folded not in gateway.keys:
-            module.warn('%s is not among the keys that the gateway knows' % entry.name)
+    entries = wanted(module, gateway.keys)
     result = dict(changed=False, changed_entries=[])
     with gateway.locked(exclusive=not module.check_mode):
         before, status = gateway.read()
         current = {entry.folded: gateway.fetch(gateway.path, entry.section, entry.key)
                    for entry in entries}
         differing = [entry for entry in entries if current[entry.folded] != entry.value]
-        result['diff'] = difference(gateway.path, differing, current)
+        result['diff'] = difference(gateway.path, differing, before)
         if not differing:
             return result
         ov.refuse_others()

@@ -28,7 +28,8 @@ options:
       - A right with an empty value goes back to the default of the role. Its entries are deleted,
         which can be done with every right, also with one whose value stops the commands.
       - Rights that are not named here stay as they are.
-      - YAML's C(true) and C(false) are written C(yes) and C(no).
+      - Put values in quotes. YAML reads C(12:30), C(0640) and C(0x1F) as the numbers 750, 416 and
+        31. Its C(true) and C(false) are written C(yes) and C(no).
     type: dict
     default: {}
   state:
@@ -171,17 +172,19 @@ class Rehearsal:
                                         if number not in gone))
 
     def assign(self, rights):
-        arguments = ['%s=%s' % right for right in rights.items()]
+        arguments = ['%s=%s' % (right, ov.as_written(value)) for right, value in rights.items()]
         status, _reply, message = self.gateway.run(self.role.command, '-f', self.conf,
                                                    '-u', self.user, '-m', '--', *arguments)
         if status != 0:
+            if message in rights:
+                message += ' cannot be changed, or not to that: see ov_admconf(8)'
             raise Failure('refused by %s: %s' % (self.role.command, message))
 
 
 def wanted(module, gateway, section):
     rights = {}
     for name, value in module.params['rights'].items():
-        what = 'right %s' % name
+        what = 'right %r' % name
         ov.refuse_control(what, name)
         row = gateway.keys.get(ov.folded(section, name))
         if row is None:
