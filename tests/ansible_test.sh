@@ -175,10 +175,12 @@ fleet >after
 cmp before after
 
 # What the modules do and answer, and that they read a file as check-names does.
+touch gw02/manager/.taro.conf.before.x
 printf '[NoSuch]\nTwice = 1\n[Smpt]\nTwice = 2\n[nosuch]\ntwice = 3\n' >>gw02/Tessary.conf
 printf '[Manager]\nHoldMessage = no\nRealName = T\nCheckPcode = no\nPolicyKeyword = 4294967296\n' >gw02/manager/taro.conf
 play 0 "$tests/ansible/single.yml" -e gateway_keys="$keys" -e names_conf="$tests/names.conf" \
     -e check_names="$tests/../samples/check-names"
+tr -d '[:space:]' <log | grep -qF '/manager/.taro.conf.before.xholds'
 grep -qxF 'GreetingMessage = " as it is "' gw02/Tessary.conf
 # shellcheck disable=SC2016 # meant as it stands
 grep -qxF 'FTPUserPassword = $HOME -x#pass' gw02/Tessary.conf

@@ -2,6 +2,7 @@
 
 import contextlib
 import fcntl
+import glob
 import os
 import re
 import signal
@@ -191,10 +192,15 @@ def write_all(path, descriptor, text):
         raise Failure('cannot write %s: %s' % (path, error.strerror)) from None
 
 
+def path_of_private(path, kind):
+    """How the names of the private files beside `path` begin."""
+    return os.path.join(os.path.dirname(path), '.%s.%s.' % (os.path.basename(path), kind))
+
+
 def private_file(path, kind, text):
     """Writes a new file beside `path` that only its owner may read, and returns its name."""
-    descriptor, name = tempfile.mkstemp(prefix='.%s.%s.' % (os.path.basename(path), kind),
-                                        dir=os.path.dirname(path))
+    directory, prefix = os.path.split(path_of_private(path, kind))
+    descriptor, name = tempfile.mkstemp(prefix=prefix, dir=directory)
     try:
         write_all(name, descriptor, text)
     except BaseException:
@@ -203,6 +209,13 @@ def private_file(path, kind, text):
     finally:
         os.close(descriptor)
     return name
+
+
+def warn_of_copies(module, path):
+    """Under the lock: tells of the copies that changes left which nobody finished or undid."""
+    for name in glob.glob(glob.escape(path_of_private(path, 'before')) + '*'):
+        module.warn('%s holds what was in %s before a change that was stopped: look at both, then '
+                    'remove it' % (name, path))
 
 
 def new_file(path, owner, mode, text):

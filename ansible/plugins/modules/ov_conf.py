@@ -9,8 +9,11 @@ description:
   - The module takes the lock that ov_conf(8) recommends and looks up what is there. What differs is
     checked with C(ov_conf -c) where the key can be checked, changed in a private copy beside the
     file, and the copy is loaded with C(ov_conf -m) and with a fetch. Only then the same commands
-    change the file itself, which keeps its owner, mode and links. When one of them fails, the text
-    that was there before is put back.
+    change the file itself, which keeps its owner, mode and links, while a private copy of the old
+    one is beside it. When one of them fails, or somebody changed the file without the lock, the
+    text that was there before is put back.
+  - After a kill or a crash a part of the change may be in the file, and the copy stays as
+    C(.NAME.before.XXXXXXXX). The next run warns of it. It holds secrets, if the file does.
   - The entries are taken in the order in which they are given, and the file has to load after each.
   - C(ov_conf) loads the file for a fetch. A file that holds an invalid value is to be mended by hand.
 extends_documentation_fragment: ov.gateway.gateway
@@ -26,7 +29,7 @@ options:
         type: str
         required: true
       key:
-        description: The key, alike.
+        description: The key, in any case. It, too, is written as the list has it.
         type: str
         required: true
       value:
@@ -231,6 +234,7 @@ def work(module):
     entries = wanted(module, gateway.keys)
     result = dict(changed=False, changed_entries=[])
     with gateway.locked(exclusive=not module.check_mode):
+        ov.warn_of_copies(module, gateway.path)
         before, status = gateway.read()
         current = {entry.folded: gateway.fetch(gateway.path, entry.section, entry.key)
                    for entry in entries}

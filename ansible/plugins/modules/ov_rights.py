@@ -10,6 +10,7 @@ description:
     then written into the file in one piece, under the lock, while a private copy of the old one is
     beside it. The file keeps its owner, mode and links. When it does not load there, or somebody
     changed it without the lock, the text that was there before is put back.
+  - After a kill or a crash that copy stays as C(.USER.conf.before.XXXXXXXX). The next run warns of it.
   - A file that has to be made belongs to the owner of the role directory and has mode 0644.
 extends_documentation_fragment: ov.gateway.gateway
 options:
@@ -239,6 +240,7 @@ def work(module):
         raise Failure('rights for a user who is to be absent')
     with gateway.locked(exclusive=not module.check_mode):
         path = os.path.join(role.directory(), user + '.conf')
+        ov.warn_of_copies(module, path)
         before, _status = ov.found_at(path, follow=False)
         after, differing = (None if remove else before), {}
         for right, value in rights.items():
