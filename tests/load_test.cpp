@@ -6,6 +6,7 @@
 #include "settings/isvalid_msp.h"
 #include "settings/rights.h"
 #include "settings/settings.h"
+#include "util/log.h"
 #include "util/util_settings.h"
 
 #include <cerrno>
@@ -116,8 +117,10 @@ TEST(Load, SubmissionProgram) {
 
 TEST(Load, QueuesThatCannotBeLinked) {
     const test::Installation gateway;
+    ProgName = "tool";
+    gateway.configure("[Log]\nLogFacility = 2\nLogLevel = 2\n");
     const auto flags = [&](unsigned mask) {
-        read_config(gateway.file.c_str(), mask);
+        setconfig(gateway.file.c_str(), mask, NoRole, nullptr);
         EXPECT_TRUE(std::filesystem::is_empty(gateway.path("mqueue")));
         return std::pair(std::exchange(ArchiveHardLink, 1), std::exchange(QuarantineHardLink, 1));
     };
@@ -125,8 +128,8 @@ TEST(Load, QueuesThatCannotBeLinked) {
         gateway.dir.file(left_behind, "");
     }
     EXPECT_EQ(flags(All), std::pair(1, 1));
-    EXPECT_TRUE(std::filesystem::is_empty(gateway.path("aqueue")));
-    EXPECT_TRUE(std::filesystem::is_empty(gateway.path("pqueue")));
+    EXPECT_TRUE(std::filesystem::is_empty(gateway.path("aqueue")) &&
+                std::filesystem::is_empty(gateway.path("pqueue")));
     // A queue that is the message queue itself: nothing can be linked, but it can be moved.
     std::filesystem::remove(gateway.path("aqueue"));
     std::filesystem::create_symlink("mqueue", gateway.path("aqueue"));
@@ -135,6 +138,7 @@ TEST(Load, QueuesThatCannotBeLinked) {
     std::filesystem::remove(gateway.path("pqueue"));
     EXPECT_EQ(flags(RC_MANAGE), std::pair(1, 1)); // not asked for
     EXPECT_EQ(flags(All), std::pair(0, 0));
+    EXPECT_EQ(test::lines_of(test::logged_errors(gateway.path("logs"))).size(), 3U);
     // Where no file can be made, nothing has been tried.
     std::filesystem::remove(gateway.path("mqueue"));
     std::filesystem::create_symlink("none", gateway.path("mqueue"));

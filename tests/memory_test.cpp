@@ -20,10 +20,6 @@ struct Command {
     std::set<std::string> tellers; // who tells of it, as teller_of says
 };
 
-void PrintTo(const Command& command, std::ostream* stream) {
-    *stream << command.name;
-}
-
 const std::string Text = "a text that is too long to be held without an allocation";
 
 // A setting of every form that is held in memory of its own.
