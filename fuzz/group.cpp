@@ -1,7 +1,8 @@
 // Two address group files, read as one group and printed: the same again, with shared texts, and
 // from the entries that were printed.
 //
-// Input: GroupMaxAddresses and GroupAddressHashSize, each on its line, and the two files, the line
+// Input: group_settings.most_addresses and GroupAddressHashSize, each on its line, and the two
+// files, the line
 // "--" between them.
 #include "addr/addr_grp.h"
 #include "settings/settings.h"
@@ -43,18 +44,19 @@ std::pair<std::string, std::string> parts_of(const std::string& line) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     reset_settings();
     Input input(data, size);
-    GroupMaxAddresses = static_cast<int>(input.number());
-    GroupAddressHashSize = static_cast<int>(input.number());
+    group_settings.most_addresses = static_cast<int>(input.number());
+    group_settings.hash_size = static_cast<int>(input.number());
     const std::string both = input.rest();
     const std::size_t middle = std::min(both.find("\n--\n"), both.size());
-    Group_Dir.set(scratch());
+    group_settings.directory.set(scratch());
     write_file(scratch("first.addr"), both.substr(0, middle));
     write_file(scratch("second.addr"), both.substr(std::min(middle + 4, both.size())));
 
     const std::vector<std::string> lines =
         printed(read_addrsgrp({"first", "", "missing", "second"}));
     require(printed(read_addrsgrp3({"first", "second"}, true)) == lines, "with shared texts");
-    require(GroupMaxAddresses <= 0 || std::cmp_less_equal(lines.size(), GroupMaxAddresses),
+    require(group_settings.most_addresses <= 0 ||
+                std::cmp_less_equal(lines.size(), group_settings.most_addresses),
             "more entries than there may be");
     std::multiset<std::string> entries;
     std::string text;
@@ -75,5 +77,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         entries.erase(entry);
     }
     require(entries.empty(), "an entry is not read again");
+    write_file(scratch("first.addr"), "x\n");
+    require(printed(read_addrsgrp({"first"})).size() == (group_settings.hash_size > 0 ? 1U : 0U),
+            "one entry");
     return 0;
 }

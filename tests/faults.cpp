@@ -63,7 +63,7 @@ bool fails(const char* name, const char* path, int flags = -1) {
         std::raise(SIGSTOP);
         return false;
     }
-    errno = error;
+    errno = error != 0 ? error : errno; // a short write sets none
     return true;
 }
 

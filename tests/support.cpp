@@ -1,10 +1,8 @@
 #include "support.h"
 
-#include "addr/addr_grp.h"
 #include "fake_host.h"
 #include "settings/settings.h"
 #include "util/log.h"
-#include "util/util_settings.h"
 
 #include <array>
 #include <cstdlib>

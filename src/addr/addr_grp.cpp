@@ -3,7 +3,6 @@
 #include "util/log.h"
 #include "util/source.h"
 #include "util/text.h"
-#include "util/util.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -98,14 +97,14 @@ std::string_view shared_copy(const std::string& entry) {
 }
 
 // The loading of one group from several files.
-struct Load {
+struct GroupLoad {
     ADDRSGROUP& group;
     int addresses = 0; // so far
 };
 
 enum class Outcome { Done, Full, NoMemory };
 
-Outcome load_file(Load& load, const std::string& name) {
+Outcome load_file(GroupLoad& load, const std::string& name) {
     const std::string path =
         std::string(group_settings.directory.view()) + "/" + name + std::string(Suffix);
     std::optional<Source> source = Source::open(path.c_str(), FileKind::Regular);
@@ -209,7 +208,7 @@ AddressGroup read_addrsgrp3(const std::vector<std::string>& names, bool idtab) {
     }
     group->idtab = idtab;
     group->hashsize = std::max(buckets(), 1U);
-    Load load{*group};
+    GroupLoad load{*group};
     for (const std::string& name : names) {
         if (name.empty()) {
             continue;

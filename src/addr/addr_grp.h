@@ -107,7 +107,7 @@ int add_addr(ADDRSGROUP& group, std::string_view entry);
 int add_addrtree(AddressTree& tree, std::string_view entry, bool idtab);
 int add_addrlist(PatternTable& lists, std::string_view entry, bool idtab);
 
-// Prints the names of all groups in Group_Dir, in the order of the directory.
+// Prints the names of all groups in their directory, in its order.
 void print_group_list();
 
 // Prints every entry of the group and a line about the group. Returns the number of entries.

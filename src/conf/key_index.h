@@ -4,7 +4,6 @@
 #include "util/text.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <span>
 #include <string_view>

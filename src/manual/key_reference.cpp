@@ -3,7 +3,6 @@
 #include "settings/kinds.h"
 
 #include <algorithm>
-#include <stdexcept>
 #include <type_traits>
 
 namespace ov {

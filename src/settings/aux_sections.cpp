@@ -7,7 +7,8 @@ namespace {
 void read_rows(Configuration& configuration, unsigned mask, Reader reader) {
     auto& [snapshot, load] = configuration;
     load.mask = mask;
-    end_when_refused(load, load_rows(load, snapshot, reader));
+    load.tell = print_warning;
+    end_when_refused(load_rows(load, snapshot, reader));
 }
 
 void read_rows(const char* file, unsigned mask, Reader reader) {

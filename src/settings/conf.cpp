@@ -85,19 +85,14 @@ std::optional<Refusal> load_settings(Configuration& configuration, unsigned mask
     if (!local) { // no regular file is none
         return errno == EINVAL ? refusal : cannot_open(supplement);
     }
-    std::swap(local->load.said, load.said);
+    local->load.tell = load.tell;
     std::swap(local->load.directories, load.directories);
     refusal = load_settings(*local, mask | RC_LOCALPASS);
-    std::swap(local->load.said, load.said);
     std::swap(local->load.directories, load.directories);
     return refusal;
 }
 
-void end_when_refused(Load& load, const std::optional<Refusal>& refusal) {
-    if (!load.said.empty()) {
-        std::fputs(load.said.c_str(), stderr);
-        load.said.clear();
-    }
+void end_when_refused(const std::optional<Refusal>& refusal) {
     if (refusal) {
         print_refusal(*refusal);
         std::exit(EXIT_FAILURE);
@@ -114,12 +109,13 @@ Configuration open_config(const char* file, const WantedKey& wanted) {
         print_cannot_open(file);
         std::exit(EXIT_FAILURE);
     }
+    configuration->load.tell = print_warning;
     return std::move(*configuration);
 }
 
 void read_config(const char* file, unsigned mask) {
     Configuration configuration = open_config(file);
-    end_when_refused(configuration.load, load_settings(configuration, mask));
+    end_when_refused(load_settings(configuration, mask));
 }
 
 void setconfig(const char* file, unsigned mask, int rank, const char* user) {
@@ -128,7 +124,7 @@ void setconfig(const char* file, unsigned mask, int rank, const char* user) {
 }
 
 void setconfig(Configuration& configuration, unsigned mask, int rank, const char* user) {
-    end_when_refused(configuration.load, load_settings(configuration, mask));
+    end_when_refused(load_settings(configuration, mask));
     equip_services();
     log_init();
     std::string path;

@@ -24,8 +24,9 @@ struct Configuration {
     Load load;
 };
 
-// Loads the settings of the groups in `mask`, then the auxiliary sections, and then those of the
-// local supplement file, when there is one. Returns what was refused; then loading has stopped.
+// Loads the settings of the groups in `mask`, then the rights that stand in the file, the auxiliary
+// sections, and then those of the local supplement file, when there is one. Returns what was
+// refused; then loading has stopped.
 std::optional<Refusal> load_settings(Configuration& configuration, unsigned mask);
 
 // load_settings from `file`. Comes back only when all values are valid: at the first one that is
@@ -40,16 +41,18 @@ void setconfig(const char* file, unsigned mask, int rank, const char* user);
 // The same from a file that has been opened.
 void setconfig(Configuration& configuration, unsigned mask, int rank, const char* user);
 
-// Prints what loading has said so far, and what it has refused; that ends the process.
-void end_when_refused(Load& load, const std::optional<Refusal>& refusal);
+// Prints what loading has refused, and then ends the process.
+void end_when_refused(const std::optional<Refusal>& refusal);
 
 // Says on standard error that a configuration file cannot be opened, with errno.
 void print_cannot_open(const char* file);
 
-// Configuration::open, which ends the process with status 1 when it cannot be opened.
+// Configuration::open for a load that prints its warnings; when the file cannot be opened, that
+// ends the process with status 1.
 Configuration open_config(const char* file, const WantedKey& wanted = {});
 
-// Releases the lists that the settings own. For the end of the process. Returns 0.
+// Releases the lists of domains, of conditions on hosts and envelopes, and of groups. For the end
+// of the process, in which the other settings live on. Returns 0.
 int conf_free();
 
 } // namespace ov

@@ -80,7 +80,7 @@ using Shown = std::optional<std::string>;
 // How the manual speaks of a kind. In braces stands what the row puts in: {bounds},
 // {range}, {words}, {separators}, {longest}, {unit}, and the keys of its other settings, {first}
 // and {second}. Null: the kind is not for that column.
-struct Words {
+struct Wording {
     const char* load;  // "kind" or "kind|details"
     const char* check; //
     const char* show;
@@ -93,7 +93,7 @@ inline constexpr const char* TheSame = "{load}";
 // One kind of value: everything that the tool knows about it. What a kind does not have is null:
 // one without `load` can only be checked or shown.
 struct Kind {
-    Words words;
+    Wording words;
     Types types = 0; // of the settings that it is for
     Verdict (*load)(const Loading&) = nullptr;
     Verdict (*absent)(const Loading&) = nullptr; // what is done when the file lacks the key

@@ -212,7 +212,7 @@ constexpr Rule integer64() {
 inline Verdict load_number(const Loading& value) {
     return store(value, number_at(value.text, 0));
 }
-inline bool is_number(const Value& value) {
+inline bool is_based_number(const Value& value) {
     const std::optional<std::int64_t> number = number_at(value.text, 0);
     return number && *number >= value.manner.lowest && fits(value.variable, *number);
 }
@@ -220,12 +220,12 @@ inline constexpr Kind Number{
     .words = {"number", "number (0x in front passes, too, but loads as 0)", "number"},
     .types = Numbers,
     .load = load_number,
-    .check = is_number,
+    .check = is_based_number,
     .show = show_number};
 inline constexpr Kind PositiveNumber{
     .words = {nullptr, "number, not negative (0x in front passes, too, but loads as 0)", nullptr},
     .types = Numbers,
-    .check = is_number};
+    .check = is_based_number};
 constexpr Rule number() {
     return {&Number};
 }
@@ -302,6 +302,7 @@ inline constexpr Kind Within{.words = {"digits|from {first} to {second}",
                              .check = is_within,
                              .show = show_number};
 template <class Bound>
+requires std::is_same_v<Bound, int> || std::is_same_v<Bound, long>
 constexpr Rule within(SettingOf<Bound> low, SettingOf<Bound> high) {
     return {&Within, {.first = low, .second = high}};
 }
@@ -472,9 +473,9 @@ inline Verdict load_min_free(const Loading& value) {
     const std::string what = std::string("cannot get block size ") +
                              (directory ? directory : "<null>") + "; [" + value.section +
                              "] MinFree set 0\n";
-    value.load.said += value.reader == MainReader ? "WARNING " + what
-                                                  : std::string(value.load.file) + ":" +
-                                                        std::to_string(value.line) + ": " + what;
+    value.load.say(value.reader == MainReader ? "WARNING " + what
+                                              : std::string(value.load.file) + ":" +
+                                                    std::to_string(value.line) + ": " + what);
     store(value, 0);
     blocks = 0;
     return verdict;
@@ -562,7 +563,7 @@ constexpr Rule one_word() {
 // Any text of at most `longest` characters; the empty one unsets the setting.
 inline Verdict load_signature(const Loading& value) {
     if (value.text.size() > value.manner.longest) {
-        value.load.said += "Signature too long: " + value.text + "\n";
+        value.load.say("Signature too long: " + value.text + "\n");
         return Verdict::Invalid;
     }
     if (value.text.empty()) {
@@ -962,7 +963,7 @@ constexpr Rule sets() {
 inline bool are_domain_names(const Loading& value, const std::vector<std::string>& words) {
     for (const std::string& word : words) {
         if (word.find_first_of("@?#$%&:;[]!<>()~{}/+^|,=\"") != word.npos) {
-            value.load.said += "invalid domain name\"" + word + "\"\n";
+            value.load.say("invalid domain name\"" + word + "\"\n");
             return false;
         }
     }
@@ -977,7 +978,7 @@ inline Verdict load_internal_domains(const Loading& value) {
             return Verdict::Taken;
         }
         if (get_internaldomain(domains, LongestDomainList) != 0) {
-            value.load.said += "cannot set default internal domain\n";
+            value.load.say("cannot set default internal domain\n");
             return Verdict::Invalid;
         }
     }
@@ -1058,13 +1059,13 @@ inline Verdict load_addresses(const Loading& value) {
     }
     if (!(value.load.mask & RC_NOCHECK)) {
         if (std::cmp_greater(words->size(), MaxAddressList)) {
-            value.load.said += "Too much mail addresses. \"" + value.text + "\"\n";
+            value.load.say("Too much mail addresses. \"" + value.text + "\"\n");
             return Verdict::Invalid;
         }
         for (const std::string& word : *words) {
             if (!isvalid_address(word.c_str(), AddressPlain)) {
-                value.load.said += std::string("Invalid mail address") +
-                                   value.manner.characters.data() + " \"" + word + "\"\n";
+                value.load.say(std::string("Invalid mail address") +
+                               value.manner.characters.data() + " \"" + word + "\"\n");
                 return Verdict::Invalid;
             }
         }

@@ -20,14 +20,14 @@ bool is_open(const Gate& gate, unsigned mask, Reader reader) {
            (gate.program == 0 || gate.program == MailSubmissionProgram);
 }
 
-const char* shown(const char* text) {
+const char* or_null(const char* text) {
     return text ? text : "<null>";
 }
 
 // Prints what the readers report of a value: file, line, section, key and value, and then `what`.
 void print_value(const Refusal& refusal, const char* what) {
-    std::fprintf(stderr, "%s:%d: [%s] %s: \"%s\" %s\n", shown(refusal.file), refusal.line,
-                 shown(refusal.section), shown(refusal.key), refusal.value.c_str(), what);
+    std::fprintf(stderr, "%s:%d: [%s] %s: \"%s\" %s\n", or_null(refusal.file), refusal.line,
+                 or_null(refusal.section), or_null(refusal.key), refusal.value.c_str(), what);
 }
 
 void print_invalid(const Refusal& refusal) {
@@ -39,8 +39,8 @@ void print_invalid(const Refusal& refusal) {
         print_value(refusal, "invalid value");
         break;
     default:
-        std::fprintf(stderr, "%s:%d: invalid value, [%s] %s: %s\n", shown(refusal.file),
-                     refusal.line, shown(refusal.section), shown(refusal.key),
+        std::fprintf(stderr, "%s:%d: invalid value, [%s] %s: %s\n", or_null(refusal.file),
+                     refusal.line, or_null(refusal.section), or_null(refusal.key),
                      refusal.value.c_str());
     }
 }
@@ -62,6 +62,16 @@ bool Load::knows_directory(const std::string& path) {
     }
     directories.push_back(path);
     return true;
+}
+
+void Load::say(const std::string& lines) const {
+    if (tell) {
+        tell(lines);
+    }
+}
+
+void print_warning(const std::string& lines) {
+    std::fputs(lines.c_str(), stderr);
 }
 
 void print_refusal(const Refusal& refusal) {

@@ -33,18 +33,21 @@ struct Refusal {
     int error = 0; // of a file that cannot be opened
 };
 
-// Says on standard error what is wrong.
+// Say on standard error what is wrong, and what loading has to say on the way.
 void print_refusal(const Refusal& refusal);
+void print_warning(const std::string& lines);
 
 // A file that is being loaded.
 struct Load {
     const char* file;
     unsigned mask;
-    std::string said = {};                     // warnings, and what is wrong with a value
+    // Is told of warnings, and of what is wrong with a value, as they come up; null: nobody is.
+    void (*tell)(const std::string& lines) = nullptr;
     std::vector<std::string> directories = {}; // that have been looked at and exist
 
     // Whether the directory exists; each is looked at once.
     bool knows_directory(const std::string& path);
+    void say(const std::string& lines) const;
 };
 
 // Loads the rows of `reader` that are for callers with the load's mask, up to the first value that

@@ -91,7 +91,7 @@ Verdict chosen_program(const Loading&) {
 
 Verdict forward_mode(const Loading& value) {
     if (!ForwardMailAddress && ForwardMode != 0) {
-        value.load.said += "WARNING No address specified, ForwardMode = none\n";
+        value.load.say("WARNING No address specified, ForwardMode = none\n");
         ForwardMode = 0;
     }
     return Verdict::Taken;

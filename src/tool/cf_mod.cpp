@@ -5,7 +5,6 @@
 #include "settings/rights.h"
 #include "util/handle.h"
 #include "util/log.h"
-#include "util/util.h"
 
 #include <cerrno>
 #include <cstdio>

@@ -1,5 +1,6 @@
-// The gateway's daily log: one file a day in LogDirectory, one line an event. Every writer stays
-// silent until log_init has run with a LogDirectory, and no failure to log is ever shown.
+// The gateway's daily log: one file a day in the directory of the services, one line an event.
+// Every writer stays silent until log_init has run with a directory, and no failure to log is ever
+// shown.
 #pragma once
 
 #include <string>
@@ -13,7 +14,7 @@ inline constexpr char Platform[] = "Linux/intel";
 // The name under which the program was started, without its folder. Error lines carry it.
 extern const char* ProgName;
 
-// The base path of the log ("<LogDirectory>/log"), behind which the date of the day is put, and
+// The base path of the log ("<directory>/log"), behind which the date of the day is put, and
 // the length of that base path.
 extern std::string logfile;
 extern std::string::size_type logptr;
@@ -22,7 +23,7 @@ extern int log_initialized;
 // Starts logging with the settings as they stand; later calls do nothing.
 void log_init();
 
-// The host identifier: AlternateHostID as log_init found it or, when that is 0, the system's. The
+// The host identifier: the alternate one as log_init found it or, when that is 0, the system's. The
 // system is asked when the value is first wanted, since asking may wait for a name service.
 // 0 before log_init.
 unsigned long HostID();

@@ -18,11 +18,11 @@ inline constexpr int LockRelease = 0x8;   // unlock, whatever the other bits say
 // Locks or unlocks the whole file with an advisory record lock. The lock belongs to the process:
 // closing any descriptor of the file releases it. An interrupted attempt is repeated, nine
 // attempts in all. A file system without locking counts as locked.
-// Returns 0, or -1 with errno set; a failure is logged when LogLevel is 2 or more.
+// Returns 0, or -1 with errno set; a failure is logged from the level 2 on.
 int lockfile(int fd, int type);
 
-// Lifts the limits on CPU time, file size and open files, and with DBG_NoCore forbids core files.
-// What the process may not change stays as it is. Clears errno.
+// Lifts the limits on CPU time, file size and open files, and forbids core files when the services
+// say so. What the process may not change stays as it is. Clears errno.
 void resetlimits();
 
 // Adds `sig` to, or removes it from, the process's signal mask. Returns 1 when the signal was
