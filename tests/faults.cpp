@@ -63,7 +63,7 @@ bool fails(const char* name, const char* path, int flags = -1) {
         std::raise(SIGSTOP);
         return false;
     }
-    errno = error != 0 ? error : errno; // a short write sets none
+    errno = error;
     return true;
 }
 
@@ -127,15 +127,20 @@ int fcntl(int fd, int command, ...) {
 }
 
 ssize_t read(int fd, void* buffer, size_t size) {
-    return fails("read", fd) ? -1 : real<ssize_t(int, void*, size_t)>("read")(fd, buffer, size);
+    const ssize_t got =
+        fails("read", fd) ? -1 : real<ssize_t(int, void*, size_t)>("read")(fd, buffer, size);
+    errno = got >= 0 ? EDOM : errno; // a call that succeeds may set it, too
+    return got;
 }
 
 ssize_t write(int fd, const void* buffer, size_t size) {
-    auto* real_write = real<ssize_t(int, const void*, size_t)>("write");
-    if (!fails("write", fd)) {
-        return real_write(fd, buffer, size);
+    const int before = errno;
+    const bool chosen = fails("write", fd);
+    if (chosen && errno != 0) {
+        return -1;
     }
-    return errno == 0 ? real_write(fd, buffer, size - 1) : -1;
+    errno = before;
+    return real<ssize_t(int, const void*, size_t)>("write")(fd, buffer, size - (chosen ? 1 : 0));
 }
 
 size_t fwrite(const void* data, size_t size, size_t count, FILE* stream) {
