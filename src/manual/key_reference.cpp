@@ -19,10 +19,7 @@ constexpr Line all_lines[] = {
 #define SECTION(name, purpose) {name, nullptr, purpose},
 #define PURPOSE(sentence) {nullptr, nullptr, sentence},
 #define SETTING(section, key, ...) {section, key, nullptr},
-#define STEP(...)
 #include "settings/catalogue.def"
-#undef STEP
-#undef SETTING
 };
 
 const char* purpose_of(std::string_view section, const char* key = nullptr) {

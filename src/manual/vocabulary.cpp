@@ -197,26 +197,49 @@ std::string offered_text(const Row& row, RuleNumber rule) {
     return offered ? text_of(offered, manner_of(rule), variable_of(row)) : "";
 }
 
-std::map<std::string, std::string> meanings() {
-    std::map<std::string, std::string> all;
-    for (const Row& row : catalogue()) {
-        if (is_step(row)) {
-            continue;
-        }
-        const std::string name = accepted_text(row).kind;
-        std::string& meaning = all[name];
-        const char* said = kind_of(row.load).words.meaning;
-        if (said && !meaning.empty() && meaning != said) {
-            throw std::logic_error("a kind has two meanings: " + name);
-        }
-        meaning = said ? said : meaning;
+namespace {
+
+// Adds what a kind means, as the row has it, under its name.
+void add_meaning(Meanings& all, const Columns& row, const Variable& variable) {
+    const Kind& kind = kind_of(row.load);
+    const Manner& manner = manner_of(row.load);
+    const std::string name = accepted_text(kind, manner, variable).kind;
+    const std::string said =
+        kind.words.meaning ? text_of(kind.words.meaning, manner, variable) : std::string();
+    std::string& meaning = all[name];
+    if (!said.empty() && !meaning.empty() && meaning != said) {
+        throw std::logic_error("a kind has two meanings: " + name);
     }
+    meaning = said.empty() ? meaning : said;
+}
+
+Meanings complete(Meanings all) {
     for (const auto& [name, meaning] : all) {
         if (meaning.empty()) {
             throw std::logic_error("a kind has no meaning: " + name);
         }
     }
     return all;
+}
+
+} // namespace
+
+Meanings meanings() {
+    Meanings all;
+    for (const Row& row : catalogue()) {
+        if (!is_step(row)) {
+            add_meaning(all, row, variable_of(row));
+        }
+    }
+    return complete(std::move(all));
+}
+
+Meanings meanings_of_rights() {
+    Meanings all;
+    for (const RightRow& right : rights()) {
+        add_meaning(all, right, variable_of(right, 0));
+    }
+    return complete(std::move(all));
 }
 
 std::string sentence(const ValueText& text) {

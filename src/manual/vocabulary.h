@@ -24,9 +24,11 @@ std::string shown_text(const Row& row);
 // empty.
 std::string offered_text(const Row& row, RuleNumber rule);
 
-// What the kinds are, by their names, for all kinds that a row loads. One without a meaning, or
-// with two, throws.
-std::map<std::string, std::string> meanings();
+// What the kinds are, by their names, for all kinds that a row of the catalogue loads, or one of
+// the rights. One without a meaning, or with two, throws.
+using Meanings = std::map<std::string, std::string>;
+Meanings meanings();
+Meanings meanings_of_rights();
 
 // The same of a right: what is read, and what it can be changed to ("no": it cannot).
 ValueText accepted_text(const RightRow& right);

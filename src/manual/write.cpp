@@ -176,15 +176,32 @@ std::string tabbed(std::initializer_list<std::string> fields) {
     return text + "\n";
 }
 
+// Kinds and what they mean, sorted by their names.
+std::string kinds_list(const Meanings& all) {
+    std::string text = ".Bl -tag -width Ds\n";
+    std::vector<std::pair<std::string, std::string>> sorted(all.begin(), all.end());
+    std::sort(sorted.begin(), sorted.end(),
+              [](const auto& a, const auto& b) { return lowered(a.first) < lowered(b.first); });
+    for (const auto& [name, meaning] : sorted) {
+        text += ".It " + name + "\n" + lines(meaning);
+    }
+    return text + ".El\n";
+}
+
 struct Generated {
     const char* name;
     std::string (*text)();
 };
 constexpr Generated texts[] = {
-    {"manual_keys", manual_keys},           {"manual_kinds", manual_kinds},
-    {"manual_unchecked", manual_unchecked}, {"manual_queries", manual_queries},
-    {"manual_rights", manual_rights},       {"sample_keys", sample_keys},
-    {"completion_data", completion_data},   {"key_list", key_list},
+    {"manual_keys", manual_keys},
+    {"manual_kinds", manual_kinds},
+    {"manual_unchecked", manual_unchecked},
+    {"manual_queries", manual_queries},
+    {"manual_rights", manual_rights},
+    {"sample_keys", sample_keys},
+    {"completion_data", completion_data},
+    {"key_list", key_list},
+    {"manual_right_kinds", manual_right_kinds},
 };
 
 } // namespace
@@ -203,15 +220,11 @@ std::string manual_keys() {
 }
 
 std::string manual_kinds() {
-    std::string text = ".Bl -tag -width Ds\n";
-    const std::map<std::string, std::string> all = meanings();
-    std::vector<std::pair<std::string, std::string>> sorted(all.begin(), all.end());
-    std::sort(sorted.begin(), sorted.end(),
-              [](const auto& a, const auto& b) { return lowered(a.first) < lowered(b.first); });
-    for (const auto& [name, meaning] : sorted) {
-        text += ".It " + name + "\n" + lines(meaning);
-    }
-    return text + ".El\n";
+    return kinds_list(meanings());
+}
+
+std::string manual_right_kinds() {
+    return kinds_list(meanings_of_rights());
 }
 
 std::string manual_unchecked() {

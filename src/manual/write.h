@@ -10,8 +10,9 @@ namespace ov {
 // The list of all sections and keys for a manual page (mdoc).
 std::string manual_keys();
 
-// The list of the kinds of values for a manual page (mdoc).
+// The lists of the kinds of values, and of those of rights, for a manual page (mdoc).
 std::string manual_kinds();
+std::string manual_right_kinds();
 
 // How many of the keys have no check, as the beginning of a sentence.
 std::string manual_unchecked();

@@ -106,10 +106,7 @@ constexpr bool is_for(const Kind* kind) {
                   name ": what its form shows does not fit the setting's type");
 #define SETTING(section, key, variable, type, initial, when, ...)                                  \
     HOLD_AGAINST_THE_TYPE("[" section "] " key, type, __VA_ARGS__)
-#define STEP(when, step)
 #include "settings/catalogue.def"
-#undef STEP
-#undef SETTING
 // Whether a right of the type can be answered so.
 template <class Type>
 constexpr bool can_answer(RightQuery query) {
@@ -136,7 +133,6 @@ constexpr bool can_answer(RightQuery query) {
     static_assert(can_answer<type>(RightQuery::query),                                             \
                   #key ": how it is answered does not fit the setting's type");
 #include "settings/rights.def"
-#undef RIGHT
 
 // A step is a kind that takes no value.
 template <Verdict (*function)(const Loading&)>
@@ -155,8 +151,6 @@ constexpr WrittenRow written_rows[] = {
     {section, key, &Settings::variable, gate(when), rules(__VA_ARGS__)},
 #define STEP(when, step) {nullptr, #step, {}, gate(when), {.load = {&Step<step>}}},
 #include "settings/catalogue.def"
-#undef STEP
-#undef SETTING
 };
 struct WrittenRight {
     const char* key;
@@ -168,7 +162,6 @@ constexpr WrittenRight written_rights[] = {
 #define RIGHT(key, type, kind, defaults, query, ...)                                               \
     {#key, &Settings::CF_##key, RightQuery::query, rules(kind __VA_OPT__(, ) __VA_ARGS__)},
 #include "settings/rights.def"
-#undef RIGHT
 };
 constexpr std::size_t Keys = std::size(written_rows);
 constexpr std::size_t Rights = std::size(written_rights);
@@ -179,21 +172,14 @@ constexpr char key_names[] =
 #define SETTING(section, key, ...) key "\0"
 #define STEP(when, step) #step "\0"
 #include "settings/catalogue.def"
-#undef STEP
-#undef SETTING
 #define RIGHT(key, ...) #key "\0"
 #include "settings/rights.def"
-#undef RIGHT
     "";
 
 // The names of the sections. Of the two that rights stand in, one has other keys, too.
 constexpr std::string_view sections[] = {
 #define SECTION(name, purpose) name,
-#define SETTING(...)
-#define STEP(...)
 #include "settings/catalogue.def"
-#undef STEP
-#undef SETTING
     ManagerSection,
 };
 constexpr std::uint8_t number_of_section(std::string_view name) {
@@ -203,10 +189,7 @@ constexpr std::uint8_t number_of_section(std::string_view name) {
 #define SETTING(section, key, ...)                                                                 \
     static_assert(number_of_section(section) < std::size(sections),                                \
                   "[" section "] " key ": there is no SECTION of that name");
-#define STEP(...)
 #include "settings/catalogue.def"
-#undef STEP
-#undef SETTING
 
 // The distinct rules; the first one stands for none.
 constexpr std::size_t MostRules = 160;
@@ -329,15 +312,11 @@ constexpr bool stands_once(std::string_view section, std::string_view key) {
 }
 #define SETTING(section, key, ...)                                                                 \
     static_assert(stands_once(section, key), "[" section "] " key ": has two rows");
-#define STEP(when, step)
 #include "settings/catalogue.def"
-#undef STEP
-#undef SETTING
 #define RIGHT(key, ...)                                                                            \
     static_assert(stands_once(AdminSection, #key) && stands_once(ManagerSection, #key),            \
                   #key ": has two rows");
 #include "settings/rights.def"
-#undef RIGHT
 
 } // namespace
 

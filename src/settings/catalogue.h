@@ -69,7 +69,6 @@ const Row* find_row(std::string_view section, std::string_view key);
 enum class Right : std::uint8_t {
 #define RIGHT(key, ...) key,
 #include "settings/rights.def"
-#undef RIGHT
 };
 
 // How a right is answered when it is asked for alone.

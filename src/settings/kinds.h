@@ -217,7 +217,9 @@ inline bool is_based_number(const Value& value) {
     return number && *number >= value.manner.lowest && fits(value.variable, *number);
 }
 inline constexpr Kind Number{
-    .words = {"number", "number (0x in front passes, too, but loads as 0)", "number"},
+    .words =
+        {"number", "number (0x in front passes, too, but loads as 0)", "number",
+         "A number; with 0x in front it is hexadecimal, with 0 octal. Without digits it is 0."},
     .types = Numbers,
     .load = load_number,
     .check = is_based_number,
@@ -270,10 +272,10 @@ constexpr Rule all_digits() {
 inline Verdict load_limit(const Loading& value) {
     return value.text.empty() ? Verdict::Taken : load_digits(value);
 }
-inline constexpr Kind Limit{.words = {"limit", nullptr, "number"},
-                            .types = Numbers,
-                            .load = load_limit,
-                            .show = show_number};
+inline constexpr Kind Limit{
+    .words = {"limit", nullptr, nullptr, "Digits from {bounds}; nothing leaves it as it is."},
+    .types = Numbers,
+    .load = load_limit};
 constexpr Rule limit(std::int64_t highest) {
     return {&Limit, {.lowest = 0, .highest = highest}};
 }
@@ -334,11 +336,10 @@ constexpr Rule word(Table table) {
 }
 
 // Which addresses of a message a filter looks at.
-inline constexpr Kind Selection{.words = {"selection", nullptr, "word"},
-                                .types = Numbers,
-                                .load = load_word,
-                                .show = show_word,
-                                .written = written_word};
+inline constexpr Kind Selection{
+    .words = {"selection", nullptr, nullptr, "One of {words}, in any case."},
+    .types = Numbers,
+    .load = load_word};
 constexpr Rule selection() {
     return {&Selection, {.table = AddrSelectTable}};
 }
@@ -592,7 +593,9 @@ inline Verdict load_date(const Loading& value) {
     return valid_if(date_str(value.text.c_str(), &ignored, &ignored, &ignored) == 0);
 }
 inline constexpr Kind Date{
-    .words = {"date", nullptr, "text"}, .types = Texts, .load = load_date, .show = show_text};
+    .words = {"date", nullptr, nullptr, "A date like 2008/02/31, or nothing for none."},
+    .types = Texts,
+    .load = load_date};
 constexpr Rule date() {
     return {&Date};
 }
@@ -938,8 +941,9 @@ constexpr Rule words(const char* separators) {
 }
 
 // Names of groups.
-inline constexpr Kind Names{
-    .words = {"names", nullptr, nullptr}, .types = type_of<WordList>(), .load = load_words};
+inline constexpr Kind Names{.words = {"names", nullptr, nullptr, "Names, with \":\" between them."},
+                            .types = type_of<WordList>(),
+                            .load = load_words};
 constexpr Rule names() {
     return {&Names, {.characters = characters(":")}};
 }

@@ -37,27 +37,46 @@ std::span<const CombinedQuery> combined_queries() {
 
 namespace {
 
-#define RIGHT(...)
-constexpr Right listed[] = {
-#define LISTED(right) Right::right,
+constexpr ListedRight listed[] = {
+#define LISTED(right, form) {Right::right, ListedAs::form},
 #include "settings/rights.def"
 };
 constexpr Right listed_or_left_out[] = {
-#define LISTED(right) Right::right,
+#define LISTED(right, form) Right::right,
 #define UNLISTED(right) Right::right,
 #include "settings/rights.def"
 };
-#undef RIGHT
 #define RIGHT(key, ...)                                                                            \
     static_assert(                                                                                 \
         std::count(std::begin(listed_or_left_out), std::end(listed_or_left_out), Right::key) == 1, \
         #key ": must stand once in the listing, or be left out there");
 #include "settings/rights.def"
-#undef RIGHT
+// Whether a right of the type can be listed so.
+template <class Type>
+constexpr bool can_list(ListedAs form) {
+    switch (form) {
+    case ListedAs::Number:
+    case ListedAs::Word:
+        return std::is_same_v<Type, PerRole<int>>;
+    case ListedAs::Mask:
+    case ListedAs::Level:
+        return std::is_same_v<Type, PerRole<unsigned>>;
+    case ListedAs::PlainText:
+    case ListedAs::Date:
+        return std::is_same_v<Type, PerRole<Text>>;
+    case ListedAs::Names:
+        return std::is_same_v<Type, PerRole<WordList>>;
+    }
+    return false;
+}
+#define LISTED(right, form)                                                                        \
+    static_assert(can_list<decltype(Settings::CF_##right)>(ListedAs::form),                        \
+                  #right ": how it is listed does not fit the setting's type");
+#include "settings/rights.def"
 
 } // namespace
 
-std::span<const Right> listed_rights() {
+std::span<const ListedRight> listed_rights() {
     return listed;
 }
 

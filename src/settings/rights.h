@@ -39,8 +39,22 @@ struct CombinedQuery {
 };
 std::span<const CombinedQuery> combined_queries();
 
+// How a right is listed, behind its key.
+enum class ListedAs : std::uint8_t {
+    Number,    // in decimal digits
+    Word,      // of its table
+    Mask,      // as eight hexadecimal digits
+    Level,     // its two lowest bits, and whether the user may choose the set
+    PlainText, // as it is
+    Date,      // like 2008/02/31
+    Names,     // with ":" between them
+};
+struct ListedRight {
+    Right right;
+    ListedAs form;
+};
 // The rights that the listing of a user has, in its order.
-std::span<const Right> listed_rights();
+std::span<const ListedRight> listed_rights();
 
 // The rights file of a user of the role `rank`, and, when `section` is given, the section that all
 // of it stands in. Returns 0, or -1 for no user, and, after a line in the log, for no such role.

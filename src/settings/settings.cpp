@@ -8,21 +8,25 @@
 
 namespace ov {
 
+namespace {
+
+constexpr const char* DefaultConfigFile = "/etc/Tessary.conf";
+
+} // namespace
+
 // The rows as initialisers, with the "defaults" column of the rights: of each role, the same for
 // all, none.
 // clang-format off
-#define SETTING(section, key, variable, type, initial, ...) .variable = initial,
-#define STEP(gate, step)
-#define RIGHT(key, type, kind, defaults, ...) .CF_##key = defaults,
 #define Each(...) {{__VA_ARGS__}}
 #define All(value) {{value, value, value, value, value, value}}
 #define Unset {}
 
 constinit LastingSettings lasting_settings{{
-    .ConfigFile = "/etc/Tessary.conf",
+    .ConfigFile = DefaultConfigFile,
+#define SETTING(section, key, variable, type, initial, ...) .variable = initial,
 #include "settings/catalogue.def"
+#define RIGHT(key, type, kind, defaults, ...) .CF_##key = defaults,
 #include "settings/rights.def"
-    .SvrList = {}, .NTF_SvrList = {}, .ArchiveMinFreeBlocks = 0, .CoopMinFreeBlocks = 0,
 }};
 
 void reset_settings() {
@@ -30,19 +34,17 @@ void reset_settings() {
     group_settings = {};
     std::destroy_at(&settings);
     ::new (&settings) Settings{
-        .ConfigFile = "/etc/Tessary.conf",
+        .ConfigFile = DefaultConfigFile,
+#define SETTING(section, key, variable, type, initial, ...) .variable = initial,
 #include "settings/catalogue.def"
+#define RIGHT(key, type, kind, defaults, ...) .CF_##key = defaults,
 #include "settings/rights.def"
-        .SvrList = {}, .NTF_SvrList = {}, .ArchiveMinFreeBlocks = 0, .CoopMinFreeBlocks = 0,
     };
 }
 
 #undef Unset
 #undef All
 #undef Each
-#undef RIGHT
-#undef STEP
-#undef SETTING
 // clang-format on
 
 const VTAB Tab_LogLevel[] = {{"none", NoLevel}, {"weak", 1}, {"strong", 0}, {nullptr, -1}};

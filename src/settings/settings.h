@@ -40,20 +40,16 @@ struct Settings {
     Text ConfigFile; // the main configuration file; the option -f names another
 
 #define SETTING(section, key, variable, type, ...) type variable;
-#define STEP(gate, step)
 #include "settings/catalogue.def"
-#undef STEP
-#undef SETTING
 
 #define RIGHT(key, type, ...) PerRole<type> CF_##key;
 #include "settings/rights.def"
-#undef RIGHT
 
     // What the values of some keys become beside the key's own setting.
-    ServerList SvrList;        // [SMTP] ServerHost
-    ServerList NTF_SvrList;    // [SMTP] NTF_ServerHost
-    long ArchiveMinFreeBlocks; // [Archive] MinFree, in blocks of its file system
-    long CoopMinFreeBlocks;    // [Cooperation] MinFree, likewise
+    ServerList SvrList = {};       // [SMTP] ServerHost
+    ServerList NTF_SvrList = {};   // [SMTP] NTF_ServerHost
+    long ArchiveMinFreeBlocks = 0; // [Archive] MinFree, in blocks of its file system
+    long CoopMinFreeBlocks = 0;    // [Cooperation] MinFree, likewise
 };
 // They live to the end of the process: nothing is gained by taking them apart then.
 union LastingSettings {
@@ -73,13 +69,9 @@ void reset_settings();
 inline constexpr Text& ConfigFile = settings.ConfigFile;
 #define SETTING(section, key, variable, type, ...)                                                 \
     inline constexpr type& variable = settings.variable;
-#define STEP(gate, step)
 #include "settings/catalogue.def"
-#undef STEP
-#undef SETTING
 #define RIGHT(key, type, ...) inline constexpr PerRole<type>& CF_##key = settings.CF_##key;
 #include "settings/rights.def"
-#undef RIGHT
 inline constexpr PerRole<unsigned>& CF_FreezeOption = settings.CF_Freeze_Option;
 inline constexpr PerRole<unsigned>& CF_ConfirmOption = settings.CF_Confirm_Option;
 inline constexpr ServerList& SvrList = settings.SvrList;

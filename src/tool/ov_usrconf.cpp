@@ -153,21 +153,31 @@ void print_date(const Rights& user, Right right) {
     }
 }
 
-// A right as the listing has it: in the form that its type, and then its query, calls for.
-void print_right(const Rights& user, Right right) {
-    const RightRow& row = row_of(right);
-    if (std::holds_alternative<PerRole<WordList> Settings::*>(row.member)) {
-        print_names(user, right);
-    } else if (std::holds_alternative<PerRole<Text> Settings::*>(row.member)) {
-        row.query == RightQuery::NamedText ? print_named_text(user, right)
-                                           : print_date(user, right);
-    } else if (std::holds_alternative<PerRole<unsigned> Settings::*>(row.member)) {
-        row.query == RightQuery::NamedMask ? print_named_mask(user, right)
-                                           : print_level(user, right);
-    } else if (manner_of(row.load).table != -1) {
-        std::printf("%s: %s\n", key_of(right), user.selection(right));
-    } else {
+// A right as the listing has it.
+void print_right(const Rights& user, const ListedRight& listed) {
+    const Right right = listed.right;
+    switch (listed.form) {
+    case ListedAs::Number:
         std::printf("%s: %d\n", key_of(right), user.number(right));
+        break;
+    case ListedAs::Word:
+        std::printf("%s: %s\n", key_of(right), user.selection(right));
+        break;
+    case ListedAs::Mask:
+        print_named_mask(user, right);
+        break;
+    case ListedAs::Level:
+        print_level(user, right);
+        break;
+    case ListedAs::PlainText:
+        print_named_text(user, right);
+        break;
+    case ListedAs::Date:
+        print_date(user, right);
+        break;
+    case ListedAs::Names:
+        print_names(user, right);
+        break;
     }
 }
 
@@ -175,8 +185,8 @@ void print_listing(const Rights& user, const Options& options, int rank, bool ha
     std::printf("#user: [%s](%d)\n", options.user ? options.user->c_str() : "not specified", rank);
     std::printf("#conf: [%d]\n", has_file ? 1 : 0);
     std::puts("--");
-    for (const Right right : listed_rights()) {
-        print_right(user, right);
+    for (const ListedRight& listed : listed_rights()) {
+        print_right(user, listed);
     }
 }
 
