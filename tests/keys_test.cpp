@@ -181,7 +181,7 @@ TEST(Keys, Generated) {
         {"/man/man8/ov_admconf.8", ".It Ic Hold\n", "\n.Sh"},
         {"/doc/defaults.conf", "[Queue]", "\n[Log]"},
         {"/bash-completion/completions/ov_conf", "_ov_conf_sections=", "declare -gA _ov_conf_keys"},
-        {"/bash-completion/completions/ov_conf", "declare -gA _ov_conf_directories", "\n\n"},
+        {"/bash-completion/completions/ov_conf", "declare -gA _ov_conf_values", "\n\n"},
         {"/ov-conf/keys", "Admin\tRealName", "Manager\tRealName"},
     };
     std::string listing;

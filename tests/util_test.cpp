@@ -66,6 +66,7 @@ TEST(Util, Texts) {
     int flag = 7;
     EXPECT_EQ(truefalse("On", &flag), 0);
     EXPECT_EQ(flag, 1);
+    EXPECT_EQ(truefalse("OFF", &flag) + flag, 0);
     int month = 7; // a part that is not asked for may be anything
     EXPECT_EQ(date_str("2008/13/40", nullptr, nullptr, nullptr), 0);
     EXPECT_EQ(date_str("2008/13/40", nullptr, &month, nullptr), -1);
