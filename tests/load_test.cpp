@@ -139,6 +139,9 @@ TEST(Load, QueuesThatCannotBeLinked) {
     EXPECT_EQ(flags(RC_MANAGE), std::pair(1, 1)); // not asked for
     EXPECT_EQ(flags(All), std::pair(0, 0));
     EXPECT_EQ(test::lines_of(test::logged_errors(gateway.path("logs"))).size(), 3U);
+    gateway.configure("[Log]\nLogFacility = 253\nLogLevel = 2\n");
+    EXPECT_EQ(flags(All), std::pair(0, 0)); // and no line more
+    EXPECT_EQ(test::lines_of(test::logged_errors(gateway.path("logs"))).size(), 3U);
     // Where no file can be made, nothing has been tried.
     std::filesystem::remove(gateway.path("mqueue"));
     std::filesystem::create_symlink("none", gateway.path("mqueue"));

@@ -27,6 +27,7 @@ TEST(Validate, IpAddresses) {
             EXPECT_EQ(isvalid_ipaddr(text, 1), host) << (text ? text : "null");
         }
     }
+    EXPECT_EQ(isvalid_hostname(nullptr), 0);
 }
 
 TEST(Validate, ConditionsOfAList) {
