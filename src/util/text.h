@@ -50,6 +50,7 @@ constexpr bool is_digit(char c) {
 constexpr char lower(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
+// The text with its letters in lower case.
 std::string lowered(std::string text);
 constexpr bool is_letter_or_digit(char c) {
     return is_digit(c) || (lower(c) >= 'a' && lower(c) <= 'z');
