@@ -3,11 +3,11 @@
 //
 // Input: on its line "m" and the load mask, or "s" and the mask for the rows of the search service,
 // or "r" and a role for the rights; and the file.
+#include "catalogue/kinds.h"
+#include "load/configuration.h"
+#include "load/rights.h"
+#include "load/setdir.h"
 #include "model.h"
-#include "settings/conf.h"
-#include "settings/kinds.h"
-#include "settings/rights.h"
-#include "settings/setdir.h"
 #include "support.h"
 
 #include <cstring>

@@ -2,7 +2,7 @@
 // as text. What the code under test prints is seen by those only who ask for it.
 #pragma once
 
-#include "settings/catalogue.h"
+#include "catalogue/catalogue.h"
 
 #include <concepts>
 #include <cstdint>

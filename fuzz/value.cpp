@@ -3,12 +3,12 @@
 //
 // Input: a directory; two bounds; the number of a key; each on its line;
 // and the value.
-#include "conf/layout.h"
-#include "settings/check_config.h"
-#include "settings/get_vals.h"
-#include "settings/kinds.h"
+#include "answer/check_config.h"
+#include "answer/get_vals.h"
+#include "catalogue/kinds.h"
 #include "support.h"
 #include "util/host.h"
+#include "util/paths.h"
 
 #include <algorithm>
 #include <charconv>

@@ -1,7 +1,7 @@
+#include "catalogue/settings.h"
 #include "fake_host.h"
 #include "installation.h"
-#include "settings/conf.h"
-#include "settings/settings.h"
+#include "load/configuration.h"
 #include "util/host.h"
 
 #include <gtest/gtest.h>

@@ -1,12 +1,11 @@
 // Every key: what it is by default, when it is read, what it takes, and how it is shown.
+#include "answer/check_config.h"
+#include "answer/get_vals.h"
 #include "fake_host.h"
 #include "installation.h"
-#include "settings/aux_sections.h"
-#include "settings/check_config.h"
-#include "settings/conf.h"
-#include "settings/get_vals.h"
-#include "settings/rights.h"
-#include "settings/setdir.h"
+#include "load/configuration.h"
+#include "load/rights.h"
+#include "load/setdir.h"
 #include "util/log.h"
 
 #include <gtest/gtest.h>

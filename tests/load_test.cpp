@@ -1,11 +1,10 @@
 // What becomes of values that are not shown, and of the queues that loading tries.
 #include "addr/addr_grp.h"
+#include "answer/isvalid_msp.h"
+#include "catalogue/settings.h"
 #include "installation.h"
-#include "settings/aux_sections.h"
-#include "settings/conf.h"
-#include "settings/isvalid_msp.h"
-#include "settings/rights.h"
-#include "settings/settings.h"
+#include "load/configuration.h"
+#include "load/rights.h"
 #include "util/log.h"
 #include "util/util_settings.h"
 

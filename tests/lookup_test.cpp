@@ -1,7 +1,7 @@
 // The file itself: tokens, entries, and the lookup of one key, wherever the text comes from.
+#include "catalogue/catalogue.h"
 #include "conf/conf_tool.h"
 #include "conf/snapshot.h"
-#include "settings/catalogue.h"
 #include "support.h"
 
 #include <array>

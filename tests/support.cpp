@@ -1,7 +1,7 @@
 #include "support.h"
 
+#include "catalogue/settings.h"
 #include "fake_host.h"
-#include "settings/settings.h"
 #include "util/log.h"
 
 #include <array>

@@ -1,6 +1,8 @@
-#include "settings/validate.h"
+#include "util/disk.h"
 #include "util/util.h"
 #include "util/util_settings.h"
+#include "value/convert.h"
+#include "value/ip.h"
 
 #include <array>
 #include <cerrno>

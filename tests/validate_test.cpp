@@ -1,8 +1,10 @@
-#include "settings/settings.h"
-#include "settings/validate.h"
+#include "catalogue/settings.h"
 #include "support.h"
+#include "util/disk.h"
 #include "util/log.h"
 #include "util/util_settings.h"
+#include "value/convert.h"
+#include "value/ip.h"
 
 #include <arpa/inet.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,6 @@
 #include "conf/conf_tool.h"
 #include "util/handle.h"
+#include "util/lock.h"
 #include "util/log.h"
 #include "util/text.h"
 #include "util/util.h"

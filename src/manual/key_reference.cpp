@@ -1,6 +1,6 @@
 #include "manual/key_reference.h"
 
-#include "settings/kinds.h"
+#include "catalogue/kinds.h"
 
 #include <algorithm>
 #include <type_traits>
@@ -19,7 +19,7 @@ constexpr Line all_lines[] = {
 #define SECTION(name, purpose) {name, nullptr, purpose},
 #define PURPOSE(sentence) {nullptr, nullptr, sentence},
 #define SETTING(section, key, ...) {section, key, nullptr},
-#include "settings/catalogue.def"
+#include "catalogue/keys.def"
 };
 
 const char* purpose_of(std::string_view section, const char* key = nullptr) {

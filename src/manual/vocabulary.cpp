@@ -1,6 +1,6 @@
 #include "manual/vocabulary.h"
 
-#include "settings/load.h"
+#include "load/load.h"
 
 #include <algorithm>
 #include <limits>

@@ -1,7 +1,7 @@
 // The rules of the rows in words.
 #pragma once
 
-#include "settings/catalogue.h"
+#include "catalogue/catalogue.h"
 
 #include <map>
 #include <string>

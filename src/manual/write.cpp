@@ -1,7 +1,7 @@
 #include "manual/write.h"
 
+#include "load/rights.h"
 #include "manual/key_reference.h"
-#include "settings/rights.h"
 
 #include <algorithm>
 #include <initializer_list>

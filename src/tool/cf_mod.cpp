@@ -1,8 +1,8 @@
 #include "tool/cf_mod.h"
 
+#include "answer/check_config.h"
 #include "conf/conf_tool.h"
-#include "settings/check_config.h"
-#include "settings/rights.h"
+#include "load/rights.h"
 #include "util/handle.h"
 #include "util/log.h"
 

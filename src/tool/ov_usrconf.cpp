@@ -1,11 +1,12 @@
 #include "addr/addr_grp.h"
-#include "settings/conf.h"
-#include "settings/rights.h"
+#include "load/configuration.h"
+#include "load/rights.h"
 #include "tool/cf_mod.h"
 #include "tool/commands.h"
 #include "tool/reply.h"
 #include "util/text.h"
 #include "util/util.h"
+#include "value/convert.h"
 
 #include <algorithm>
 #include <cstdio>

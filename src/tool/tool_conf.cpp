@@ -1,5 +1,5 @@
-#include "settings/conf.h"
-#include "settings/rights.h"
+#include "load/configuration.h"
+#include "load/rights.h"
 #include "tool/commands.h"
 #include "util/log.h"
 #include "util/text.h"

@@ -1,11 +1,13 @@
-// A text setting: not set, a built-in text, or an own copy.
+// Texts: a setting that is not set, a built-in text, or an own copy; characters, words, lists.
 #pragma once
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace ov {
 
@@ -70,6 +72,10 @@ inline std::string_view c_text(std::string_view text) {
 
 // The text as a report shows it: of more than `length` characters, the first ones and "...".
 std::string shortenstring(std::string_view text, std::size_t length);
+
+// The fields of `str`, which any character of `sep` separates. Runs of separators make no empty
+// fields. Nothing, after a message on standard error, when memory is exhausted.
+std::optional<std::vector<std::string>> split_str(std::string_view str, std::string_view sep);
 
 // Whether two texts are equal without regard to the case of ASCII letters.
 constexpr bool same_word(std::string_view a, std::string_view b) {

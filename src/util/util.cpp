@@ -1,6 +1,5 @@
 #include "util/util.h"
 
-#include "util/log.h"
 #include "util/text.h"
 #include "util/util_settings.h"
 
@@ -8,18 +7,13 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
-#include <fcntl.h>
-#include <limits>
 #include <sys/resource.h>
-#include <sys/statfs.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 namespace ov {
 
 namespace {
-
-constexpr int LockAttempts = 9;
 
 void set_limit(__rlimit_resource resource, rlim_t value) {
     const rlimit limit{value, value};
@@ -38,30 +32,6 @@ int change_mask(int how, int sig) {
 }
 
 } // namespace
-
-int lockfile(int fd, int type) {
-    struct flock64 request = {};
-    request.l_type = F_RDLCK;
-    if (type & LockRelease) {
-        request.l_type = F_UNLCK;
-    } else if (type & LockExclusive) {
-        request.l_type = F_WRLCK;
-    }
-    request.l_whence = SEEK_SET;
-    const int command = type & LockNoWait ? F_SETLK64 : F_SETLKW64;
-
-    int result = ::fcntl(fd, command, &request);
-    for (int attempt = 1; result == -1 && errno == EINTR && attempt < LockAttempts; ++attempt) {
-        result = ::fcntl(fd, command, &request);
-    }
-    if (result != -1) {
-        return 0;
-    }
-    if (services.level >= 2) {
-        syserr("%s: fcntl failed: l_type = %d, (%d)", "lockfile", type, errno);
-    }
-    return errno == EINVAL ? 0 : -1;
-}
 
 void resetlimits() {
     set_limit(RLIMIT_CPU, RLIM_INFINITY);
@@ -97,20 +67,6 @@ HeldSignals::~HeldSignals() {
 
 std::time_t curtime() {
     return std::time(nullptr);
-}
-
-std::int64_t freeblocks(const char* dir, long* bsize) {
-    struct statfs64 info = {};
-    if (::statfs64(dir, &info) != 0) {
-        return -1;
-    }
-    if (bsize) {
-        *bsize = static_cast<long>(info.f_bsize);
-    }
-    constexpr auto most = std::numeric_limits<std::int64_t>::max();
-    return info.f_bavail > static_cast<std::uint64_t>(most)
-               ? most
-               : static_cast<std::int64_t>(info.f_bavail);
 }
 
 std::size_t strlcpy(char* dst, const char* src, std::size_t len) {

@@ -1,25 +1,13 @@
-// Small services of the operating system: locks, limits, blocked signals, the clock, free disk
-// space, and helpers for texts.
+// Small services of the operating system: limits, blocked signals, the clock; and helpers for
+// texts.
 #pragma once
 
 #include <csignal>
 #include <cstddef>
-#include <cstdint>
 #include <ctime>
 #include <string_view>
 
 namespace ov {
-
-// Bits of the `type` of lockfile.
-inline constexpr int LockExclusive = 0x2; // a write lock; without it a read lock
-inline constexpr int LockNoWait = 0x4;    // fail at once when another process holds the lock
-inline constexpr int LockRelease = 0x8;   // unlock, whatever the other bits say
-
-// Locks or unlocks the whole file with an advisory record lock. The lock belongs to the process:
-// closing any descriptor of the file releases it. An interrupted attempt is repeated, nine
-// attempts in all. A file system without locking counts as locked.
-// Returns 0, or -1 with errno set; a failure is logged from the level 2 on.
-int lockfile(int fd, int type);
 
 // Lifts the limits on CPU time, file size and open files, and forbids core files when the services
 // say so. What the process may not change stays as it is. Clears errno.
@@ -45,10 +33,6 @@ class HeldSignals {
 
 // The current time in seconds.
 std::time_t curtime();
-
-// The blocks available to unprivileged users on the file system of `dir`, and through `bsize`,
-// when it is given, their size in bytes. -1 when the file system cannot be queried.
-std::int64_t freeblocks(const char* dir, long* bsize);
 
 // Copies at most `len` - 1 characters and always terminates when `len` is not 0. Returns the
 // length of `src`.

@@ -1,0 +1,20 @@
+#include "answer/check_config.h"
+
+#include "catalogue/catalogue.h"
+
+namespace ov {
+
+int is_acceptable(const Columns& row, const Variable& variable, const std::string& value) {
+    if (row.check == NoRule || (value.empty() && row.empty == Empty::Refused)) {
+        return 0;
+    }
+    return (value.empty() && row.empty == Empty::Accepted) ||
+           kind_of(row.check).check({manner_of(row.check), variable, value});
+}
+
+int check_config(const char* section, const char* key, const char* value) {
+    const Row* row = section && key && value ? find_row(section, key) : nullptr;
+    return row && is_acceptable(*row, variable_of(*row), value) ? 0 : -1;
+}
+
+} // namespace ov

@@ -1,0 +1,29 @@
+#include "answer/get_vals.h"
+
+#include "catalogue/catalogue.h"
+#include "conf/conf_tool.h"
+#include "util/text.h"
+
+#include <cstdio>
+
+namespace ov {
+
+std::optional<std::string> get_vals(const char* file, const char* section, const char* key,
+                                    int all) {
+    std::optional<Source> source = Source::open(file);
+    if (!source) {
+        std::fprintf(stderr, "cannot open: %s\n", file);
+        return std::nullopt;
+    }
+    std::string written;
+    if (conf_getprofile(*source, section, key, written, MaxText + 1) == 0 && all == 0) {
+        return written;
+    }
+    const Row* row = find_row(section, key);
+    if (!row || row->show == NoRule) {
+        return std::nullopt;
+    }
+    return kind_of(row->show).show({manner_of(row->show), variable_of(*row), written});
+}
+
+} // namespace ov

@@ -1,0 +1,34 @@
+// A file that is being loaded, and what its caller wants of it.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace ov {
+
+// The load mask: the groups of settings that a caller wants, and what is not to be looked at.
+inline constexpr unsigned RC_RECEIVE = 0x0001;    // receiving and screening
+inline constexpr unsigned RC_ARCHIVE = 0x0002;    // the archive: store, removal, backup
+inline constexpr unsigned RC_TRANSFER = 0x0004;   // the transfer to the cooperating host
+inline constexpr unsigned RC_MANAGE = 0x0010;     // the management of the queues, and notices
+inline constexpr unsigned RC_EXTRACT = 0x0020;    // extraction of archives, details of screening
+inline constexpr unsigned RC_BROWSE = 0x0040;     // browsing and searching
+inline constexpr unsigned RC_NOCHECK = 0x1000;    // programs and queue directories need not exist
+inline constexpr unsigned RC_NODIRCHECK = 0x2000; // directories need not exist; no [Files]
+inline constexpr unsigned RC_LOCALPASS = 0x10000; // this is the local supplement file
+inline constexpr unsigned RC_AUXONLY = 0x20000;   // the auxiliary sections only
+
+// A file that is being loaded.
+struct Load {
+    const char* file;
+    unsigned mask;
+    // Is told of warnings, and of what is wrong with a value, as they come up; null: nobody is.
+    void (*tell)(const std::string& lines) = nullptr;
+    std::vector<std::string> directories = {}; // that have been looked at and exist
+
+    // Whether the directory exists; each is looked at once.
+    bool knows_directory(const std::string& path);
+    void say(const std::string& lines) const;
+};
+
+} // namespace ov
