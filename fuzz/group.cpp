@@ -5,7 +5,7 @@
 // files, the line
 // "--" between them.
 #include "addr/addr_grp.h"
-#include "catalogue/settings.h"
+#include "catalogue/defaults.h"
 #include "support.h"
 
 #include <set>

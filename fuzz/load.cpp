@@ -3,12 +3,16 @@
 //
 // Input: on its line "m" and the load mask, or "s" and the mask for the rows of the search service,
 // or "r" and a role for the rights; and the file.
-#include "catalogue/kinds.h"
+#include "catalogue/defaults.h"
+#include "catalogue/settings.h"
+#include "kinds/kinds.h"
 #include "load/configuration.h"
 #include "load/rights.h"
 #include "load/setdir.h"
 #include "model.h"
 #include "support.h"
+#include "kinds/loading.h"
+#include "util/disk.h"
 
 #include <cstring>
 #include <filesystem>
@@ -84,8 +88,7 @@ void check_values(const std::vector<std::string>& initial, const File& file) {
         const bool is_read = (gate.readers & reader) && (!gate.any || (gate.any & file.mask)) &&
                              !(gate.unless & file.mask);
         // The keys of the submission programs, and this mode, depend on others.
-        if (is_step(row) || !is_read || gate.program || key.starts_with("Sendmail") ||
-            key == "ForwardMode") {
+        if (!is_read || gate.program || key.starts_with("Sendmail") || key == "ForwardMode") {
             continue;
         }
         const Variable setting = variable_of(row);
@@ -95,7 +98,7 @@ void check_values(const std::vector<std::string>& initial, const File& file) {
             const Value value{manner_of(row.load), setting, entry->value};
             require(kind.load({value, load, reader, section_of(row), 0}) == Verdict::Taken, key);
             require_equal(once, shown(setting), key);
-        } else if (!kind.absent) {
+        } else if (kind.absent == keep_default) {
             require_equal(once, initial[number_of(row)], key);
         }
     }
@@ -152,7 +155,7 @@ extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t s
         "a:b::c", "{25:z}",     "mx:25 _MSP_", "mx:60001", "1",       "no # \"x", "a@b{9:,c}",
     };
     std::string input(reinterpret_cast<const char*>(data), size);
-    const bool of_rights = input.starts_with('r') || is_step(row);
+    const bool of_rights = input.starts_with('r');
     const Columns& key =
         of_rights ? rights()[seed / 32 % rights().size()] : static_cast<const Columns&>(row);
     std::string entry = "[";

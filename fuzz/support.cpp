@@ -1,5 +1,7 @@
 #include "support.h"
 
+#include "catalogue/settings.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cstdlib>
@@ -129,13 +131,21 @@ std::vector<std::string> lines_of(std::string_view text) {
 }
 
 std::string shown(const Variable& setting) {
-    return std::visit([](const auto* value) { return text_of(*value); }, setting);
+    return std::visit(
+        [](const auto& pointer) -> std::string {
+            if constexpr (std::is_same_v<std::remove_cvref_t<decltype(pointer)>, Number>) {
+                return std::visit([](const auto* number) { return text_of(*number); }, pointer);
+            } else {
+                return text_of(*pointer);
+            }
+        },
+        setting);
 }
 
 std::vector<std::string> shown_settings() {
     std::vector<std::string> values;
     for (const Row& row : catalogue()) {
-        values.push_back(is_step(row) ? "" : shown(variable_of(row)));
+        values.push_back(shown(variable_of(row)));
     }
     for (const RightRow& row : rights()) {
         values.push_back(

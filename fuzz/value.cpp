@@ -5,10 +5,14 @@
 // and the value.
 #include "answer/check_config.h"
 #include "answer/get_vals.h"
-#include "catalogue/kinds.h"
+#include "catalogue/defaults.h"
+#include "catalogue/settings.h"
+#include "kinds/kinds.h"
+#include "kinds/loading.h"
 #include "support.h"
 #include "util/host.h"
 #include "util/paths.h"
+#include "value/convert.h"
 
 #include <algorithm>
 #include <charconv>
@@ -84,10 +88,12 @@ bool check_key(const Row& row, const std::string& text) {
     const std::string before = shown(setting);
     const bool taken = kind->load(loading) == Verdict::Taken;
     const std::string once = shown(setting);
-    const std::int64_t number = kinds::number_in(setting);
+    const auto* number_setting = std::get_if<Number>(&setting);
+    const std::int64_t number = number_setting ? kinds::number_in(*number_setting) : 0;
     if (taken) {
         require(kind->load(loading) == Verdict::Taken && shown(setting) == once, key);
-        require(!is_number || std::holds_alternative<unsigned*>(setting) || // which may wrap
+        require(!is_number ||
+                    std::holds_alternative<unsigned*>(*number_setting) || // which may wrap
                     (number >= manner.lowest && number <= manner.highest),
                 key);
     } else if (is_number) {
@@ -117,9 +123,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     check_numbers(text, low, high);
     check_domain(text, low);
     check_paths(other, text);
-    if (!is_step(row)) {
-        check_key(row, text);
-    }
+    check_key(row, text);
     if (&kind_of(row.load) == &kinds::Within) {
         const auto limit = [&](const Other& key) { return std::to_string(kinds::bound_in(key)); };
         require(check_key(row, limit(manner_of(row.load).first)), "the lowest value");

@@ -1,4 +1,4 @@
-#include "catalogue/settings.h"
+#include "catalogue/catalogue.h"
 #include "fake_host.h"
 #include "installation.h"
 #include "load/configuration.h"
@@ -49,6 +49,7 @@ TEST(Host, NameAndInternalDomain) {
         const char* domain;  // empty: there is none
         const char* message; // of a load, behind which the file is named
     };
+    WordList& domains = *std::get<WordList*>(variable_of(*find_row("Mail", "InternalDomains")));
     const std::string none = "cannot set default internal domain\n";
     const std::string bad = "invalid domain name\"exa/mple.com\"\n";
     // clang-format off
@@ -75,11 +76,11 @@ TEST(Host, NameAndInternalDomain) {
                         message + std::string(".*:0: .Mail. InternalDomains: \"\" invalid"));
             continue;
         }
-        InternalDomains.reset();
+        domains.reset();
         read_config(gateway.file.c_str(), 0xff | RC_NOCHECK);
-        EXPECT_FALSE(InternalDomains);
+        EXPECT_FALSE(domains);
         read_config(gateway.file.c_str(), 0xff);
-        EXPECT_EQ(InternalDomains, (WordList{{internal}}));
+        EXPECT_EQ(domains, (WordList{{internal}}));
     }
 }
 

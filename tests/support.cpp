@@ -1,6 +1,6 @@
 #include "support.h"
 
-#include "catalogue/settings.h"
+#include "catalogue/defaults.h"
 #include "fake_host.h"
 #include "util/log.h"
 

@@ -1,4 +1,4 @@
-#include "catalogue/settings.h"
+#include "kinds/tables.h"
 #include "support.h"
 #include "util/disk.h"
 #include "util/log.h"

@@ -5,11 +5,10 @@
 namespace ov {
 
 int is_acceptable(const Columns& row, const Variable& variable, const std::string& value) {
-    if (row.check == NoRule || (value.empty() && row.empty == Empty::Refused)) {
-        return 0;
+    if (value.empty() && row.empty != Empty::AsTheKind) {
+        return row.empty == Empty::Accepted;
     }
-    return (value.empty() && row.empty == Empty::Accepted) ||
-           kind_of(row.check).check({manner_of(row.check), variable, value});
+    return check_of(row.check).accepts({manner_of(row.check), variable, value});
 }
 
 int check_config(const char* section, const char* key, const char* value) {

@@ -20,10 +20,10 @@ std::optional<std::string> get_vals(const char* file, const char* section, const
         return written;
     }
     const Row* row = find_row(section, key);
-    if (!row || row->show == NoRule) {
+    if (!row) {
         return std::nullopt;
     }
-    return kind_of(row->show).show({manner_of(row->show), variable_of(*row), written});
+    return form_of(row->show).text_of({manner_of(row->show), variable_of(*row), written});
 }
 
 } // namespace ov

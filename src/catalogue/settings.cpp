@@ -1,6 +1,7 @@
 #include "catalogue/settings.h"
 
 #include "addr/addr_grp.h"
+#include "catalogue/defaults.h"
 #include "util/util_settings.h"
 
 #include <memory>
@@ -14,13 +15,8 @@ constexpr const char* DefaultConfigFile = "/etc/Tessary.conf";
 
 } // namespace
 
-// The rows as initialisers, with the "defaults" column of the rights: of each role, the same for
-// all, none.
+// The rows as initialisers.
 // clang-format off
-#define Each(...) {{__VA_ARGS__}}
-#define All(value) {{value, value, value, value, value, value}}
-#define Unset {}
-
 constinit LastingSettings lasting_settings{{
     .ConfigFile = DefaultConfigFile,
 #define SETTING(section, key, variable, type, initial, ...) .variable = initial,
@@ -42,53 +38,26 @@ void reset_settings() {
     };
 }
 
-#undef Unset
-#undef All
-#undef Each
 // clang-format on
 
-const VTAB Tab_LogLevel[] = {{"none", NoLevel}, {"weak", 1}, {"strong", 0}, {nullptr, -1}};
-const VTAB Tab_ArcMode[] = {{"none", 0}, {"all", 1},  {"out", 2},
-                            {"in", 3},   {"rule", 4}, {nullptr, -1}};
-const VTAB Tab_FwdMode[] = {{"none", 0}, {"all", 1}, {"out", 2}, {"in", 3}, {nullptr, -1}};
-const VTAB Tab_CoopMode[] = {{"none", 0}, {"all", 1}, {"out", 2}, {"in", 3}, {nullptr, -1}};
-const VTAB Tab_AppendMode[] = {{"none", 0}, {"all", 1},  {"out", 2},
-                               {"in", 3},   {"rule", 4}, {nullptr, -1}};
-const VTAB Tab_NotifyOption[] = {{"cont", 0}, {"nega", 1}, {"no", 2}, {"yes", 3}, {nullptr, -1}};
-const VTAB Tab_AddrSelect[] = {
-    {"header", 1}, {"envelope", 2}, {"both", 3}, {"none", 0}, {nullptr, -1}};
-const VTAB Tab_MSPSelect[] = {{"sendmail", 1}, {"postfix", 2}, {"qmail", 3}, {nullptr, -1}};
+Text& ConfigFile = lasting_settings.value.ConfigFile;
 
-const VTAB* const VTable[Tables] = {Tab_LogLevel,   Tab_ArcMode,    Tab_FwdMode,
-                                    Tab_CoopMode,   Tab_AppendMode, Tab_NotifyOption,
-                                    Tab_AddrSelect, Tab_MSPSelect};
+constinit const Installation installation{
+    .root = lasting_settings.value.RootDirectory,
+    .etc = lasting_settings.value.EtcDirectory,
+    .templates = lasting_settings.value.TemplateDirectory,
+    .keyword_sets = lasting_settings.value.KEYWD_Dir,
+    .mime_type_sets = lasting_settings.value.MTYPE_Dir,
+    .most_addresses = lasting_settings.value.MaxAddressList,
+};
 
-int val_vtab(int table, std::string_view word) {
-    if (table < 0 || table >= Tables) {
-        return -1;
-    }
-    for (const VTAB* row = VTable[table]; row->str; ++row) {
-        if (same_word(row->str, word)) {
-            return row->val;
-        }
-    }
-    return -1;
+template <class Type>
+Type& setting_of(SettingOf<Type> name) {
+    return settings.*name;
 }
-
-const char* str_vtab(int table, int val) {
-    if (table < 0 || table >= Tables) {
-        return nullptr;
-    }
-    for (const VTAB* row = VTable[table]; row->val >= 0; ++row) {
-        if (row->val == val) {
-            return row->str;
-        }
-    }
-    return nullptr;
-}
-
-const char* str_addrselect(int val) {
-    return str_vtab(AddrSelectTable, val);
-}
+template int& setting_of(SettingOf<int>);
+template long& setting_of(SettingOf<long>);
+template Text& setting_of(SettingOf<Text>);
+template ServerList& setting_of(SettingOf<ServerList>);
 
 } // namespace ov

@@ -2,6 +2,7 @@
 
 #include "addr/addr_grp.h"
 #include "catalogue/catalogue.h"
+#include "catalogue/settings.h"
 #include "load/rights.h"
 #include "util/log.h"
 #include "util/paths.h"
@@ -33,7 +34,7 @@ void equip_services() {
 }
 
 Refusal cannot_open(const char* file) {
-    return {.verdict = Verdict::CannotOpen,
+    return {.verdict = Verdict::Invalid,
             .reader = MainReader,
             .file = file,
             .line = 0,
@@ -178,17 +179,19 @@ void read_config_user(const char* path, const char* section, int rank) {
 }
 
 int conf_free() {
-    InternalDomains.reset();
-    for (IpList* list : {&SMTP_DenyIP, &SMTP_AllowIP, &CM_DenyIP, &CM_AllowIP, &CM_ExcludeIP,
-                         &CM_LocalIP, &CM_ClientIP}) {
-        list->reset();
+    const auto release = [](auto setting) {
+        if constexpr (std::is_same_v<decltype(setting), WordList*> ||
+                      std::is_same_v<decltype(setting), IpList*>) {
+            setting->reset();
+        }
+    };
+    for (const Row& row : catalogue()) {
+        std::visit(release, variable_of(row));
     }
-    for (WordList* list : {&CM_DenyFromAddress, &CM_ClientFROM, &CR_DenyRcptAddress,
-                           &CR_AllowFromAddress, &CR_AllowRcptAddress, &CR_AllowRcptDomain}) {
-        list->reset();
-    }
-    for (PerRole<WordList>* lists : {&CF_Group, &CF_ExcludeGroup, &CF_SelectGroup}) {
-        lists->fill(std::nullopt);
+    for (const RightRow& row : rights()) {
+        for (int rank = 0; rank < Roles; ++rank) {
+            std::visit(release, variable_of(row, rank));
+        }
     }
     return 0;
 }

@@ -72,8 +72,8 @@ void print_cannot_open(const char* file);
 // ends the process with status 1.
 Configuration open_config(const char* file, const WantedKey& wanted = {});
 
-// Releases the lists of domains, of conditions on hosts and envelopes, and of groups. For the end
-// of the process, in which the other settings live on. Returns 0.
+// Releases all lists of words and of conditions on IP addresses, those of the rights, too. For the
+// end of the process, in which the other settings live on. Returns 0.
 int conf_free();
 
 } // namespace ov

@@ -1,6 +1,7 @@
 #include "load/load.h"
 
 #include "catalogue/catalogue.h"
+#include "load/steps.h"
 
 #include <cstdio>
 #include <new>
@@ -15,7 +16,7 @@ bool is_open(const Gate& gate, unsigned mask, Reader reader) {
         return false;
     }
     return (gate.any == 0 || (mask & gate.any) != 0) && (mask & gate.unless) == 0 &&
-           (gate.program == 0 || gate.program == MailSubmissionProgram);
+           (gate.program == 0 || is_chosen(gate.program));
 }
 
 const char* or_null(const char* text) {
@@ -43,12 +44,6 @@ void print_invalid(const Refusal& refusal) {
     }
 }
 
-// Loads a value that has been found, or does what is done without one.
-Verdict load_value(const Kind& kind, const Loading& loading, bool found) {
-    const auto function = found ? kind.load : kind.absent;
-    return function ? function(loading) : Verdict::Taken;
-}
-
 } // namespace
 
 void print_warning(const std::string& lines) {
@@ -56,7 +51,7 @@ void print_warning(const std::string& lines) {
 }
 
 void print_refusal(const Refusal& refusal) {
-    if (refusal.verdict == Verdict::CannotOpen) {
+    if (refusal.error != 0) {
         std::fprintf(stderr, "cannot open configfile \"%s\" (%d)\n", refusal.file, refusal.error);
         return;
     }
@@ -74,38 +69,107 @@ void print_refusal(const Refusal& refusal) {
     }
 }
 
-std::optional<Refusal> load_rows(Load& load, const Snapshot& snapshot, Reader reader) {
-    std::string value;
-    for (const Row& row : catalogue()) {
-        if (!is_open(row.gate, load.mask, reader)) {
+namespace {
+
+// A reader at work: the key that it reads, with the value and its line; 0 when the file lacks the
+// key.
+struct Reading {
+    Load& load;
+    const Snapshot& snapshot;
+    Reader reader;
+    const char* section = nullptr;
+    const char* key = nullptr;
+    std::string text = {};
+    int line = 0;
+
+    // Whether the file lacks the key with that number, and nothing is done then, as for most keys.
+    bool leaves_default(const Columns& row, std::size_t number) {
+        const bool left = !snapshot.has(number) && kind_of(row.load).absent == keep_default;
+        line = left ? 0 : line;
+        return left;
+    }
+    // Loads the value of the key with that number into the setting of a row, or does what is done
+    // without one.
+    Verdict load_value(const Columns& row, const Variable& setting, std::size_t number);
+    // The same for the rows from the number `from` up to that of `end`.
+    Verdict load_rows(std::size_t from, std::size_t end);
+    Verdict take(const Step& step);
+    // What is to be said of the key.
+    std::optional<Refusal> outcome(Verdict verdict);
+};
+
+std::optional<Refusal> Reading::outcome(Verdict verdict) {
+    if (verdict == Verdict::Taken) {
+        return std::nullopt;
+    }
+    return Refusal{verdict, reader, load.file, line, section, key, std::move(text)};
+}
+
+Verdict Reading::load_value(const Columns& row, const Variable& setting, std::size_t number) {
+    const Kind& kind = kind_of(row.load);
+    const Manner& manner = manner_of(row.load);
+    const bool has = snapshot.has(number);
+    // Known even when there is no memory for the value.
+    const auto found_line = [has] { return has ? scan_linenumber : 0; };
+    text.clear();
+    Verdict verdict = Verdict::MemoryExhausted;
+    try {
+        const bool found = has && snapshot.lookup(number, section, key, text, manner.mode) == 0;
+        const Loading loading{{manner, setting, text}, load, reader, section, found_line()};
+        verdict = found ? kind.load(loading) : kind.absent(loading);
+    } catch (const std::bad_alloc&) {
+    }
+    line = found_line();
+    return verdict;
+}
+
+Verdict Reading::load_rows(std::size_t from, std::size_t end) {
+    const std::span<const Row> rows = catalogue();
+    for (std::size_t number = from; number < end; ++number) {
+        const Row& row = rows[number];
+        if (!is_open(row.gate, load.mask, reader) || leaves_default(row, number)) {
             continue;
         }
-        const Kind& kind = kind_of(row.load);
-        const bool step = is_step(row);
-        if (!step && !kind.absent && !snapshot.has(number_of(row))) {
-            scan_linenumber = 0; // as after a lookup
-            continue;
-        }
-        const Manner& manner = manner_of(row.load);
-        const char* section = section_of(row);
-        value.clear();
-        Verdict verdict = Verdict::Taken;
-        try {
-            const bool found = step || snapshot.lookup(number_of(row), section, key_of(row), value,
-                                                       manner.mode) == 0;
-            verdict = load_value(
-                kind, {{manner, variable_of(row), value}, load, reader, section, scan_linenumber},
-                found);
-        } catch (const std::bad_alloc&) {
-            verdict = Verdict::MemoryExhausted;
-        }
+        section = section_of(row);
+        key = key_of(row);
+        const Verdict verdict = load_value(row, variable_of(row), number);
         if (verdict != Verdict::Taken) {
-            return Refusal{verdict,         reader,  load.file,
-                           scan_linenumber, section, step ? nullptr : key_of(row),
-                           std::move(value)};
+            return verdict;
         }
     }
-    return std::nullopt;
+    return Verdict::Taken;
+}
+
+Verdict Reading::take(const Step& step) {
+    if (!is_open(step.gate, load.mask, reader)) {
+        return Verdict::Taken;
+    }
+    try {
+        step.take(load);
+        return Verdict::Taken;
+    } catch (const std::bad_alloc&) {
+        section = key = nullptr;
+        text.clear();
+        return Verdict::MemoryExhausted;
+    }
+}
+
+} // namespace
+
+std::optional<Refusal> load_rows(Load& load, const Snapshot& snapshot, Reader reader) {
+    Reading reading{load, snapshot, reader};
+    std::size_t from = 0;
+    for (const Step& step : steps()) {
+        Verdict verdict = reading.load_rows(from, step.before);
+        if (verdict == Verdict::Taken) {
+            verdict = reading.take(step);
+        }
+        if (verdict != Verdict::Taken) {
+            return reading.outcome(verdict);
+        }
+        from = step.before;
+    }
+    return reading.outcome(reading.load_rows(from, catalogue().size()));
 }
 
 namespace {
@@ -113,12 +177,11 @@ namespace {
 // Whether the right is read at all: a user with the right to freeze or confirm follows the system's
 // options instead of options of his own.
 bool is_read(Right right, int rank) {
-    const auto role = static_cast<std::size_t>(rank);
     switch (right) {
     case Right::Freeze_Option:
-        return !CF_HoldFreeze[role];
+        return !setting_of<int>(Right::HoldFreeze, rank);
     case Right::Confirm_Option:
-        return !CF_HoldConfirm[role];
+        return !setting_of<int>(Right::HoldConfirm, rank);
     default:
         return true;
     }
@@ -128,36 +191,24 @@ bool is_read(Right right, int rank) {
 
 std::optional<Refusal> load_rights(Load& load, const Snapshot& snapshot, const char* section,
                                    int rank) {
-    std::string value;
+    Reading reading{load, snapshot, RightsReader, section};
     for (const RightRow& row : rights()) {
         const auto right = static_cast<Right>(&row - rights().data());
         if (!is_read(right, rank)) {
             continue;
         }
-        const Manner& manner = manner_of(row.load);
-        const char* key = key_of(row);
-        bool found =
-            snapshot.lookup(number_of(right, section), section, key, value, manner.mode) == 0;
-        if (!found && right == Right::ExcludeGroup) {
-            key = OldExcludeGroup;
-            found = snapshot.lookup(number_of_old_exclude_group(section), section, key, value,
-                                    manner.mode) == 0;
+        std::size_t number = number_of(right, section);
+        reading.key = key_of(row);
+        if (right == Right::ExcludeGroup && !snapshot.has(number)) {
+            number = number_of_old_exclude_group(section);
+            reading.key = OldExcludeGroup;
         }
-        Verdict verdict = Verdict::Taken;
-        try {
-            verdict = load_value(kind_of(row.load),
-                                 {{manner, variable_of(row, rank), value},
-                                  load,
-                                  RightsReader,
-                                  section,
-                                  scan_linenumber},
-                                 found);
-        } catch (const std::bad_alloc&) {
-            verdict = Verdict::MemoryExhausted;
+        if (reading.leaves_default(row, number)) {
+            continue;
         }
+        const Verdict verdict = reading.load_value(row, variable_of(row, rank), number);
         if (verdict != Verdict::Taken) {
-            return Refusal{verdict, RightsReader, load.file,       scan_linenumber,
-                           section, key,          std::move(value)};
+            return reading.outcome(verdict);
         }
     }
     return std::nullopt;

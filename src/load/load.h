@@ -1,9 +1,9 @@
 // What loading a configuration file takes, and what it comes to.
 #pragma once
 
-#include "catalogue/loading.h"
-#include "catalogue/rule.h"
 #include "conf/snapshot.h"
+#include "kinds/loading.h"
+#include "kinds/rule.h"
 
 #include <optional>
 #include <string>
@@ -17,9 +17,9 @@ struct Refusal {
     const char* file;
     int line; // 0 for a value that does not stand in the file
     const char* section;
-    const char* key; // null for a step
+    const char* key; // of a step both are null
     std::string value;
-    int error = 0; // of a file that cannot be opened
+    int error = 0; // of the file, when it is that that cannot be opened; then only its name counts
 };
 
 // Say on standard error what is wrong, and what loading has to say on the way.

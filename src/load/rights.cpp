@@ -1,10 +1,20 @@
 #include "load/rights.h"
 
+#include "catalogue/settings.h"
 #include "util/log.h"
 
 #include <algorithm>
 
 namespace ov {
+
+constexpr std::array<Role, Roles> AllRoles{{
+    {"ov_admconf", false, &Settings::Admin_Dir, AdminSection},
+    {"ov_mgrconf", false, &Settings::Manager_Dir, ManagerSection},
+    {"ov_sysadmconf", false, &Settings::Sysadm_Dir, AdminSection},
+    {"srch_admconf", true, &Settings::SRCH_Admin_Dir, AdminSection},
+    {"srch_mgrconf", true, &Settings::SRCH_Manager_Dir, ManagerSection},
+    {"srch_sysadmconf", true, &Settings::SRCH_Sysadm_Dir, AdminSection},
+}};
 
 std::span<const CombinedQuery> combined_queries() {
     using enum Right;
@@ -33,49 +43,18 @@ std::span<const CombinedQuery> combined_queries() {
     return queries;
 }
 
-namespace {
-
-constexpr ListedRight listed[] = {
-#define LISTED(right, form) {Right::right, ListedAs::form},
+std::span<const Right> listed_rights() {
+    static constexpr Right listed[] = {
+#define LISTED(right) Right::right,
 #include "catalogue/rights.def"
-};
-constexpr Right listed_or_left_out[] = {
-#define LISTED(right, form) Right::right,
-#define UNLISTED(right) Right::right,
-#include "catalogue/rights.def"
-};
-#define RIGHT(key, ...)                                                                            \
-    static_assert(                                                                                 \
-        std::count(std::begin(listed_or_left_out), std::end(listed_or_left_out), Right::key) == 1, \
-        #key ": must stand once in the listing, or be left out there");
-#include "catalogue/rights.def"
-// Whether a right of the type can be listed so.
-template <class Type>
-constexpr bool can_list(ListedAs form) {
-    switch (form) {
-    case ListedAs::Number:
-    case ListedAs::Word:
-        return std::is_same_v<Type, PerRole<int>>;
-    case ListedAs::Mask:
-    case ListedAs::Level:
-        return std::is_same_v<Type, PerRole<unsigned>>;
-    case ListedAs::PlainText:
-    case ListedAs::Date:
-        return std::is_same_v<Type, PerRole<Text>>;
-    case ListedAs::Names:
-        return std::is_same_v<Type, PerRole<WordList>>;
-    }
-    return false;
-}
-#define LISTED(right, form)                                                                        \
-    static_assert(can_list<decltype(Settings::CF_##right)>(ListedAs::form),                        \
-                  #right ": how it is listed does not fit the setting's type");
-#include "catalogue/rights.def"
-
-} // namespace
-
-std::span<const ListedRight> listed_rights() {
+    };
     return listed;
+}
+
+bool can_freeze(int rank) {
+    const auto role = static_cast<std::size_t>(rank);
+    const unsigned option = CF_HoldFreeze[role] ? QueueFreeze_Option : CF_Freeze_Option[role];
+    return (option & 0xffU) != 0;
 }
 
 int access_cffile(int rank, const char* user, std::string& path, std::string* section) {

@@ -22,14 +22,7 @@ struct Role {
     const char* section;
 };
 // By rank.
-inline constexpr std::array<Role, Roles> AllRoles{{
-    {"ov_admconf", false, &Settings::Admin_Dir, AdminSection},
-    {"ov_mgrconf", false, &Settings::Manager_Dir, ManagerSection},
-    {"ov_sysadmconf", false, &Settings::Sysadm_Dir, AdminSection},
-    {"srch_admconf", true, &Settings::SRCH_Admin_Dir, AdminSection},
-    {"srch_mgrconf", true, &Settings::SRCH_Manager_Dir, ManagerSection},
-    {"srch_sysadmconf", true, &Settings::SRCH_Sysadm_Dir, AdminSection},
-}};
+extern const std::array<Role, Roles> AllRoles;
 
 // A query for several rights at once: they are answered one after the other.
 struct CombinedQuery {
@@ -39,22 +32,12 @@ struct CombinedQuery {
 };
 std::span<const CombinedQuery> combined_queries();
 
-// How a right is listed, behind its key.
-enum class ListedAs : std::uint8_t {
-    Number,    // in decimal digits
-    Word,      // of its table
-    Mask,      // as eight hexadecimal digits
-    Level,     // its two lowest bits, and whether the user may choose the set
-    PlainText, // as it is
-    Date,      // like 2008/02/31
-    Names,     // with ":" between them
-};
-struct ListedRight {
-    Right right;
-    ListedAs form;
-};
 // The rights that the listing of a user has, in its order.
-std::span<const ListedRight> listed_rights();
+std::span<const Right> listed_rights();
+
+// Whether freezing messages is switched on for the user of the role `rank`: by the system for those
+// who may freeze, for others by an option of their own.
+bool can_freeze(int rank);
 
 // The rights file of a user of the role `rank`, and, when `section` is given, the section that all
 // of it stands in. Returns 0, or -1 for no user, and, after a line in the log, for no such role.

@@ -1,6 +1,5 @@
 #include "load/steps.h"
 
-#include "catalogue/loading.h"
 #include "catalogue/settings.h"
 #include "util/handle.h"
 #include "util/log.h"
@@ -10,7 +9,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-namespace ov::steps {
+namespace ov {
 
 namespace {
 
@@ -73,9 +72,9 @@ void try_queues(int& flag, const char* name, const Text& from, const Text& to,
     }
 }
 
-} // namespace
-
-Verdict chosen_program(const Loading&) {
+// The keys of the chosen submission program become those of sendmail, which the rest of the gateway
+// reads.
+void choose_program(const Load&) {
     if (MailSubmissionProgram == 2) {
         copy(SendmailProgram, PostfixProgram);
         copy(SendmailQueueDirectory, PostfixQueueDirectory);
@@ -87,24 +86,43 @@ Verdict chosen_program(const Loading&) {
         copy(SendmailQueueListProgram, QmailQueueListProgram);
         copy(SendmailNullFrom, QmailNullFrom);
     }
-    return Verdict::Taken;
 }
 
-Verdict forward_mode(const Loading& value) {
+// Forwarding needs an address to forward to: without one its mode becomes "none", with a warning.
+void settle_forward_mode(const Load& load) {
     if (!ForwardMailAddress && ForwardMode != 0) {
-        value.load.say("WARNING No address specified, ForwardMode = none\n");
+        load.say("WARNING No address specified, ForwardMode = none\n");
         ForwardMode = 0;
     }
-    return Verdict::Taken;
 }
 
-Verdict archive_hard_link(const Loading&) {
+// Tries whether messages can be linked from queue to queue, and moved into quarantine. Where they
+// cannot, the setting is switched off.
+void try_archive_hard_link(const Load&) {
     try_queues(ArchiveHardLink, "ArchiveHardLink", MessageQueue, ArchiveQueue, link_over);
-    return Verdict::Taken;
 }
-Verdict quarantine_hard_link(const Loading&) {
+void try_quarantine_hard_link(const Load&) {
     try_queues(QuarantineHardLink, "QuarantineHardLink", MessageQueue, QuarantineQueue, ::rename);
-    return Verdict::Taken;
 }
 
-} // namespace ov::steps
+// The rows by their variables.
+enum RowOf : std::uint16_t {
+#define SETTING(section, key, variable, ...) Of_##variable,
+#include "catalogue/keys.def"
+};
+
+constexpr Gate Receive{.any = RC_RECEIVE};
+constexpr Step all_steps[] = {
+    {Of_TransmissionMode, {}, choose_program},
+    {Of_QuarantineHardLink, Receive, try_archive_hard_link},
+    {Of_SRCH_Admin_Dir, Receive, try_quarantine_hard_link},
+    {Of_AppendMode, Receive, settle_forward_mode},
+};
+
+} // namespace
+
+std::span<const Step> steps() {
+    return all_steps;
+}
+
+} // namespace ov

@@ -1,20 +1,21 @@
-// What takes more than one key: the steps that stand among the rows of the catalogue.
+// What takes more than one key: the steps between the rows of the catalogue.
 #pragma once
 
-#include "catalogue/rule.h"
+#include "catalogue/catalogue.h"
+#include "kinds/loading.h"
 
-namespace ov::steps {
+#include <span>
 
-// The keys of the chosen submission program become those of sendmail, which the rest of the
-// gateway reads.
-Verdict chosen_program(const Loading& value);
+namespace ov {
 
-// Forwarding needs an address to forward to: without one its mode becomes "none", with a warning.
-Verdict forward_mode(const Loading& value);
+// A step of the main reader, taken before the row with the number `before`, behind its gate.
+struct Step {
+    std::size_t before;
+    Gate gate;
+    void (*take)(const Load& load);
+};
 
-// Tries whether messages can be linked from queue to queue, and moved into quarantine. Where they
-// cannot, the setting is switched off.
-Verdict archive_hard_link(const Loading& value);
-Verdict quarantine_hard_link(const Loading& value);
+// All steps, in the order of their rows.
+std::span<const Step> steps();
 
-} // namespace ov::steps
+} // namespace ov

@@ -1,6 +1,6 @@
 #include "manual/key_reference.h"
 
-#include "catalogue/kinds.h"
+#include "kinds/words.h"
 
 #include <algorithm>
 #include <type_traits>
@@ -32,23 +32,14 @@ const char* purpose_of(std::string_view section, const char* key = nullptr) {
     return key && beside.section ? nullptr : beside.purpose;
 }
 
-// A default in the terms of a configuration file.
+// A default in the terms of a configuration file. Lists are not set.
 std::optional<std::string> initial_text(const Row& row) {
-    const Kind& kind = kind_of(row.load);
     const Variable variable = variable_of(row);
-    return std::visit(
-        [&](const auto* setting) -> std::optional<std::string> {
-            using Type = std::remove_cvref_t<decltype(*setting)>;
-            if constexpr (std::is_integral_v<Type>) {
-                return kind.written ? kind.written({manner_of(row.load), variable, ""})
-                                    : std::to_string(*setting);
-            } else if constexpr (std::is_same_v<Type, Text>) {
-                return *setting ? std::optional(std::string(setting->view())) : std::nullopt;
-            } else {
-                return std::nullopt; // lists are not set
-            }
-        },
-        variable);
+    if (std::holds_alternative<Number>(variable)) {
+        return kinds::words_of(kind_of(row.load))->written({manner_of(row.load), variable, ""});
+    }
+    const auto* text = std::get_if<Text*>(&variable);
+    return text && **text ? std::optional(std::string((*text)->view())) : std::nullopt;
 }
 
 std::string only_text(const Gate& gate) {
@@ -66,9 +57,6 @@ std::optional<std::string> unless_empty(const std::string& text) {
 std::vector<SectionReference> key_reference() {
     std::vector<SectionReference> sections;
     for (const Row& row : catalogue()) {
-        if (is_step(row)) {
-            continue;
-        }
         auto section = std::find_if(sections.begin(), sections.end(), [&](const auto& s) {
             return std::string_view(s.section) == section_of(row);
         });
@@ -87,8 +75,8 @@ std::vector<SectionReference> key_reference() {
             .needs_full_path = is_file && &kind_of(row.load) == &kinds::FullFile,
             .checked = unless_empty(checked_text(row)),
             .shown = unless_empty(shown_text(row)),
-            .offered = offered_text(row, row.load),
-            .offered_to_check = offered_text(row, row.check),
+            .offered = offered_text(row),
+            .offered_to_check = offered_check_text(row),
             .only = only_text(row.gate),
         });
     }

@@ -1,6 +1,7 @@
 #include "manual/vocabulary.h"
 
-#include "load/load.h"
+#include "kinds/loading.h"
+#include "kinds/words.h"
 
 #include <algorithm>
 #include <limits>
@@ -63,29 +64,25 @@ std::int64_t largest_of(std::size_t digits) {
 
 // The bounds of a number: those of its row and those of its setting, of which the one without a
 // sign may be larger than any rule.
-std::string bounds(const Manner& manner, const Variable& variable, bool whole_range) {
+std::string bounds(const Manner& manner, const Number& variable, bool whole_range) {
     return std::visit(
         [&](const auto* setting) -> std::string {
             using Type = std::remove_cvref_t<decltype(*setting)>;
             using Limits = std::numeric_limits<Type>;
-            if constexpr (std::is_integral_v<Type>) {
-                if (whole_range && std::is_unsigned_v<Type>) {
-                    return "0 to " + std::to_string(Limits::max());
-                }
-                const std::int64_t largest = std::cmp_less(NoBound, Limits::max())
-                                                 ? NoBound
-                                                 : static_cast<std::int64_t>(Limits::max());
-                const std::int64_t least =
-                    std::max(manner.lowest, static_cast<std::int64_t>(Limits::min()));
-                const std::int64_t most =
-                    std::min({manner.highest, largest_of(manner.longest), largest});
-                return std::to_string(least) + " to " + std::to_string(most) +
-                       (manner.longest == NoLength
-                            ? ""
-                            : ", at most " + std::to_string(manner.longest) + " of them");
-            } else {
-                throw std::logic_error("bounds of what is no number");
+            if (whole_range && std::is_unsigned_v<Type>) {
+                return "0 to " + std::to_string(Limits::max());
             }
+            const std::int64_t largest = std::cmp_less(NoBound, Limits::max())
+                                             ? NoBound
+                                             : static_cast<std::int64_t>(Limits::max());
+            const std::int64_t least =
+                std::max(manner.lowest, static_cast<std::int64_t>(Limits::min()));
+            const std::int64_t most =
+                std::min({manner.highest, largest_of(manner.longest), largest});
+            return std::to_string(least) + " to " + std::to_string(most) +
+                   (manner.longest == NoLength
+                        ? ""
+                        : ", at most " + std::to_string(manner.longest) + " of them");
         },
         variable);
 }
@@ -93,7 +90,7 @@ std::string bounds(const Manner& manner, const Variable& variable, bool whole_ra
 // What stands for a name in braces.
 std::string filled_in(std::string_view name, const Manner& manner, const Variable& variable) {
     if (name == "bounds" || name == "range") {
-        return bounds(manner, variable, name == "range");
+        return bounds(manner, std::get<Number>(variable), name == "range");
     }
     if (name == "words") {
         return words_of(manner.table, ", ", " or ");
@@ -102,13 +99,13 @@ std::string filled_in(std::string_view name, const Manner& manner, const Variabl
         return words_of(manner.table, " ", " ");
     }
     if (name == "separators") {
-        return separators(manner.characters.data());
+        return separators(manner.separators.data());
     }
     if (name == "longest") {
         return std::to_string(manner.longest);
     }
     if (name == "unit") {
-        return manner.characters.data();
+        return {manner.unit};
     }
     if (name == "first" || name == "second") {
         return key_of(name == "first" ? manner.first : manner.second);
@@ -128,24 +125,38 @@ std::string text_of(std::string_view words, const Manner& manner, const Variable
     return text.append(words);
 }
 
-ValueText accepted_text(const Kind& kind, const Manner& manner, const Variable& variable) {
-    const std::string text = text_of(kind.words.load, manner, variable);
+ValueText accepted_text(const Columns& row, const Variable& variable) {
+    const std::string text =
+        text_of(kinds::words_of(kind_of(row.load))->load, manner_of(row.load), variable);
     const std::size_t bar = text.find('|');
     return {text.substr(0, bar), bar == text.npos ? "" : text.substr(bar + 1)};
 }
 
-// Whether the empty value loads. It is loaded into a setting that nobody reads.
-bool loads_empty(const Row& row) {
+// A variable of the same type that nobody reads; it lives until the next one is made.
+Variable unread(const Variable& variable) {
+    static std::variant<long, Text, WordList, IpList, AddressList, ServerList> place;
     return std::visit(
-        [&row](auto* setting) {
-            std::remove_pointer_t<decltype(setting)> unread{};
-            const std::string empty;
-            Load load{.file = "", .mask = RC_NOCHECK};
-            const Loading loading{
-                {manner_of(row.load), &unread, empty}, load, MainReader, section_of(row), 0};
-            return kind_of(row.load).load(loading) == Verdict::Taken;
+        [](const auto& pointer) -> Variable {
+            using Type = std::remove_cvref_t<decltype(pointer)>;
+            if constexpr (std::is_same_v<Type, Number>) {
+                return Number(&place.emplace<long>());
+            } else {
+                return &place.emplace<std::remove_pointer_t<Type>>();
+            }
         },
-        variable_of(row));
+        variable);
+}
+
+// Whether the empty value loads.
+bool loads_empty(const Row& row) {
+    const std::string empty;
+    Load load{.file = "", .mask = RC_NOCHECK};
+    const Loading loading{{manner_of(row.load), unread(variable_of(row)), empty},
+                          load,
+                          MainReader,
+                          section_of(row),
+                          0};
+    return kind_of(row.load).load(loading) == Verdict::Taken;
 }
 
 const char* emptiness(const Row& row) {
@@ -160,52 +171,55 @@ const char* emptiness(const Row& row) {
 }
 
 std::string checked_text(const Columns& row, const Variable& variable) {
-    const Kind& kind = kind_of(row.check);
-    const Manner& manner = manner_of(row.check);
-    return kind.words.check == std::string_view(TheSame)
-               ? sentence(accepted_text(kind, manner, variable))
-               : text_of(kind.words.check, manner, variable);
+    return text_of(kinds::words_of(check_of(row.check))->text, manner_of(row.check), variable);
+}
+
+std::string offered(const char* words, const Manner& manner, const Row& row) {
+    return words ? text_of(words, manner, variable_of(row)) : "";
 }
 
 } // namespace
 
 ValueText accepted_text(const Row& row) {
-    return accepted_text(kind_of(row.load), manner_of(row.load), variable_of(row));
+    return accepted_text(row, variable_of(row));
 }
 
 std::string checked_text(const Row& row) {
-    return row.check == NoRule ? "" : checked_text(row, variable_of(row)) + emptiness(row);
+    return row.check == NotChecked ? "" : checked_text(row, variable_of(row)) + emptiness(row);
 }
 
 ValueText accepted_text(const RightRow& right) {
-    return accepted_text(kind_of(right.load), manner_of(right.load), variable_of(right, 0));
+    return accepted_text(right, variable_of(right, 0));
 }
 
 std::string changed_text(const RightRow& right) {
-    return right.check == NoRule ? "no" : checked_text(right, variable_of(right, 0));
+    return right.check == NotChecked ? "no" : checked_text(right, variable_of(right, 0));
 }
 
 std::string shown_text(const Row& row) {
-    if (row.show == NoRule) {
+    if (row.show == NotShown) {
         return "";
     }
-    return text_of(kind_of(row.show).words.show, manner_of(row.show), variable_of(row));
+    return text_of(kinds::words_of(form_of(row.show))->text, manner_of(row.show), variable_of(row));
 }
 
-std::string offered_text(const Row& row, RuleNumber rule) {
-    const char* offered = rule == NoRule ? nullptr : kind_of(rule).words.offered;
-    return offered ? text_of(offered, manner_of(rule), variable_of(row)) : "";
+std::string offered_text(const Row& row) {
+    return offered(kinds::words_of(kind_of(row.load))->offered, manner_of(row.load), row);
+}
+
+std::string offered_check_text(const Row& row) {
+    const bool is_checked = row.check != NotChecked;
+    const char* words = is_checked ? kinds::words_of(check_of(row.check))->offered : nullptr;
+    return offered(words, manner_of(row.check), row);
 }
 
 namespace {
 
 // Adds what a kind means, as the row has it, under its name.
 void add_meaning(Meanings& all, const Columns& row, const Variable& variable) {
-    const Kind& kind = kind_of(row.load);
-    const Manner& manner = manner_of(row.load);
-    const std::string name = accepted_text(kind, manner, variable).kind;
-    const std::string said =
-        kind.words.meaning ? text_of(kind.words.meaning, manner, variable) : std::string();
+    const std::string name = accepted_text(row, variable).kind;
+    const char* words = kinds::words_of(kind_of(row.load))->meaning;
+    const std::string said = words ? text_of(words, manner_of(row.load), variable) : "";
     std::string& meaning = all[name];
     if (!said.empty() && !meaning.empty() && meaning != said) {
         throw std::logic_error("a kind has two meanings: " + name);
@@ -227,9 +241,7 @@ Meanings complete(Meanings all) {
 Meanings meanings() {
     Meanings all;
     for (const Row& row : catalogue()) {
-        if (!is_step(row)) {
-            add_meaning(all, row, variable_of(row));
-        }
+        add_meaning(all, row, variable_of(row));
     }
     return complete(std::move(all));
 }

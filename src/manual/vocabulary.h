@@ -20,9 +20,10 @@ ValueText accepted_text(const Row& row);
 std::string checked_text(const Row& row);
 std::string shown_text(const Row& row);
 
-// The values that the completion offers for the key, as it is loaded or checked; without any:
+// The values that the completion offers for the key, to be loaded and to be checked; without any:
 // empty.
-std::string offered_text(const Row& row, RuleNumber rule);
+std::string offered_text(const Row& row);
+std::string offered_check_text(const Row& row);
 
 // What the kinds are, by their names, for all kinds that a row of the catalogue loads, or one of
 // the rights. One without a meaning, or with two, throws.

@@ -1,5 +1,6 @@
 #include "manual/write.h"
 
+#include "kinds/words.h"
 #include "load/rights.h"
 #include "manual/key_reference.h"
 
@@ -82,27 +83,23 @@ std::string manual_key(const KeyReference& key) {
     return text;
 }
 
-// A default of a right as it is written in a rights file.
-std::string written(const RightRow& row, std::size_t rank) {
-    return std::visit(
-        [&](auto member) -> std::string {
-            const auto& value = (settings.*member)[rank];
-            if constexpr (std::is_integral_v<std::remove_cvref_t<decltype(value)>>) {
-                const auto table = manner_of(row.load).table;
-                return table == -1 ? std::to_string(value)
-                                   : str_vtab(table, static_cast<int>(value));
-            } else {
-                return "-"; // texts and lists are not set
-            }
-        },
-        row.member);
+// A default of a right as it is written in a rights file; texts and lists are not set.
+std::string written(const RightRow& row, int rank) {
+    const Variable variable = variable_of(row, rank);
+    const auto* number = std::get_if<Number>(&variable);
+    if (!number) {
+        return "-";
+    }
+    const Manner& manner = manner_of(row.load);
+    const Value value{manner, *number, ""};
+    return manner.table == -1 ? kinds::in_digits(value) : kinds::as_its_word(value);
 }
 
 // The defaults of the six roles: one when they are all the same.
 std::string defaults(const RightRow& row) {
     std::string all;
     bool same = true;
-    for (std::size_t rank = 0; rank < Roles; ++rank) {
+    for (int rank = 0; rank < Roles; ++rank) {
         const std::string text = written(row, rank);
         all += (rank == 0 ? "" : " ") + text;
         same = same && text == written(row, 0);
@@ -110,17 +107,27 @@ std::string defaults(const RightRow& row) {
     return same ? written(row, 0) : all;
 }
 
-// The key of a directory and its default.
-std::string directory_and_default(SettingOf<Text> directory) {
+// A directory of the installation by its key, and its default.
+const Row& directory(const char* key) {
+    return *find_row("Directories", key);
+}
+std::string default_of(const Row& directory) {
+    return std::get<Text*>(variable_of(directory))->c_str();
+}
+std::string with_default(const Row& directory) {
+    return std::string(key_of(directory)) + " " + default_of(directory);
+}
+
+const Row& directory_of(const Role& role) {
     const auto rows = catalogue();
-    const auto found = std::find_if(rows.begin(), rows.end(), [directory](const Row& row) {
-        const auto* text = std::get_if<Text Settings::*>(&row.member);
-        return text && *text == directory;
+    const auto found = std::find_if(rows.begin(), rows.end(), [&role](const Row& row) {
+        const auto* text = std::get_if<SettingOf<Text>>(&row.member);
+        return text && *text == role.directory;
     });
     if (found == rows.end()) {
         throw std::logic_error("a directory has no key");
     }
-    return std::string(key_of(*found)) + " " + (settings.*directory).c_str();
+    return *found;
 }
 
 template <class Items, class TextOf>
@@ -271,7 +278,7 @@ std::string manual_rights() {
 
 std::string sample_keys() {
     const std::string folder =
-        std::string(RootDirectory.view()) + std::string(EtcDirectory.view()); // by default
+        default_of(directory("RootDirectory")) + default_of(directory("EtcDirectory"));
     std::string text;
     for (const SectionReference& section : key_reference()) {
         text += std::string("\n[") + section.section + "]\n" + comments(section.purpose);
@@ -299,12 +306,12 @@ std::string completion_data() {
     text += offers("_ov_conf_checked_values", &KeyReference::offered_to_check);
     text += "declare -gA _ov_conf_directories=(\n";
     for (const Role& role : AllRoles) {
-        text += std::string("    [") + role.command + "]='" +
-                directory_and_default(role.directory) + "'\n";
+        text +=
+            std::string("    [") + role.command + "]='" + with_default(directory_of(role)) + "'\n";
     }
-    text += ")\n_ov_conf_groups='" + directory_and_default(&Settings::Group_Dir) + "'\n";
-    text += "_ov_conf_etc='" + directory_and_default(&Settings::EtcDirectory) + "'\n";
-    text += "_ov_conf_root='" + directory_and_default(&Settings::RootDirectory) + "'\n";
+    text += ")\n_ov_conf_groups='" + with_default(directory("Group_Dir")) + "'\n";
+    text += "_ov_conf_etc='" + with_default(directory("EtcDirectory")) + "'\n";
+    text += "_ov_conf_root='" + with_default(directory("RootDirectory")) + "'\n";
     text += shell_list("_ov_conf_queries", combined_queries(),
                        [](const CombinedQuery& query) { return std::string(query.name); });
     text += shell_list("_ov_conf_rights", rights(), [](const RightRow& right) {
@@ -314,7 +321,7 @@ std::string completion_data() {
     text += assignable("_ov_conf_digit_rights", "digits");
     text += assignable("_ov_conf_text_rights", "anything");
     text += shell_list("_ov_conf_group_rights", rights(), [](const RightRow& right) {
-        return accepted_text(right).kind == "names" && right.check != NoRule
+        return accepted_text(right).kind == "names" && right.check != NotChecked
                    ? std::string(key_of(right))
                    : "";
     });
@@ -331,7 +338,7 @@ std::string key_list() {
         }
     }
     // The rights that stand in the main file change the defaults of the first two roles.
-    for (const auto& [section, rank] : {std::pair{AdminSection, 0U}, {ManagerSection, 1U}}) {
+    for (const auto& [section, rank] : {std::pair{AdminSection, 0}, {ManagerSection, 1}}) {
         for (const RightRow& right : rights()) {
             text += tabbed({section, key_of(right), sentence(accepted_text(right)), "-", "-",
                             written(right, rank)});

@@ -1,7 +1,7 @@
 #include "answer/check_config.h"
 #include "answer/get_vals.h"
 #include "answer/isvalid_msp.h"
-#include "catalogue/settings.h"
+#include "catalogue/defaults.h"
 #include "conf/conf_tool.h"
 #include "load/configuration.h"
 #include "load/setdir.h"

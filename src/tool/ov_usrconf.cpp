@@ -1,4 +1,5 @@
 #include "addr/addr_grp.h"
+#include "catalogue/defaults.h"
 #include "load/configuration.h"
 #include "load/rights.h"
 #include "tool/cf_mod.h"
@@ -6,7 +7,6 @@
 #include "tool/reply.h"
 #include "util/text.h"
 #include "util/util.h"
-#include "value/convert.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -70,33 +70,20 @@ Options parse_options(int argc, char** argv, bool is_search) {
 }
 
 // The rights of one role as they are shown.
-class Rights {
-  public:
-    explicit Rights(int rank) : rank_(static_cast<std::size_t>(rank)) {}
+struct User {
+    int rank;
 
-    bool flag(Right right) const { return of<int>(right) != 0; }
-    // The value of an access level or a mask.
-    unsigned bits(Right right) const { return of<unsigned>(right); }
-    int bit(Right right, unsigned number) const {
-        return static_cast<int>((bits(right) >> number) & 1U);
+    bool flag(Right right) const { return setting_of<int>(right, rank) != 0; }
+    const WordList& names(Right right) const { return setting_of<WordList>(right, rank); }
+    // In the form of its row.
+    std::string shown(Right right) const {
+        const RightRow& row = row_of(right);
+        const std::string nothing;
+        return form_of(row.show)
+            .text_of({manner_of(row.show), variable_of(row, rank), nothing})
+            .value_or("");
     }
-    const WordList& names(Right right) const { return of<WordList>(right); }
-    const Text& text(Right right) const { return of<Text>(right); }
-    int number(Right right) const { return of<int>(right); }
-    const char* selection(Right right) const { return str_addrselect(number(right)); }
-
-  private:
-    template <class Type>
-    const Type& of(Right right) const {
-        return (settings.*std::get<PerRole<Type> Settings::*>(row_of(right).member))[rank_];
-    }
-
-    std::size_t rank_;
 };
-
-const char* key_of(Right right) {
-    return key_of(row_of(right));
-}
 
 // The right to choose the set that goes with an access level, where there is one.
 std::optional<Right> set_of(Right right) {
@@ -110,92 +97,31 @@ std::optional<Right> set_of(Right right) {
     }
 }
 
-void print_named_mask(const Rights& user, Right right) {
-    std::printf("%s: 0x%08x\n", key_of(right), user.bits(right));
+const char* answer_of(bool granted) {
+    return granted ? "1" : "0";
 }
 
-void print_named_text(const Rights& user, Right right) {
-    const Text& text = user.text(right);
-    std::printf("%s: %s\n", key_of(right), text ? text.c_str() : "");
+// A right as the listing has it: with its key in front, and with the set behind.
+void print_right(const User& user, Right right) {
+    const std::optional<Right> set = set_of(right);
+    std::printf("%s: %s%s%s\n", key_of(row_of(right)), user.shown(right).c_str(), set ? "\t" : "",
+                set ? answer_of(user.flag(*set)) : "");
 }
 
-void print_level(const Rights& user, Right right) {
-    std::printf("%s: %1d\t%1d", key_of(right), user.bit(right, 0), user.bit(right, 1));
-    if (const std::optional<Right> set = set_of(right)) {
-        std::printf("\t%1d", user.number(*set));
-    }
-    std::putchar('\n');
-}
-
-void print_names(const Rights& user, Right right) {
-    std::printf("%s: ", key_of(right));
-    const char* separator = "";
-    if (const WordList& names = user.names(right)) {
-        for (const std::string& name : *names) {
-            std::printf("%s%s", separator, name.c_str());
-            separator = ":";
-        }
-    }
-    std::putchar('\n');
-}
-
-void print_date(const Rights& user, Right right) {
-    const char* text = user.text(right).c_str();
-    int year = 0;
-    int month = 0;
-    int day = 0;
-    std::printf("%s: ", key_of(right));
-    if (!text) { // the two spellings differ; scripts look for each
-        std::puts(right == Right::LogLowerBound ? "***unspecified***" : "*** unspecified ***");
-    } else if (date_str(text, &year, &month, &day) == 0) {
-        std::printf("%04d/%02d/%02d\n", year, month, day);
-    } else {
-        std::printf("%s (invalid value)\n", text);
-    }
-}
-
-// A right as the listing has it.
-void print_right(const Rights& user, const ListedRight& listed) {
-    const Right right = listed.right;
-    switch (listed.form) {
-    case ListedAs::Number:
-        std::printf("%s: %d\n", key_of(right), user.number(right));
-        break;
-    case ListedAs::Word:
-        std::printf("%s: %s\n", key_of(right), user.selection(right));
-        break;
-    case ListedAs::Mask:
-        print_named_mask(user, right);
-        break;
-    case ListedAs::Level:
-        print_level(user, right);
-        break;
-    case ListedAs::PlainText:
-        print_named_text(user, right);
-        break;
-    case ListedAs::Date:
-        print_date(user, right);
-        break;
-    case ListedAs::Names:
-        print_names(user, right);
-        break;
-    }
-}
-
-void print_listing(const Rights& user, const Options& options, int rank, bool has_file) {
+void print_listing(const User& user, const Options& options, int rank, bool has_file) {
     std::printf("#user: [%s](%d)\n", options.user ? options.user->c_str() : "not specified", rank);
     std::printf("#conf: [%d]\n", has_file ? 1 : 0);
     std::puts("--");
-    for (const ListedRight& listed : listed_rights()) {
-        print_right(user, listed);
+    for (const Right right : listed_rights()) {
+        print_right(user, right);
     }
 }
 
-void print_groups(const Rights& user) {
+void print_groups(const User& user) {
     for (const Right right : {Right::Group, Right::ExcludeGroup, Right::SelectGroup}) {
         const WordList& names = user.names(right);
         if (names) {
-            std::printf("--\n%s addresses: ", key_of(right));
+            std::printf("--\n%s addresses: ", key_of(row_of(right)));
             AddressGroup group = read_addrsgrp(*names);
             print_addrsgrp(group.get());
             free_addrsgrp(std::move(group));
@@ -203,27 +129,15 @@ void print_groups(const Rights& user) {
     }
 }
 
-void answer_flag(bool granted) {
-    std::puts(granted ? "1" : "0");
-}
-
-// Whether freezing is switched on for the user: by the system for those who may freeze, for others
-// by an option of their own.
-bool can_freeze(const Rights& user) {
-    const unsigned option =
-        user.flag(Right::HoldFreeze) ? QueueFreeze_Option : user.bits(Right::Freeze_Option);
-    return (option & 0xffU) != 0;
-}
-
 // Answers a query for several rights. Returns whether there is one of that name.
-bool answer_several(const Rights& user, std::string_view key) {
+bool answer_several(const User& user, std::string_view key) {
     for (const CombinedQuery& query : combined_queries()) {
         if (same_word(query.name, key)) {
             for (const Right right : query.rights) {
-                answer_flag(user.flag(right));
+                std::puts(answer_of(user.flag(right)));
             }
             if (query.tells_freezing) {
-                answer_flag(can_freeze(user));
+                std::puts(answer_of(can_freeze(user.rank)));
             }
             return true;
         }
@@ -239,7 +153,7 @@ void answer_names(const WordList& names) {
     }
 }
 
-void answer_selectable(const Rights& user) {
+void answer_selectable(const User& user) {
     if (!user.flag(Right::SelectGroupList)) {
         return;
     }
@@ -251,15 +165,15 @@ void answer_selectable(const Rights& user) {
 }
 
 // A user for whom sets are configured does not choose them himself.
-void answer_level_and_set(const Rights& user, Right right) {
+void answer_with_set(const User& user, Right right) {
     const bool keyword = right == Right::PolicyKeyword;
     const WordList& sets = user.names(keyword ? Right::SetKEYWD : Right::SetMTYPE);
-    std::printf("%1d\t%1d\t%1d\n", user.bit(right, 0), user.bit(right, 1),
-                sets ? 0 : user.number(*set_of(right)));
+    std::printf("%s\t%s\n", user.shown(right).c_str(),
+                answer_of(!sets && user.flag(*set_of(right))));
 }
 
 // Answers a query for one right. Returns whether it can be asked for.
-bool answer_one(const Rights& user, std::string_view key) {
+bool answer_one(const User& user, std::string_view key) {
     const RightRow* row = find_right(key);
     if (!row) {
         return false;
@@ -268,35 +182,26 @@ bool answer_one(const Rights& user, std::string_view key) {
     switch (row->query) {
     case RightQuery::None:
         return false;
-    case RightQuery::Flag:
-        answer_flag(user.flag(right));
+    case RightQuery::Alone:
+        std::puts(user.shown(right).c_str());
         break;
-    case RightQuery::NamedMask:
-        print_named_mask(user, right);
+    case RightQuery::Named:
+        print_right(user, right);
         break;
-    case RightQuery::NamedText:
-        print_named_text(user, right);
+    case RightQuery::WithSet:
+        answer_with_set(user, right);
         break;
-    case RightQuery::Level:
-        std::printf("%1d\t%1d\n", user.bit(right, 0), user.bit(right, 1));
-        break;
-    case RightQuery::LevelAndSet:
-        answer_level_and_set(user, right);
-        break;
-    case RightQuery::Names:
+    case RightQuery::Lines:
         answer_names(user.names(right));
         break;
     case RightQuery::Selectable:
         answer_selectable(user);
         break;
-    case RightQuery::Selection:
-        std::printf("%s\n", user.selection(right));
-        break;
     }
     return true;
 }
 
-[[noreturn]] void answer(const Rights& user, std::string_view key) {
+[[noreturn]] void answer(const User& user, std::string_view key) {
     if (!answer_several(user, key) && !answer_one(user, key)) {
         std::puts("0");
         finish(EXIT_FAILURE);
@@ -324,7 +229,7 @@ void ov_usrconf(int argc, char** argv, int rank, int is_search) {
                                                                          : EXIT_FAILURE);
         }
     }
-    const Rights shown(rank);
+    const User shown{rank};
     if (optind < argc) {
         answer(shown, argv[optind]);
     }

@@ -1,4 +1,4 @@
-#include "catalogue/loading.h"
+#include "kinds/loading.h"
 
 #include "util/disk.h"
 

@@ -1,0 +1,48 @@
+// What the functions of the kinds share.
+#pragma once
+
+#include "kinds/kinds.h"
+
+#include <string>
+
+namespace ov::kinds {
+
+// The setting that the value is for.
+template <class Type>
+Type& setting(const Value& value) {
+    return *std::get<Type*>(value.variable);
+}
+
+// The other setting that the row names.
+template <class Type>
+Type& other(const Other& name) {
+    return setting_of(std::get<SettingOf<Type>>(name));
+}
+
+inline const char* separators_of(const Value& value) {
+    return value.manner.separators.data();
+}
+
+// The texts that `text_of` gives for the items of a list, with ":" between them.
+template <class List, class TextOf>
+std::string joined(const List& list, TextOf text_of) {
+    std::string text;
+    bool first = true;
+    for (const auto& item : list) {
+        if (!first) {
+            text += ':';
+        }
+        first = false;
+        text += text_of(item);
+    }
+    return text;
+}
+
+// Whether all words of the value pass the test.
+template <class Test>
+bool all_words(const Value& value, const char* separators, Test test) {
+    const WordList words = split_str(value.text, separators);
+    return words && std::all_of(words->begin(), words->end(), test);
+}
+
+} // namespace ov::kinds

@@ -1,0 +1,49 @@
+#include "kinds/words.h"
+
+#include <utility>
+
+namespace ov::kinds {
+
+namespace {
+
+std::int64_t number_of(const Value& value) {
+    return number_in(std::get<Number>(value.variable));
+}
+
+// In the shortest form that is exact.
+std::string size(std::int64_t bytes) {
+    for (const auto& [unit, shift] : {std::pair{'G', 30}, {'M', 20}, {'K', 10}}) {
+        if (bytes != 0 && bytes % (std::int64_t{1} << shift) == 0) {
+            return std::to_string(bytes >> shift) + unit;
+        }
+    }
+    return bytes == 0 ? "0" : std::to_string(bytes) + 'B';
+}
+
+} // namespace
+
+std::string in_digits(const Value& value) {
+    return std::to_string(number_of(value));
+}
+
+std::string as_yes_or_no(const Value& value) {
+    return number_of(value) != 0 ? "yes" : "no";
+}
+
+std::string as_its_word(const Value& value) {
+    return show_word(value).value_or("");
+}
+
+std::string as_its_level(const Value& value) {
+    return show_level(value).value_or("");
+}
+
+std::string as_size(const Value& value) {
+    return size(number_of(value));
+}
+
+std::string as_size_of_kilobytes(const Value& value) {
+    return size(number_of(value) << 10);
+}
+
+} // namespace ov::kinds
