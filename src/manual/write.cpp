@@ -195,24 +195,7 @@ std::string kinds_list(const Meanings& all) {
     return text + ".El\n";
 }
 
-struct Generated {
-    const char* name;
-    std::string (*text)();
-};
-constexpr Generated texts[] = {
-    {"manual_keys", manual_keys},
-    {"manual_kinds", manual_kinds},
-    {"manual_unchecked", manual_unchecked},
-    {"manual_queries", manual_queries},
-    {"manual_rights", manual_rights},
-    {"sample_keys", sample_keys},
-    {"completion_data", completion_data},
-    {"key_list", key_list},
-    {"manual_right_kinds", manual_right_kinds},
-};
-
-} // namespace
-
+// The list of all sections and keys for a manual page (mdoc).
 std::string manual_keys() {
     std::string text;
     for (const SectionReference& section : key_reference()) {
@@ -226,6 +209,7 @@ std::string manual_keys() {
     return text;
 }
 
+// The lists of the kinds of values, and of those of rights, for a manual page (mdoc).
 std::string manual_kinds() {
     return kinds_list(meanings());
 }
@@ -234,6 +218,7 @@ std::string manual_right_kinds() {
     return kinds_list(meanings_of_rights());
 }
 
+// How many of the keys have no check, as the beginning of a sentence.
 std::string manual_unchecked() {
     std::size_t keys = 0;
     std::size_t unchecked = 0;
@@ -247,6 +232,7 @@ std::string manual_unchecked() {
            " have no check:\n";
 }
 
+// The list of the queries for several rights for a manual page (mdoc).
 std::string manual_queries() {
     std::string text = ".Bl -tag -width Ds\n";
     for (const CombinedQuery& query : combined_queries()) {
@@ -263,6 +249,7 @@ std::string manual_queries() {
     return text + ".El\n";
 }
 
+// The list of all rights for a manual page (mdoc).
 std::string manual_rights() {
     std::string text = ".Bl -column \"FromFilterSelect_Search\" \"selection\" \"3 0 0 3 0 0\" "
                        "\"asked\" \"anything\"\n"
@@ -276,6 +263,7 @@ std::string manual_rights() {
     return text + ".El\n";
 }
 
+// All keys at their defaults, each commented out, as a configuration file.
 std::string sample_keys() {
     const std::string folder =
         default_of(directory("RootDirectory")) + default_of(directory("EtcDirectory"));
@@ -293,6 +281,8 @@ std::string sample_keys() {
     return text;
 }
 
+// Shell variables: the keys of each section, the directories of the role commands, what they can
+// be asked for and what they can assign.
 std::string completion_data() {
     const std::vector<SectionReference> sections = key_reference();
     std::string text = shell_list("_ov_conf_sections", sections,
@@ -328,6 +318,8 @@ std::string completion_data() {
     return text;
 }
 
+// All keys of the main file, those of rights included, a line each: section, key, kind, what -c
+// accepts, how -a shows it, default, with a tab between them and "-" for none.
 std::string key_list() {
     std::string text;
     for (const SectionReference& section : key_reference()) {
@@ -347,6 +339,24 @@ std::string key_list() {
     }
     return text;
 }
+
+struct Generated {
+    const char* name;
+    std::string (*text)();
+};
+constexpr Generated texts[] = {
+    {"manual_keys", manual_keys},
+    {"manual_kinds", manual_kinds},
+    {"manual_unchecked", manual_unchecked},
+    {"manual_queries", manual_queries},
+    {"manual_rights", manual_rights},
+    {"sample_keys", sample_keys},
+    {"completion_data", completion_data},
+    {"key_list", key_list},
+    {"manual_right_kinds", manual_right_kinds},
+};
+
+} // namespace
 
 std::string generated(std::string_view name) {
     const auto* found = std::find_if(std::begin(texts), std::end(texts),
