@@ -6,12 +6,12 @@
 #include "catalogue/defaults.h"
 #include "catalogue/settings.h"
 #include "kinds/kinds.h"
+#include "kinds/loading.h"
 #include "load/configuration.h"
 #include "load/rights.h"
 #include "load/setdir.h"
 #include "model.h"
 #include "support.h"
-#include "kinds/loading.h"
 #include "util/disk.h"
 
 #include <cstring>

@@ -84,9 +84,11 @@ struct Reading {
 
     // Whether the file lacks the key with that number, and nothing is done then, as for most keys.
     bool leaves_default(const Columns& row, std::size_t number) {
-        const bool left = !snapshot.has(number) && kind_of(row.load).absent == keep_default;
-        line = left ? 0 : line;
-        return left;
+        if (snapshot.has(number) || kind_of(row.load).absent != keep_default) {
+            return false;
+        }
+        line = 0;
+        return true;
     }
     // Loads the value of the key with that number into the setting of a row, or does what is done
     // without one.
@@ -105,7 +107,9 @@ std::optional<Refusal> Reading::outcome(Verdict verdict) {
     return Refusal{verdict, reader, load.file, line, section, key, std::move(text)};
 }
 
-Verdict Reading::load_value(const Columns& row, const Variable& setting, std::size_t number) {
+// Inline, since it runs for every value of a file.
+inline Verdict Reading::load_value(const Columns& row, const Variable& setting,
+                                   std::size_t number) {
     const Kind& kind = kind_of(row.load);
     const Manner& manner = manner_of(row.load);
     const bool has = snapshot.has(number);
