@@ -31,6 +31,7 @@ enum class CheckNumber : std::uint8_t {};
 enum class FormNumber : std::uint8_t {};
 inline constexpr CheckNumber NotChecked{0}; // the row cannot be checked, or changed: NoCheck
 inline constexpr FormNumber NotShown{0};    // it cannot be shown: NoForm
+
 // What a check says of the empty value, whatever its kind says.
 enum class Empty : std::uint8_t { AsTheKind, Accepted, Refused };
 
@@ -42,12 +43,14 @@ struct Columns {
     FormNumber show;
     Empty empty; // for the check
 };
+
 // One key of the main file.
 struct Row : Columns {
     std::uint8_t section;
     Gate gate;
     Member member;
 };
+
 // The rights, in the order of their rows.
 enum class Right : std::uint8_t {
 #define RIGHT(key, ...) key,

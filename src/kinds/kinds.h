@@ -44,10 +44,10 @@ constexpr std::array<char, Size> characters(std::string_view text) {
 
 // ---- Numbers (numbers.cpp)
 
-Loads load_boolean, load_integer, load_integer64, load_number, load_digits, load_limit, load_within, load_word, load_level,
-    load_bytes, load_kilobytes, load_min_free;
-Checks is_boolean, is_based_number, are_digits, are_all_digits, is_within, is_word, is_level, is_none_or_number, is_bytes,
-    is_kilobytes;
+Loads load_boolean, load_integer, load_integer64, load_number, load_digits, load_limit, load_within, load_word,
+    load_level, load_bytes, load_kilobytes, load_min_free;
+Checks is_boolean, is_based_number, are_digits, are_all_digits, is_within, is_word, is_level, is_none_or_number,
+    is_bytes, is_kilobytes;
 Shows show_boolean, show_number, show_word, show_level, show_byte_size, show_hex_code, show_hex, show_access;
 
 inline constexpr Form AsNumber{Numbers, show_number};
@@ -69,10 +69,14 @@ inline constexpr Check IsBoolean{Numbers, is_boolean};
 inline constexpr Form AsTrueOrFalse{Numbers, show_boolean};
 inline constexpr Kind Boolean{Numbers, load_boolean, IsBoolean, AsTrueOrFalse};
 constexpr KindRule boolean() { return {&Boolean, {.lowest = 0, .highest = 1, .mode = TokenMode}}; }
+// The same, shown as 1 or 0.
+inline constexpr Kind Flag{Numbers, load_boolean, IsBoolean, AsNumber};
+constexpr KindRule flag() { return {&Flag, {.lowest = 0, .highest = 1, .mode = TokenMode}}; }
 
 // A decimal number; text behind it, or instead of it, is overlooked (no digits: 0).
 inline constexpr Kind Integer{Numbers, load_integer, NoCheck, AsNumber};
-constexpr KindRule integer(std::int64_t lowest = std::numeric_limits<std::int64_t>::min(), std::int64_t highest = NoBound) {
+constexpr KindRule integer(std::int64_t lowest = std::numeric_limits<std::int64_t>::min(),
+                           std::int64_t highest = NoBound) {
     return {&Integer, {.lowest = lowest, .highest = highest}};
 }
 
@@ -80,8 +84,8 @@ constexpr KindRule integer(std::int64_t lowest = std::numeric_limits<std::int64_
 inline constexpr Kind Integer64{LargeNumbers, load_integer64, NoCheck, AsNumber};
 constexpr KindRule integer64() { return {&Integer64}; }
 
-// A number with base prefixes that the setting can hold; text without digits is 0. In the main file only the check knows
-// them.
+// A number with base prefixes that the setting can hold; text without digits is 0. In the main file only the
+// check knows them.
 inline constexpr Check IsNumber{Numbers, is_based_number};
 inline constexpr Kind PrefixedNumber{Numbers, load_number, IsNumber, AsNumber};
 constexpr KindRule number() { return {&PrefixedNumber}; }
@@ -91,7 +95,8 @@ constexpr CheckRule number_not_negative() { return {&IsNotNegative, {.lowest = 0
 // Decimal digits and nothing else, at most `longest` of them.
 inline constexpr Check AreDigits{Numbers, are_digits};
 inline constexpr Kind Digits{Numbers, load_digits, AreDigits, AsNumber};
-constexpr KindRule digits(std::int64_t lowest = 0, std::int64_t highest = NoBound, std::uint16_t longest = NoLength) {
+constexpr KindRule digits(std::int64_t lowest = 0, std::int64_t highest = NoBound,
+                          std::uint16_t longest = NoLength) {
     return {&Digits, {.lowest = lowest, .highest = highest, .longest = longest}};
 }
 
@@ -108,7 +113,9 @@ inline constexpr Check IsWithin{Numbers, is_within};
 inline constexpr Kind Within{Numbers, load_within, IsWithin, AsNumber};
 template <class Bound>
 requires std::is_same_v<Bound, int> || std::is_same_v<Bound, long>
-constexpr KindRule within(SettingOf<Bound> low, SettingOf<Bound> high) { return {&Within, {.first = low, .second = high}}; }
+constexpr KindRule within(SettingOf<Bound> low, SettingOf<Bound> high) {
+    return {&Within, {.first = low, .second = high}};
+}
 
 // A word of a value table.
 inline constexpr Check IsWord{Numbers, is_word};
@@ -187,14 +194,15 @@ Checks is_command, is_program, is_queue_directory, is_list_program, is_existing_
 inline constexpr Kind Path{Texts, load_path, NoCheck, AsText};
 constexpr KindRule path() { return {&Path}; }
 
-// A file, in EtcDirectory when it is relative; or only with an absolute path. The default is taken there in any case.
+// A file, in EtcDirectory when it is relative; or only with an absolute path. The default is taken there in any
+// case.
 inline constexpr Kind File{Texts, load_file, NoCheck, AsText, default_file};
 constexpr KindRule file() { return {&File}; }
 inline constexpr Kind FullFile{Texts, load_full_file, NoCheck, AsText, default_file};
 constexpr KindRule full_file() { return {&FullFile}; }
 
-// A directory that exists (not looked at with RC_NODIRCHECK), under `base` when it is relative. The default is taken there
-// in any case.
+// A directory that exists (not looked at with RC_NODIRCHECK), under `base` when it is relative. The default is
+// taken there in any case.
 inline constexpr Kind Directory{Texts, load_directory, NoCheck, AsText, default_directory};
 constexpr KindRule directory(SettingOf<Text> base) { return {&Directory, {.first = base}}; }
 // The same, and made when it is missing.
@@ -205,10 +213,12 @@ inline constexpr Kind FullDirectory{Texts, load_full_directory, NoCheck, AsText}
 constexpr KindRule full_directory() { return {&FullDirectory}; }
 
 // A directory under RootDirectory; given empty, there is none. The auxiliary readers want it to exist.
-inline constexpr Kind TemplateFolder{Texts, load_template_directory, NoCheck, NoForm, default_template_directory};
+inline constexpr Kind TemplateFolder{Texts, load_template_directory, NoCheck, NoForm,
+                                     default_template_directory};
 constexpr KindRule template_directory() { return {&TemplateFolder}; }
 
-// What a check wants to exist: a program with its full path, and with arguments, or anything that is no full path.
+// What a check wants to exist: a program with its full path, and with arguments, or anything that is no full
+// path.
 inline constexpr Check IsProgram{Texts, is_program};
 constexpr CheckRule program() { return {&IsProgram}; }
 inline constexpr Check IsCommand{Texts, is_command};
@@ -241,14 +251,16 @@ constexpr CheckRule mime_type_set() { return {&IsMimeTypeSet}; }
 
 // ---- Lists (lists.cpp)
 
-Loads load_words, load_sets, load_internal_domains, load_ip_conditions, load_addresses, load_servers, load_servers_and_markers,
-    load_user_group;
+Loads load_words, load_sets, load_internal_domains, load_ip_conditions, load_addresses, load_servers,
+    load_servers_and_markers, load_user_group;
 Checks are_domains, are_networks, are_addresses, are_servers, is_host_port;
 Shows show_names, show_internal_domains, show_conditions, show_addresses, show_user_group;
 
 // Words with any of the separators between them.
 inline constexpr Kind Words{WordLists, load_words, NoCheck, NoForm};
-constexpr KindRule words(std::string_view separators) { return {&Words, {.separators = characters<3>(separators)}}; }
+constexpr KindRule words(std::string_view separators) {
+    return {&Words, {.separators = characters<3>(separators)}};
+}
 
 // Names of groups, and of sets; the empty text: no sets.
 inline constexpr Form AsNames{WordLists, show_names};
@@ -257,8 +269,8 @@ constexpr KindRule names() { return {&Names, {.separators = {':'}}}; }
 inline constexpr Kind Sets{WordLists, load_sets, NoCheck, NoForm};
 constexpr KindRule sets() { return {&Sets, {.separators = {':'}}}; }
 
-// Domains. When none is given and programs and directories are checked, the host's own domain, which is looked at more
-// closely than what somebody has written.
+// Domains. When none is given and programs and directories are checked, the host's own domain, which is looked
+// at more closely than what somebody has written.
 inline constexpr Check AreDomains{WordLists, are_domains};
 inline constexpr Form AsInternalDomains{WordLists, show_internal_domains};
 inline constexpr Kind InternalDomainList{WordLists, load_internal_domains, AreDomains, AsInternalDomains,
@@ -271,8 +283,8 @@ inline constexpr Form AsConditions{IpLists, show_conditions};
 inline constexpr Kind IpConditionList{IpLists, load_ip_conditions, AreNetworks, AsConditions};
 constexpr KindRule ip_conditions() { return {&IpConditionList, {.separators = {':'}}}; }
 
-// At most MaxAddressList mail addresses; both not looked at with RC_NOCHECK. `punctuation` is what the message of a bad one
-// has in front of the address.
+// At most MaxAddressList mail addresses; both not looked at with RC_NOCHECK. `punctuation` is what the message
+// of a bad one has in front of the address.
 inline constexpr Check AreAddresses{AddressLists, are_addresses};
 inline constexpr Form AsAddresses{AddressLists, show_addresses};
 inline constexpr Kind MailAddresses{AddressLists, load_addresses, AreAddresses, AsAddresses};
@@ -280,10 +292,12 @@ constexpr KindRule addresses(std::string_view punctuation) {
     return {&MailAddresses, {.punctuation = characters<2>(punctuation)}};
 }
 
-// At most eight servers, "host" or "host:port" with a port from 1 to 60000; where it is the gateway's own way out, the
-// markers for the submission program and a command may be among them.
+// At most eight servers, "host" or "host:port" with a port from 1 to 60000; where it is the gateway's own way
+// out, the markers for the submission program and a command may be among them.
 inline constexpr Kind Servers{Texts, load_servers, NoCheck, AsText};
-constexpr KindRule servers(SettingOf<ServerList> list) { return {&Servers, {.separators = {' '}, .first = list}}; }
+constexpr KindRule servers(SettingOf<ServerList> list) {
+    return {&Servers, {.separators = {' '}, .first = list}};
+}
 inline constexpr Check AreServers{Texts, are_servers};
 inline constexpr Kind ServersAndMarkers{Texts, load_servers_and_markers, AreServers, AsText};
 constexpr KindRule servers_and_markers(SettingOf<ServerList> list) {

@@ -3,6 +3,7 @@
 
 #include "kinds/kinds.h"
 
+#include <algorithm>
 #include <string>
 
 namespace ov::kinds {

@@ -22,13 +22,14 @@ std::string as_size_of_kilobytes(const Value& value);
 struct KindWords {
     const Kind* record;
     const char* load;              // "name" or "name|details"
-    const char* meaning = nullptr; // of the name; kinds of one name have it once
+    const char* meaning = nullptr; // of the name; kinds of one name have one
     const char* offered = nullptr; // the values that the completion offers; {choices}: the words
     std::string (*written)(const Value&) = in_digits;
 };
+inline constexpr const char* BooleanMeaning = "true, yes, on, 1 or false, no, off, 0, in any case.";
 inline constexpr KindWords kind_words[] = {
-    {&Boolean, "boolean", "true, yes, on, 1 or false, no, off, 0, in any case.", "yes no",
-     as_yes_or_no},
+    {&Boolean, "boolean", BooleanMeaning, "yes no", as_yes_or_no},
+    {&Flag, "boolean", BooleanMeaning, "yes no"},
     {&Integer, "number|{bounds}",
      "A decimal number, for permissions, too: 416 is 0640. Text behind it is overlooked, and "
      "without "
