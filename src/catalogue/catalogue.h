@@ -17,8 +17,8 @@ const Manner& manner_of(KindNumber number);
 const Manner& manner_of(CheckNumber number);
 const Manner& manner_of(FormNumber number);
 
+// The names of a row as they are written in a file, and the setting that its key fills.
 const char* key_of(const Columns& row);
-
 const char* section_of(const Row& row);
 Variable variable_of(const Row& row);
 
@@ -30,12 +30,10 @@ const Row* find_row(std::string_view section, std::string_view key);
 // Whether it is the submission program that has been chosen.
 bool is_chosen(int program);
 
+// The row of a right, and its setting for the role `rank`.
 const RightRow& row_of(Right right);
-
-// The setting of a right for the role `rank`.
 Variable variable_of(const RightRow& row, int rank);
-
-// The same, of a right whose setting has the type.
+// The same setting, which has to be of the type.
 template <class Type>
 Type& setting_of(Right right, int rank) {
     const Variable setting = variable_of(row_of(right), rank);
@@ -54,7 +52,7 @@ const RightRow* find_right(std::string_view key);
 // All keys by their names: those of the rows by the number of the row, and those of the rights.
 const KeyIndex& key_index();
 std::size_t number_of(const Row& row);
-// `section` is one of the two above.
+// `section` is AdminSection or ManagerSection.
 std::size_t number_of(Right right, std::string_view section);
 std::size_t number_of_old_exclude_group(std::string_view section);
 
