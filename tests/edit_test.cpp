@@ -194,7 +194,7 @@ TEST(Edit, FailingSystemCalls) {
         {Conf, 13, "open+", {"cannot open: CONF (13)", ""}, {"cannot open: CONF", ""}, Untouched},
         {Conf, 13, "fcntl+", {"cannot lock: CONF", ""}, {"cannot lock: CONF", ""}, Untouched},
         {Conf, 5, "read+", {"read error: CONF", "read error: CONF (5)"}, {"read error: CONF", "read error: CONF (5)"}, Untouched},
-        {Temp, 13, "mkstemp", {"cannot create tmp file: TEMP", ""}, {"cannot create tmp file: TEMP", "cannot create tmp file: TEMP (13)"}, Untouched},
+        {Temp, 13, "open+", {"cannot create tmp file: TEMP", ""}, {"cannot create tmp file: TEMP", "cannot create tmp file: TEMP (13)"}, Untouched},
         {Temp, 12, "fdopen", {"cannot open tmp file: TEMP", ""}, {"cannot open tmp file: TEMP", "cannot open tmp file: TEMP (12)\n"}, Untouched | WithTemporary},
         {Temp, 28, "fwrite", {"", ""}, {"", ""}, Untouched},
         {Temp, 28, "fflush", {"", ""}, {"", ""}, Untouched},
@@ -414,6 +414,93 @@ TEST(Edit, PipesInThePlaceOfFiles) {
     EXPECT_EQ(test::logged_errors(gateway.path("logs")),
               unreadable + unreadable + "WARNING: GROUP \"g\" cannot open: \"" + group +
                   "\" (22) - ignored\n");
+}
+
+// A link is followed when it is the super-user's, or that of the owner of what it leads to.
+TEST(Edit, LinksBelowTheInstallation) {
+    if (!test::is_root()) {
+        GTEST_SKIP() << "only the super-user makes links of others";
+    }
+    constexpr uid_t Owner = 12;
+    constexpr uid_t Other = 34;
+    for (const std::string at :
+         {"admin", "admin/taro.conf", "etc/group", "etc/group/g.addr", "logs"}) {
+        for (const auto& [link, target] :
+             {std::pair{0U, Owner}, {Owner, Owner}, {Owner, 0U}, {Other, Owner}}) {
+            SCOPED_TRACE(at + " of " + std::to_string(link) + " to " + std::to_string(target));
+            const test::Installation gateway;
+            const bool followed = link == 0 || link == target;
+            gateway.dir.file("admin/taro.conf",
+                             "[Admin]\nHoldList = no\nGroup = g:none\nSelectGroupList = yes\n");
+            gateway.dir.file("etc/group/g.addr", "a@x\n");
+            const std::string moved = gateway.path("moved");
+            const std::string place = gateway.path(at);
+            std::filesystem::rename(place, moved);
+            ASSERT_EQ(::chown(moved.c_str(), target, 0), 0);
+            // On the way, and at its end.
+            std::filesystem::create_symlink(gateway.path("way/../moved"), place);
+            std::filesystem::create_symlink("etc", gateway.path("way"));
+            ASSERT_EQ(::lchown(place.c_str(), link, 0), 0);
+
+            const auto run = [&](std::vector<std::string> words) {
+                words.insert(words.begin(), {"ov_admconf", "-f", gateway.file, "-u", "taro"});
+                return test::run(words);
+            };
+            const bool rights = at.starts_with("admin");
+            const std::string path = gateway.path("admin//taro.conf");
+            EXPECT_EQ(run({"HoldList"}).out, rights && !followed ? "1\n" : "0\n");
+            EXPECT_EQ(run({"-m", "HoldList=yes"}),
+                      rights && !followed
+                          ? (test::Result{1, "", "cannot open: " + path + " (40)\nHoldList\n"})
+                          : (test::Result{0, "", ""}));
+            EXPECT_EQ(run({"-g"}).out.find("'a@x'") != std::string::npos, followed || at == "logs");
+            const bool listed = followed || at == "etc/group/g.addr" || at == "logs";
+            EXPECT_EQ(run({"SelectGroup"}).out, listed ? "g\n" : "");
+            const std::string log =
+                test::logged_errors(at == "logs" ? moved : gateway.path("logs"));
+            EXPECT_EQ(log.find("(40)") != std::string::npos, !followed && at != "logs") << log;
+            EXPECT_EQ(log.empty(), !followed && at == "logs");
+        }
+    }
+}
+
+// Forty links are followed. What is made lies where the path is written.
+TEST(Edit, ANewRightsFileBehindLinks) {
+    const test::Installation gateway;
+    std::filesystem::rename(gateway.path("admin"), gateway.path("link0"));
+    for (int i = 1; i <= 40; ++i) {
+        std::filesystem::create_symlink("link" + std::to_string(i - 1),
+                                        gateway.path("link" + std::to_string(i)));
+    }
+    const std::vector<std::string> words = {"/bin/sh",
+                                            "-c",
+                                            "umask 077; exec \"$@\"",
+                                            "sh",
+                                            OV_BIN_DIR "/ov_admconf",
+                                            "-f",
+                                            gateway.file,
+                                            "-u",
+                                            "taro",
+                                            "-m",
+                                            "HoldList=no"};
+    const auto go_by = [&](const char* link) {
+        std::filesystem::remove(gateway.path("admin"));
+        std::filesystem::create_symlink(link, gateway.path("admin"));
+        return test::run(words).status;
+    };
+    EXPECT_EQ(go_by("link40"), 1);
+    EXPECT_EQ(go_by("link39"), 0);
+    std::filesystem::rename(gateway.path("link0/taro.conf"), gateway.path("real.conf"));
+    std::filesystem::create_symlink("../real.conf", gateway.path("link0/taro.conf"));
+    EXPECT_EQ(go_by("link39"), 1);
+    EXPECT_EQ(go_by("link38"), 0);
+    EXPECT_EQ(read_file(gateway.path("real.conf")), "[Admin]\nHoldList = no\n");
+    const test::Result refused =
+        test::run(words, test::failing(gateway.path("link0/taro.conf.tmp.*"), "open+", 1, EACCES));
+    EXPECT_TRUE(
+        refused.err.starts_with("cannot create tmp file: " + gateway.path("admin//taro.conf.tmp.")))
+        << refused.err;
+    EXPECT_EQ(refused.err.find("XXXXXX"), std::string::npos);
 }
 
 TEST(Edit, ANewRightsFileThatCannotBeClosed) {

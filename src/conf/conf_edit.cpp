@@ -1,9 +1,10 @@
 #include "conf/conf_tool.h"
-#include "util/handle.h"
 #include "util/log.h"
+#include "util/place.h"
 #include "util/text.h"
 #include "util/util.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -78,85 +79,68 @@ void report(const Editor& editor, const char* what, const std::string& object, i
     std::fprintf(stderr, "%s: %s\n", what, object.c_str());
 }
 
-// What a file is known by, whatever its name.
-struct Identity {
-    dev_t device;
-    ino_t inode;
-    bool operator==(const Identity&) const = default;
+// The file that is edited, open and locked.
+struct Target {
+    const char* path; // as messages name it
+    Place written;    // where that is: the temporary file lies beside it
+    Place file;       // where the file itself is
+    Fd locked;
 };
 
-// Nothing for a guard that owns no file.
-std::optional<Identity> identity_of(const Fd& file) {
-    struct stat info = {};
-    return ::fstat(file.get(), &info) == 0 ? std::optional(Identity{info.st_dev, info.st_ino})
-                                           : std::nullopt;
-}
-
-// Another descriptor of the file: while it is open, no other file can have the same identity.
-Fd pin(int fd) {
-    return Fd(::fcntl(fd, F_DUPFD_CLOEXEC, 0));
-}
-
-// Opens the file `path` when it is the pinned one; ESTALE: there is another one by now.
-Fd open_same(const char* path, int flags, const Fd& pinned) {
-    Fd file = open_unwaited(path, flags);
-    if (!file) {
-        return file;
-    }
-    if (const auto identity = identity_of(pinned); !identity || identity_of(file) != identity) {
-        file.reset();
-        errno = ESTALE;
-    }
-    return file;
-}
-
 // Opens the file for editing and locks it, without waiting for another editor.
-Fd open_locked(const Editor& editor, const char* path, FileKind kind) {
-    Fd file = open_file(path, O_RDWR, kind);
+std::optional<Target> open_locked(const Editor& editor, const char* path, FileKind kind) {
+    std::optional<Place> written = Place::of(path, kind);
+    std::optional<Place> place = written ? written->of_file() : std::nullopt;
+    Fd file = place ? open_file(*place, O_RDWR, kind) : Fd();
     if (!file) {
         if (editor.tells_open_error) {
             std::fprintf(stderr, "cannot open: %s (%d)\n", path, errno);
         } else {
             std::fprintf(stderr, "cannot open: %s\n", path);
         }
-        return file;
+        return std::nullopt;
     }
     if (lockfile(file.get(), LockToEdit) != 0) {
         std::fprintf(stderr, "cannot lock: %s\n", path);
-        file.reset();
+        return std::nullopt;
     }
-    return file;
+    return Target{path, std::move(*written), std::move(*place), std::move(file)};
 }
 
 // Reads the locked file. One that cannot be read to its end must not be written back.
-std::optional<std::string> read_whole(const Editor& editor, const char* path, const Fd& file) {
+std::optional<std::string> read_whole(const Editor& editor, const Target& target) {
     struct stat info = {};
-    const bool regular = is_regular(file) && ::fstat(file.get(), &info) == 0;
-    // A file that does not grow is read at once, and once more to see its end.
-    std::size_t room = BufferSize + (regular ? static_cast<std::size_t>(info.st_size) : 0);
-    std::string text;
+    const bool sized = ::fstat(target.locked.get(), &info) == 0 && S_ISREG(info.st_mode);
+    const auto size = sized ? static_cast<std::size_t>(info.st_size) : 0;
+    if (size >= LongestFileLine) {
+        report(editor, "read error", target.path, EFBIG);
+        return std::nullopt;
+    }
+    // A file that does not grow is read at once, with room to see its end.
+    std::string text(size + BufferSize, '\0');
     std::size_t used = 0;
     for (;;) {
-        text.resize(used + room);
-        const ssize_t got = ::read(file.get(), text.data() + used, room);
+        if (used == text.size()) {
+            text.resize(2 * used);
+        }
+        const ssize_t got = retried(
+            [&] { return ::read(target.locked.get(), text.data() + used, text.size() - used); });
         if (got == 0) {
             text.resize(used);
             return text;
         }
         used += got > 0 ? static_cast<std::size_t>(got) : 0;
-        const bool endless = !regular && used > LongestFileLine;
-        if (endless || (got < 0 && errno != EINTR)) {
-            report(editor, "read error", path, endless ? EFBIG : errno);
+        if (got < 0 || used >= LongestFileLine) {
+            report(editor, "read error", target.path, got < 0 ? errno : EFBIG);
             return std::nullopt;
         }
-        room = 8 * BufferSize;
     }
 }
 
 // The file with the edited text, beside the configuration file.
 struct Temporary {
-    std::string name;
-    Fd pinned;
+    std::string path; // as messages name it
+    Place place;
 };
 
 // Writes a piece of the edited text, going on where a signal has interrupted it.
@@ -173,48 +157,58 @@ bool write_piece(std::FILE* stream, std::string_view piece) {
 
 // Writes the edited text to a new file beside the configuration file, for nobody else to read.
 // Returns nothing on failure.
-std::optional<Temporary> write_temporary(const Editor& editor, const char* path, const Edit& edit) {
-    std::string name = concat({path, ".tmp.XXXXXX"});
-    name.resize(std::min(name.size(), MaxPath)); // one that is cut is refused by mkstemp
+std::optional<Temporary> write_temporary(const Editor& editor, const Target& target,
+                                         const Edit& edit) {
+    const std::string_view path = target.path;
+    const bool relative = static_cast<bool>(target.written.directory);
+    const std::string_view front = path.substr(0, path.size() - target.written.name.size());
+    Temporary temporary{.path = {},
+                        .place = {.directory = relative ? pin(target.written.directory) : Fd(),
+                                  .name = concat({target.written.name, ".tmp.XXXXXX"})}};
+    Place& place = temporary.place;
+    place.name.resize(std::min(place.name.size(), MaxPath - front.size())); // and is refused then
     const mode_t mask = ::umask(0); // it has to be readable again whatever the caller's mask is
-    Fd file(::mkstemp(name.data()));
+    Fd file = make_temporary(place);
     ::umask(mask);
+    temporary.path = concat({front, place.name});
     if (!file) {
         if (editor.logs_temporary_file) {
-            syserr("%s: cannot create tmp file: %s (%d)", editor.name, name.c_str(), errno);
+            syserr("%s: cannot create tmp file: %s (%d)", editor.name, temporary.path.c_str(),
+                   errno);
         }
-        std::fprintf(stderr, "cannot create tmp file: %s\n", name.c_str());
+        std::fprintf(stderr, "cannot create tmp file: %s\n", temporary.path.c_str());
         return std::nullopt;
     }
     Stream stream(::fdopen(file.get(), "w"));
     if (!stream) {
         if (editor.logs_temporary_file) {
-            syserr("%s: cannot open tmp file: %s (%d)\n", editor.name, name.c_str(), errno);
+            syserr("%s: cannot open tmp file: %s (%d)\n", editor.name, temporary.path.c_str(),
+                   errno);
         }
-        std::fprintf(stderr, "cannot open tmp file: %s\n", name.c_str());
+        std::fprintf(stderr, "cannot open tmp file: %s\n", temporary.path.c_str());
         return std::nullopt;
     }
+    place.pinned = pin(file);
     file.release(); // the stream owns it now
     std::setvbuf(stream.get(), nullptr, _IONBF, 0);
-    Fd pinned = pin(::fileno(stream.get()));
-    const bool written = pinned && write_piece(stream.get(), edit.head) &&
+    const bool written = place.pinned && write_piece(stream.get(), edit.head) &&
                          write_piece(stream.get(), edit.insertion) &&
                          write_piece(stream.get(), edit.tail) && std::fflush(stream.get()) == 0 &&
                          sync_data(::fileno(stream.get())) == 0;
     const bool closed = std::fclose(stream.release()) == 0;
     if (!written || !closed) {
-        ::unlink(name.c_str());
+        place.remove();
         return std::nullopt;
     }
-    return Temporary{std::move(name), std::move(pinned)};
+    return temporary;
 }
 
 // Opens the configuration file for the write-back and empties it: the file that was locked, or,
 // when there is none by that name any more, a new one.
-Fd open_emptied(const char* path, const Fd& pinned) {
-    Fd file = open_same(path, O_WRONLY, pinned);
+Fd open_emptied(const Place& place) {
+    Fd file = place.open(O_WRONLY);
     if (!file && errno == ENOENT) {
-        file.reset(::open(path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, NewFileMode));
+        file = place.create(O_WRONLY, NewFileMode);
     }
     if (file && is_regular(file) && ::ftruncate(file.get(), 0) != 0) {
         const int error = errno;
@@ -226,9 +220,9 @@ Fd open_emptied(const char* path, const Fd& pinned) {
 
 // Copies the temporary file into the configuration file, which is open, empty and locked.
 bool copy_back(const Editor& editor, const char* path, const Fd& file, const Temporary& temporary) {
-    const Fd source = open_same(temporary.name.c_str(), O_RDONLY | O_NOFOLLOW, temporary.pinned);
+    const Fd source = temporary.place.open(O_RDONLY | O_NOFOLLOW);
     if (!source) {
-        report(editor, "cannot open", temporary.name, errno);
+        report(editor, "cannot open", temporary.path, errno);
         return false;
     }
     std::array<char, BufferSize> buffer;
@@ -243,60 +237,61 @@ bool copy_back(const Editor& editor, const char* path, const Fd& file, const Tem
                 syserr("%s: read error %s (%d)", editor.name, path, errno);
                 std::fprintf(stderr, "read error: %s\n", path);
             } else {
-                report(editor, "read error", temporary.name, errno);
+                report(editor, "read error", temporary.path, errno);
             }
             return false;
         }
         errno = 0; // a short write sets none
         const auto size = static_cast<std::size_t>(got);
         if (retried([&] { return ::write(file.get(), buffer.data(), size); }) != got) {
-            report(editor, "write error", temporary.name, errno);
+            report(editor, "write error", temporary.path, errno);
             return false;
         }
     }
 }
 
-// Puts the edited text into the file `path`, which `file` holds open and locked.
-int rewrite(const Editor& editor, const char* path, Fd file, const Edit& edit) {
+// Puts the edited text into the file.
+int rewrite(const Editor& editor, Target target, const Edit& edit) {
     const HeldSignals held; // from here on a signal would leave half of the work behind
-    const std::optional<Temporary> temporary = write_temporary(editor, path, edit);
+    const std::optional<Temporary> temporary = write_temporary(editor, target, edit);
     if (!temporary) {
         return -1;
     }
-    Fd pinned = pin(file.get());
-    if (!pinned) {
+    const char* path = target.path;
+    target.file.pinned = pin(target.locked);
+    if (!target.file.pinned) {
         report(editor, "cannot open", path, errno);
         return -1;
     }
-    file.reset(); // and with it the lock
+    target.locked.reset(); // and with it the lock
     if (editor.clears_umask) {
         ::umask(0);
     }
-    file = open_emptied(path, pinned);
+    Fd file = open_emptied(target.file);
     if (!file) {
         report(editor, "cannot open", path, errno);
         return -1; // the edited text is still in the temporary file
     }
-    pinned.reset(); // now: later on it would take the lock along
+    target.file.pinned.reset(); // now: later on it would take the lock along
     if (lockfile(file.get(), LockToEdit) != 0) {
         report(editor, "cannot lock", path, errno);
         file.reset();
-        ::unlink(temporary->name.c_str());
+        temporary->place.remove();
         return -1;
     }
     if (!copy_back(editor, path, file, *temporary)) {
         file.reset();
-        ::unlink(temporary->name.c_str());
+        temporary->place.remove();
         return -1;
     }
     const bool synced = sync_data(file.get()) == 0;
     const int error = errno;
     const bool closed = ::close(file.release()) == 0;
     if (!synced || !closed) {
-        report(editor, "write error", temporary->name, synced ? errno : error);
+        report(editor, "write error", temporary->path, synced ? errno : error);
         return -1; // the temporary file may be the only whole copy
     }
-    ::unlink(temporary->name.c_str());
+    temporary->place.remove();
     return 0;
 }
 
@@ -304,11 +299,8 @@ int rewrite(const Editor& editor, const char* path, Fd file, const Edit& edit) {
 
 int conf_modify(const char* configfile, const char* sec, const char* key, const char* value,
                 FileKind kind) {
-    Fd file = open_locked(Modify, configfile, kind);
-    if (!file) {
-        return -1;
-    }
-    const std::optional<std::string> whole = read_whole(Modify, configfile, file);
+    std::optional<Target> target = open_locked(Modify, configfile, kind);
+    const auto whole = target ? read_whole(Modify, *target) : std::nullopt;
     if (!whole) {
         return -1;
     }
@@ -325,15 +317,12 @@ int conf_modify(const char* configfile, const char* sec, const char* key, const 
         const Range header = numbered_line(text, scan_linenumber);
         edit = {text.substr(0, header.end), entry, text.substr(header.end)};
     }
-    return rewrite(Modify, configfile, std::move(file), edit);
+    return rewrite(Modify, std::move(*target), edit);
 }
 
 int conf_delete(const char* configfile, const char* sec, const char* key) {
-    Fd file = open_locked(Delete, configfile, FileKind::Any);
-    if (!file) {
-        return -1;
-    }
-    const std::optional<std::string> whole = read_whole(Delete, configfile, file);
+    std::optional<Target> target = open_locked(Delete, configfile, FileKind::Any);
+    const auto whole = target ? read_whole(Delete, *target) : std::nullopt;
     if (!whole) {
         return -1;
     }
@@ -345,7 +334,7 @@ int conf_delete(const char* configfile, const char* sec, const char* key) {
         return -1;
     }
     const Range line = numbered_line(text, scan_linenumber);
-    return rewrite(Delete, configfile, std::move(file),
+    return rewrite(Delete, std::move(*target),
                    Edit{text.substr(0, line.begin), {}, text.substr(line.end)});
 }
 

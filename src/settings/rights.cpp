@@ -101,7 +101,7 @@ int access_cffile(int rank, const char* user, std::string& path, std::string* se
 }
 
 void read_config_user(const char* path, const char* section, int rank) {
-    if (std::optional<Configuration> file = Configuration::open(path, FileKind::Regular)) {
+    if (std::optional<Configuration> file = Configuration::open(path, FileKind::Installed)) {
         end_when_refused(load_rights(file->load, file->snapshot, section, rank));
     } else if (errno != ENOENT) {
         syserr("cannot open configfile \"%s\" (%d)", path, errno);

@@ -3,12 +3,14 @@
 #include "conf/conf_tool.h"
 #include "settings/check_config.h"
 #include "settings/rights.h"
-#include "util/handle.h"
 #include "util/log.h"
+#include "util/place.h"
+#include "util/text.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
+#include <optional>
 #include <string>
 #include <unistd.h>
 
@@ -18,7 +20,7 @@ namespace {
 
 constexpr mode_t RightsFileMode = 0644;
 
-// Makes an empty rights file where there is none. Returns whether there is one now.
+// Makes a rights file where there is none. Returns whether there is one now.
 bool ensure_file(const std::string& path) {
     if (::access(path.c_str(), F_OK) == 0) {
         return true;
@@ -27,7 +29,8 @@ bool ensure_file(const std::string& path) {
         syserr("access error \"%s\" (%d)", path.c_str(), errno);
         return false;
     }
-    Fd file(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, RightsFileMode));
+    const std::optional<Place> place = Place::of(path.c_str(), FileKind::Installed);
+    Fd file = place ? place->create(O_RDWR, RightsFileMode) : Fd();
     if (!file) {
         syserr("open error \"%s\" (%d)", path.c_str(), errno);
         return false;
@@ -60,7 +63,7 @@ int cf_mod(int rank, const char* user, int count, char** assignments) {
         const RightRow* right = find_right(key);
         if (!right || !is_acceptable(*right, {}, value) ||
             conf_modify(path.c_str(), section.c_str(), key.c_str(), value.c_str(),
-                        FileKind::Regular) != 0) {
+                        FileKind::Installed) != 0) {
             std::fprintf(stderr, "%s\n", key.c_str());
             result = -1;
         }

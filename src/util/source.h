@@ -1,7 +1,7 @@
 // Files of lines, read window by window.
 #pragma once
 
-#include "util/handle.h"
+#include "util/place.h"
 
 #include <cstddef>
 #include <memory>
