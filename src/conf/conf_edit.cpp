@@ -49,8 +49,9 @@ std::string concat(std::initializer_list<std::string_view> pieces) {
     return text;
 }
 
-// The edited text: what stays in front, the new lines, what stays behind.
+// The text as it was, and the edited one: what stays in front, the new lines, what stays behind.
 struct Edit {
+    std::string_view old;
     std::string_view head;
     std::string insertion;
     std::string_view tail;
@@ -203,14 +204,30 @@ std::optional<Temporary> write_temporary(const Editor& editor, const Target& tar
     return temporary;
 }
 
+// Makes the file again that has lost its name, with the owner and the mode that it had. Where it
+// cannot be given to its group, that gets no rights.
+Fd make_again(const Place& place) {
+    struct stat had = {};
+    const bool known = ::fstat(place.pinned.get(), &had) == 0;
+    Fd file = place.create(O_WRONLY, known ? S_IRUSR | S_IWUSR : NewFileMode);
+    if (file && known) {
+        const bool given = ::fchown(file.get(), had.st_uid, had.st_gid) == 0 ||
+                           ::fchown(file.get(), static_cast<uid_t>(-1), had.st_gid) == 0;
+        ::fchmod(file.get(), had.st_mode & (given ? ACCESSPERMS : S_IRWXU | S_IRWXO));
+    }
+    return file;
+}
+
 // Opens the configuration file for the write-back and empties it: the file that was locked, or,
 // when there is none by that name any more, a new one.
 Fd open_emptied(const Place& place) {
     Fd file = place.open(O_WRONLY);
     if (!file && errno == ENOENT) {
-        file = place.create(O_WRONLY, NewFileMode);
+        file = make_again(place);
     }
-    if (file && is_regular(file) && ::ftruncate(file.get(), 0) != 0) {
+    struct stat info = {};
+    if (file && (::fstat(file.get(), &info) != 0 ||
+                 (S_ISREG(info.st_mode) && ::ftruncate(file.get(), 0) != 0))) {
         const int error = errno;
         file.reset();
         errno = error;
@@ -250,6 +267,23 @@ bool copy_back(const Editor& editor, const char* path, const Fd& file, const Tem
     }
 }
 
+// Gives the file, which has been emptied and perhaps written to, its old text back. When that
+// fails, too, the text is lost.
+void put_back(const Fd& file, std::string_view text) {
+    if (!is_regular(file) || ::ftruncate(file.get(), 0) != 0 ||
+        ::lseek(file.get(), 0, SEEK_SET) != 0) {
+        return;
+    }
+    while (!text.empty()) {
+        const ssize_t put = retried([&] { return ::write(file.get(), text.data(), text.size()); });
+        if (put <= 0) {
+            return;
+        }
+        text.remove_prefix(static_cast<std::size_t>(put));
+    }
+    sync_data(file.get());
+}
+
 // Puts the edited text into the file.
 int rewrite(const Editor& editor, Target target, const Edit& edit) {
     const HeldSignals held; // from here on a signal would leave half of the work behind
@@ -280,8 +314,8 @@ int rewrite(const Editor& editor, Target target, const Edit& edit) {
         return -1;
     }
     if (!copy_back(editor, path, file, *temporary)) {
-        file.reset();
-        temporary->place.remove();
+        temporary->place.remove(); // which makes room
+        put_back(file, edit.old);
         return -1;
     }
     const bool synced = sync_data(file.get()) == 0;
@@ -308,14 +342,14 @@ int conf_modify(const char* configfile, const char* sec, const char* key, const 
     Source source(text);
     const std::string entry =
         concat({key, " = ", std::string_view(value).substr(0, MaxText), "\n"});
-    Edit edit{text, concat({"[", sec, "]\n", entry}), {}};
+    Edit edit{text, text, concat({"[", sec, "]\n", entry}), {}};
     std::string old_value;
     if (conf_getprofile(source, sec, key, old_value, BufferSize) == 0) {
         const Range line = numbered_line(text, scan_linenumber);
-        edit = {text.substr(0, line.begin), entry, text.substr(line.end)};
+        edit = {text, text.substr(0, line.begin), entry, text.substr(line.end)};
     } else if (get_sec(source, sec) == 0) {
         const Range header = numbered_line(text, scan_linenumber);
-        edit = {text.substr(0, header.end), entry, text.substr(header.end)};
+        edit = {text, text.substr(0, header.end), entry, text.substr(header.end)};
     }
     return rewrite(Modify, std::move(*target), edit);
 }
@@ -335,7 +369,7 @@ int conf_delete(const char* configfile, const char* sec, const char* key) {
     }
     const Range line = numbered_line(text, scan_linenumber);
     return rewrite(Delete, std::move(*target),
-                   Edit{text.substr(0, line.begin), {}, text.substr(line.end)});
+                   Edit{text, text.substr(0, line.begin), {}, text.substr(line.end)});
 }
 
 } // namespace ov

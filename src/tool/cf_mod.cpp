@@ -12,6 +12,7 @@
 #include <fcntl.h>
 #include <optional>
 #include <string>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace ov {
@@ -19,6 +20,25 @@ namespace ov {
 namespace {
 
 constexpr mode_t RightsFileMode = 0644;
+
+// Makes an empty rights file, which the gateway can read whatever the caller's mask is. By the
+// super-user's hand it belongs to whom its directory belongs to.
+Fd make_file(const char* path) {
+    const std::optional<Place> place = Place::of(path, FileKind::Installed);
+    if (!place) {
+        return Fd();
+    }
+    const mode_t mask = ::umask(0);
+    Fd file = place->create(O_RDWR, RightsFileMode);
+    ::umask(mask);
+    struct stat directory = {};
+    if (file && ::geteuid() == 0 && ::fstat(place->directory.get(), &directory) == 0) {
+        // Where it cannot be given away, everybody can still read it.
+        [[maybe_unused]] const int ignored =
+            ::fchown(file.get(), directory.st_uid, directory.st_gid);
+    }
+    return file;
+}
 
 // Makes a rights file where there is none. Returns whether there is one now.
 bool ensure_file(const std::string& path) {
@@ -29,8 +49,7 @@ bool ensure_file(const std::string& path) {
         syserr("access error \"%s\" (%d)", path.c_str(), errno);
         return false;
     }
-    const std::optional<Place> place = Place::of(path.c_str(), FileKind::Installed);
-    Fd file = place ? place->create(O_RDWR, RightsFileMode) : Fd();
+    Fd file = make_file(path.c_str());
     if (!file) {
         syserr("open error \"%s\" (%d)", path.c_str(), errno);
         return false;
