@@ -113,12 +113,8 @@ std::optional<std::string> read_whole(const Editor& editor, const Target& target
     struct stat info = {};
     const bool sized = ::fstat(target.locked.get(), &info) == 0 && S_ISREG(info.st_mode);
     const auto size = sized ? static_cast<std::size_t>(info.st_size) : 0;
-    if (size >= LongestFileLine) {
-        report(editor, "read error", target.path, EFBIG);
-        return std::nullopt;
-    }
     // A file that does not grow is read at once, with room to see its end.
-    std::string text(size + BufferSize, '\0');
+    std::string text(std::min(size, TooLong) + BufferSize, '\0');
     std::size_t used = 0;
     for (;;) {
         if (used == text.size()) {
@@ -131,7 +127,7 @@ std::optional<std::string> read_whole(const Editor& editor, const Target& target
             return text;
         }
         used += got > 0 ? static_cast<std::size_t>(got) : 0;
-        if (got < 0 || used >= LongestFileLine) {
+        if (got < 0 || used >= TooLong) {
             report(editor, "read error", target.path, got < 0 ? errno : EFBIG);
             return std::nullopt;
         }
