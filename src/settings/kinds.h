@@ -615,6 +615,9 @@ inline const char* absolute_base(const Value& value, std::optional<std::string>&
 
 // What became of a path that should be stored: nothing was made of it, or it was.
 inline Verdict take_path(const Loading& value, const std::optional<std::string>& path) {
+    if (!path && errno == ENOMEM) {
+        return Verdict::MemoryExhausted;
+    }
     if (!path) {
         return value.reader == SearchReader ? Verdict::NotConfigured : Verdict::Invalid;
     }
@@ -659,7 +662,7 @@ constexpr Rule path() {
 // A file, in EtcDirectory when it is relative. The default is taken there in any case.
 inline std::optional<std::string> file_path(const Value& value, const char* name) {
     std::optional<std::string> made;
-    const char* base = absolute_base(value, made);
+    const char* base = isfullpath(name) ? nullptr : absolute_base(value, made);
     return base || isfullpath(name) ? mk_filepath(base, name) : std::nullopt;
 }
 inline Verdict load_file(const Loading& value) {
@@ -693,8 +696,8 @@ constexpr Rule full_file() {
 
 inline std::optional<std::string> directory_path(const Value& value, const char* name) {
     std::optional<std::string> made;
-    const char* base = absolute_base(value, made);
-    return base ? mk_dirpath(base, name) : std::nullopt;
+    const char* base = isfullpath(name) ? nullptr : absolute_base(value, made);
+    return base || isfullpath(name) ? mk_dirpath(base, name) : std::nullopt;
 }
 
 // Stores the path of a directory that stands in the file, when it exists.
@@ -727,12 +730,14 @@ constexpr Rule directory(SettingOf<Text> base) {
 // The same, and made when it is missing. Another load may be making it at the same time.
 inline Verdict load_created_directory(const Loading& value) {
     constexpr mode_t Mode = 0755;
+    if (value.text.empty()) {
+        return Verdict::Invalid;
+    }
     const std::optional<std::string> path = directory_path(value, value.text.c_str());
-    if (path && !value.text.empty() && !(value.load.mask & RC_NODIRCHECK) &&
-        !value.load.knows_directory(*path)) {
+    if (path && !(value.load.mask & RC_NODIRCHECK) && !value.load.knows_directory(*path)) {
         ::mkdir(path->c_str(), Mode);
     }
-    return load_directory(value);
+    return take_directory(value, path);
 }
 inline constexpr Kind CreatedDirectory{
     .words = {"directory|relative: under {first}; made when it is missing", nullptr, "text"},
