@@ -28,17 +28,7 @@ class Collector {
     Collector& operator=(const Collector&) = delete;
 
     int fd() const { return ::fileno(file_); }
-    std::string text() const {
-        std::string text;
-        std::array<char, 4096> buffer{};
-        if (std::fseek(file_, 0, SEEK_SET) != 0) {
-            return "cannot be read again";
-        }
-        while (const std::size_t got = std::fread(buffer.data(), 1, buffer.size(), file_)) {
-            text.append(buffer.data(), got);
-        }
-        return text;
-    }
+    std::string text() const { return read_file("/proc/self/fd/" + std::to_string(fd())); }
 
   private:
     std::FILE* file_;
@@ -263,15 +253,29 @@ std::string golden_path(const std::string& name) {
 }
 
 void expect_golden(const std::string& name, const std::string& text) {
+    using testing::internal::edit_distance::CreateUnifiedDiff;
+    constexpr std::size_t MostLines = 30;
+    constexpr std::size_t Width = 500; // no golden line is longer
     const std::string actual = OV_ACTUAL_DIR "/" + name;
+    const std::string golden = read_file(golden_path(name));
     EXPECT_FALSE(text.empty());
-    if (text == read_file(golden_path(name))) {
+    if (text == golden) {
         return;
     }
     std::error_code ignored; // whoever may not write there sees the difference all the same
     std::filesystem::create_directories(std::filesystem::path(actual).parent_path(), ignored);
     write_file(actual, text);
-    EXPECT_EQ(text, read_file(golden_path(name))) << "compare " << actual;
+    // The line feed makes a last line without one differ from one that has it.
+    auto lines = lines_of(CreateUnifiedDiff(lines_of(golden + "\n"), lines_of(text + "\n")));
+    lines.resize(std::min(lines.size(), MostLines));
+    std::string difference;
+    for (const std::string& line : lines) {
+        difference += line.substr(0, Width) + "\n";
+    }
+    ADD_FAILURE()
+        << "first lines (- golden, + now); look it through, and copy it when it is right:\n  diff "
+        << golden_path(name) << " " << actual << "\n"
+        << difference;
 }
 
 std::string escaped(std::string_view text) {
