@@ -1,5 +1,5 @@
 // The editor: what it does to a file, byte for byte, and what it leaves when something fails.
-#include "conf/conf_tool.h"
+#include "conf/rewrite.h"
 #include "installation.h"
 
 #include <csignal>

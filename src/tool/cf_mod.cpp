@@ -1,6 +1,6 @@
 #include "tool/cf_mod.h"
 
-#include "conf/conf_tool.h"
+#include "conf/rewrite.h"
 #include "settings/check_config.h"
 #include "settings/rights.h"
 #include "util/log.h"

@@ -1,4 +1,5 @@
 #include "conf/conf_tool.h"
+#include "conf/rewrite.h"
 #include "settings/aux_sections.h"
 #include "settings/check_config.h"
 #include "settings/conf.h"

@@ -1,6 +1,8 @@
-#include "conf/conf_tool.h"
+#include "conf/rewrite.h"
+
+#include "conf/edit.h"
 #include "util/log.h"
-#include "util/place.h"
+#include "util/source.h"
 #include "util/text.h"
 #include "util/util.h"
 
@@ -8,10 +10,10 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <fcntl.h>
-#include <initializer_list>
+#include <optional>
+#include <string>
+#include <string_view>
 #include <sys/stat.h>
 
 namespace ov {
@@ -19,7 +21,7 @@ namespace ov {
 namespace {
 
 constexpr int LockToEdit = LockExclusive | LockNoWait;
-constexpr std::size_t BufferSize = 8192;
+constexpr std::size_t BufferSize = 8192; // of what is copied at once
 constexpr mode_t NewFileMode = 0644;
 
 // The two editors follow one protocol; they differ in what they report.
@@ -40,40 +42,6 @@ constexpr Editor Delete{.name = "conf_delete",
                         .logs_temporary_file = true,
                         .tells_open_error = false,
                         .read_error_of_target = false};
-
-std::string concat(std::initializer_list<std::string_view> pieces) {
-    std::string text;
-    for (const std::string_view piece : pieces) {
-        text += piece;
-    }
-    return text;
-}
-
-// The text as it was, and the edited one: what stays in front, the new lines, what stays behind.
-struct Edit {
-    std::string_view old;
-    std::string_view head;
-    std::string insertion;
-    std::string_view tail;
-};
-
-struct Range {
-    std::size_t begin;
-    std::size_t end;
-};
-
-// The line with the number `number`, counted from 1. The editor takes lines as they fit a buffer
-// of 8192 bytes: a longer one counts as several. Behind the last line stands an empty one.
-Range numbered_line(std::string_view text, int number) {
-    Range line{0, 0};
-    for (int n = 0; n < number; ++n) {
-        line.begin = line.end;
-        const std::string_view piece = text.substr(line.begin, BufferSize - 1);
-        const std::size_t feed = piece.find('\n');
-        line.end += feed == piece.npos ? piece.size() : feed + 1;
-    }
-    return line;
-}
 
 void report(const Editor& editor, const char* what, const std::string& object, int error) {
     syserr("%s: %s: %s (%d)", editor.name, what, object.c_str(), error);
@@ -161,13 +129,13 @@ std::optional<Temporary> write_temporary(const Editor& editor, const Target& tar
     const std::string_view front = path.substr(0, path.size() - target.written.name.size());
     Temporary temporary{.path = {},
                         .place = {.directory = relative ? pin(target.written.directory) : Fd(),
-                                  .name = concat({target.written.name, ".tmp.XXXXXX"})}};
+                                  .name = target.written.name + ".tmp.XXXXXX"}};
     Place& place = temporary.place;
     place.name.resize(std::min(place.name.size(), MaxPath - front.size())); // and is refused then
     const mode_t mask = ::umask(0); // it has to be readable again whatever the caller's mask is
     Fd file = make_temporary(place);
     ::umask(mask);
-    temporary.path = concat({front, place.name});
+    temporary.path = std::string(front) + place.name;
     if (!file) {
         if (editor.logs_temporary_file) {
             syserr("%s: cannot create tmp file: %s (%d)", editor.name, temporary.path.c_str(),
@@ -280,8 +248,8 @@ void put_back(const Fd& file, std::string_view text) {
     sync_data(file.get());
 }
 
-// Puts the edited text into the file.
-int rewrite(const Editor& editor, Target target, const Edit& edit) {
+// Puts the edited text into the file in the place of its text, `old`.
+int rewrite(const Editor& editor, Target target, const std::string& old, const Edit& edit) {
     const HeldSignals held; // from here on a signal would leave half of the work behind
     const std::optional<Temporary> temporary = write_temporary(editor, target, edit);
     if (!temporary) {
@@ -311,7 +279,7 @@ int rewrite(const Editor& editor, Target target, const Edit& edit) {
     }
     if (!copy_back(editor, path, file, *temporary)) {
         temporary->place.remove(); // which makes room
-        put_back(file, edit.old);
+        put_back(file, old);
         return -1;
     }
     const bool synced = sync_data(file.get()) == 0;
@@ -330,42 +298,18 @@ int rewrite(const Editor& editor, Target target, const Edit& edit) {
 int conf_modify(const char* configfile, const char* sec, const char* key, const char* value,
                 FileKind kind) {
     std::optional<Target> target = open_locked(Modify, configfile, kind);
-    const auto whole = target ? read_whole(Modify, *target) : std::nullopt;
-    if (!whole) {
-        return -1;
-    }
-    const std::string_view text = *whole;
-    Source source(text);
-    const std::string entry =
-        concat({key, " = ", std::string_view(value).substr(0, MaxText), "\n"});
-    Edit edit{text, text, concat({"[", sec, "]\n", entry}), {}};
-    std::string old_value;
-    if (conf_getprofile(source, sec, key, old_value, BufferSize) == 0) {
-        const Range line = numbered_line(text, scan_linenumber);
-        edit = {text, text.substr(0, line.begin), entry, text.substr(line.end)};
-    } else if (get_sec(source, sec) == 0) {
-        const Range header = numbered_line(text, scan_linenumber);
-        edit = {text, text.substr(0, header.end), entry, text.substr(header.end)};
-    }
-    return rewrite(Modify, std::move(*target), edit);
+    const auto text = target ? read_whole(Modify, *target) : std::nullopt;
+    return text ? rewrite(Modify, std::move(*target), *text, modified(*text, sec, key, value)) : -1;
 }
 
 int conf_delete(const char* configfile, const char* sec, const char* key) {
     std::optional<Target> target = open_locked(Delete, configfile, FileKind::Any);
-    const auto whole = target ? read_whole(Delete, *target) : std::nullopt;
-    if (!whole) {
-        return -1;
-    }
-    const std::string_view text = *whole;
-    Source source(text);
-    std::string old_value;
-    if (conf_getprofile(source, sec, key, old_value, BufferSize) != 0) {
+    const auto text = target ? read_whole(Delete, *target) : std::nullopt;
+    const std::optional<Edit> edit = text ? deleted(*text, sec, key) : std::nullopt;
+    if (text && !edit) {
         std::fprintf(stderr, "No such entry [%s] %s\n", sec, key);
-        return -1;
     }
-    const Range line = numbered_line(text, scan_linenumber);
-    return rewrite(Delete, std::move(*target),
-                   Edit{text, text.substr(0, line.begin), {}, text.substr(line.end)});
+    return edit ? rewrite(Delete, std::move(*target), *text, *edit) : -1;
 }
 
 } // namespace ov
