@@ -92,29 +92,6 @@ TEST(Edit, TheFileItselfIsRewritten) {
     EXPECT_EQ(after.st_gid, before.st_gid);
 }
 
-TEST(Edit, RefusalsLeaveTheFileAlone) {
-    const TempDir dir;
-    const std::string path = dir.file("conf", "[s]\nk = 1\n");
-    const std::string missing = dir.path("missing");
-    {
-        test::CapturedErrors errors;
-        EXPECT_EQ(conf_modify(missing.c_str(), "s", "k", "2"), -1);
-        EXPECT_EQ(conf_delete(missing.c_str(), "s", "k"), -1);
-        EXPECT_EQ(conf_delete(path.c_str(), "S", "none"), -1);
-        EXPECT_EQ(errors.text(), "cannot open: " + missing + " (2)\ncannot open: " + missing +
-                                     "\nNo such entry [S] none\n");
-    }
-    for (const int type : {F_RDLCK, F_WRLCK}) {
-        const test::ForeignLock lock(path, type);
-        test::CapturedErrors errors;
-        EXPECT_EQ(conf_modify(path.c_str(), "s", "k", "2"), -1);
-        EXPECT_EQ(conf_delete(path.c_str(), "s", "k"), -1);
-        EXPECT_EQ(errors.text(), "cannot lock: " + path + "\ncannot lock: " + path + "\n");
-    }
-    EXPECT_EQ(read_file(path), "[s]\nk = 1\n");
-    EXPECT_EQ(dir.names(), std::vector<std::string>{"conf"});
-}
-
 TEST(Edit, ATemporaryNameLongerThanAPathIsRefused) {
     const TempDir dir;
     std::string path = dir.path();

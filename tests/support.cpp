@@ -218,32 +218,6 @@ Setting failing(const std::string& file, std::string_view call, int number, int 
     return setting;
 }
 
-ForeignLock::ForeignLock(const std::string& path, int type) {
-    std::array<int, 2> ready{};
-    EXPECT_EQ(::pipe(ready.data()), 0);
-    process_ = ::fork();
-    if (process_ == 0) {
-        struct flock request = {};
-        request.l_type = static_cast<short>(type);
-        const int fd = ::open(path.c_str(), O_RDWR);
-        const char locked = ::fcntl(fd, F_SETLK, &request) == 0 ? 1 : 0;
-        if (::write(ready[1], &locked, 1) == 1) {
-            ::pause();
-        }
-        ::_exit(0);
-    }
-    char locked = 0;
-    EXPECT_EQ(::read(ready[0], &locked, 1), 1);
-    EXPECT_TRUE(locked);
-    ::close(ready[0]);
-    ::close(ready[1]);
-}
-
-ForeignLock::~ForeignLock() {
-    ::kill(process_, SIGKILL);
-    ::waitpid(process_, nullptr, 0);
-}
-
 bool is_root() {
     return ::getuid() == 0;
 }

@@ -101,18 +101,6 @@ Setting as_root();
 // has the functions.
 Setting failing(const std::string& file, std::string_view call, int number, int error);
 
-// Holds a lock on a file from another process while the object lives.
-class ForeignLock {
-  public:
-    ForeignLock(const std::string& path, int type);
-    ~ForeignLock();
-    ForeignLock(const ForeignLock&) = delete;
-    ForeignLock& operator=(const ForeignLock&) = delete;
-
-  private:
-    int process_ = -1;
-};
-
 constexpr unsigned Nobody = 65534;
 
 bool is_root();
