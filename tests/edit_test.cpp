@@ -468,17 +468,9 @@ TEST(Edit, ANewRightsFileBehindLinks) {
         std::filesystem::create_symlink("link" + std::to_string(i - 1),
                                         gateway.path("link" + std::to_string(i)));
     }
-    const std::vector<std::string> words = {"/bin/sh",
-                                            "-c",
-                                            "umask 077; exec \"$@\"",
-                                            "sh",
-                                            OV_BIN_DIR "/ov_admconf",
-                                            "-f",
-                                            gateway.file,
-                                            "-u",
-                                            "taro",
-                                            "-m",
-                                            "HoldList=no"};
+    const std::string command = OV_BIN_DIR "/ov_admconf -f " + gateway.file;
+    const std::vector<std::string> words = {
+        "/bin/sh", "-c", "umask 077; exec " + command + " -u taro -m HoldList=no"};
     const auto go_by = [&](const char* link) {
         std::filesystem::remove(gateway.path("admin"));
         std::filesystem::create_symlink(link, gateway.path("admin"));
