@@ -3,7 +3,7 @@
 // slow lookup finds.
 //
 // Input: "d" to delete, section, key and value, each on its line, and the file.
-#include "conf/conf_tool.h"
+#include "conf/rewrite.h"
 #include "model.h"
 #include "support.h"
 

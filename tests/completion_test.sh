@@ -152,4 +152,11 @@ for shell in zsh fish; do
     expect_in "$shell" 'HoldReason=' ov_admconf -m HoldR
     expect_in "$shell" 'Group=sales:support' ov_admconf -f "$root/conf" -m Group=sales:Su
 done
+
+# Names of files that mean something else among the arguments of awk, which has no input to wait for.
+cd "$root" && exec </dev/null
+for name in conf=new.conf -; do
+    cp conf "./$name"
+    expect 'hanako i.9-Z_ taro' ov_mgrconf -f "'$name'" -u ''
+done
 exit $((failures != 0))

@@ -33,7 +33,7 @@ TEST_F(Concurrent, TwoEditorsMeet) {
     };
     constexpr Place Loaded{"", "open+"};
     constexpr Place Locked{"", "read+"};
-    constexpr Place HasRead{".tmp.*", "mkstemp"};
+    constexpr Place HasRead{".tmp.*", "open+"};
     constexpr Place Unlocked{"", "open>"}; // the new text is in the temporary file
     constexpr Place Emptied{"", "fcntl>"};
     constexpr Place LockedAgain{".tmp.*", "open<"};

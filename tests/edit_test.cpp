@@ -1,5 +1,5 @@
 // The editor: what it does to a file, byte for byte, and what it leaves when something fails.
-#include "conf/conf_tool.h"
+#include "conf/rewrite.h"
 #include "installation.h"
 
 #include <csignal>
@@ -92,29 +92,6 @@ TEST(Edit, TheFileItselfIsRewritten) {
     EXPECT_EQ(after.st_gid, before.st_gid);
 }
 
-TEST(Edit, RefusalsLeaveTheFileAlone) {
-    const TempDir dir;
-    const std::string path = dir.file("conf", "[s]\nk = 1\n");
-    const std::string missing = dir.path("missing");
-    {
-        test::CapturedErrors errors;
-        EXPECT_EQ(conf_modify(missing.c_str(), "s", "k", "2"), -1);
-        EXPECT_EQ(conf_delete(missing.c_str(), "s", "k"), -1);
-        EXPECT_EQ(conf_delete(path.c_str(), "S", "none"), -1);
-        EXPECT_EQ(errors.text(), "cannot open: " + missing + " (2)\ncannot open: " + missing +
-                                     "\nNo such entry [S] none\n");
-    }
-    for (const int type : {F_RDLCK, F_WRLCK}) {
-        const test::ForeignLock lock(path, type);
-        test::CapturedErrors errors;
-        EXPECT_EQ(conf_modify(path.c_str(), "s", "k", "2"), -1);
-        EXPECT_EQ(conf_delete(path.c_str(), "s", "k"), -1);
-        EXPECT_EQ(errors.text(), "cannot lock: " + path + "\ncannot lock: " + path + "\n");
-    }
-    EXPECT_EQ(read_file(path), "[s]\nk = 1\n");
-    EXPECT_EQ(dir.names(), std::vector<std::string>{"conf"});
-}
-
 TEST(Edit, ATemporaryNameLongerThanAPathIsRefused) {
     const TempDir dir;
     std::string path = dir.path();
@@ -176,7 +153,7 @@ struct Gateway {
 // and what it leaves. A disk that fills up before the copy is not told of.
 TEST(Edit, FailingSystemCalls) {
     enum File { Conf, Temp };
-    enum Left { Untouched, Emptied, Changed, CutShort, WithTemporary = 4 };
+    enum Left { Untouched, Emptied, Changed, WithTemporary = 4 };
     struct Outcome {
         std::string message;
         const char* log; // behind the name of the function; empty: nothing is logged
@@ -188,13 +165,14 @@ TEST(Edit, FailingSystemCalls) {
         Outcome modified;
         Outcome deleted;
         int left;
+        int number = 1; // which call of it fails
     };
     // clang-format off
     const Case cases[] = {
         {Conf, 13, "open+", {"cannot open: CONF (13)", ""}, {"cannot open: CONF", ""}, Untouched},
         {Conf, 13, "fcntl+", {"cannot lock: CONF", ""}, {"cannot lock: CONF", ""}, Untouched},
         {Conf, 5, "read+", {"read error: CONF", "read error: CONF (5)"}, {"read error: CONF", "read error: CONF (5)"}, Untouched},
-        {Temp, 13, "mkstemp", {"cannot create tmp file: TEMP", ""}, {"cannot create tmp file: TEMP", "cannot create tmp file: TEMP (13)"}, Untouched},
+        {Temp, 13, "open+", {"cannot create tmp file: TEMP", ""}, {"cannot create tmp file: TEMP", "cannot create tmp file: TEMP (13)"}, Untouched},
         {Temp, 12, "fdopen", {"cannot open tmp file: TEMP", ""}, {"cannot open tmp file: TEMP", "cannot open tmp file: TEMP (12)\n"}, Untouched | WithTemporary},
         {Temp, 28, "fwrite", {"", ""}, {"", ""}, Untouched},
         {Temp, 28, "fflush", {"", ""}, {"", ""}, Untouched},
@@ -203,12 +181,14 @@ TEST(Edit, FailingSystemCalls) {
         {Conf, 13, "open>", {"cannot open: CONF", "cannot open: CONF (13)"}, {"cannot open: CONF", "cannot open: CONF (13)"}, Untouched | WithTemporary},
         {Conf, 2, "open>", {"cannot open: CONF", "cannot open: CONF (17)"}, {"cannot open: CONF", "cannot open: CONF (17)"}, Untouched | WithTemporary}, // it is there again
         {Conf, 5, "ftruncate", {"cannot open: CONF", "cannot open: CONF (5)"}, {"cannot open: CONF", "cannot open: CONF (5)"}, Untouched | WithTemporary},
+        {Conf, 5, "fstat>", {"cannot open: CONF", "cannot open: CONF (5)"}, {"cannot open: CONF", "cannot open: CONF (5)"}, Untouched | WithTemporary},
+        {Conf, 5, "fstat>", {"cannot open: CONF", "cannot open: CONF (5)"}, {"cannot open: CONF", "cannot open: CONF (5)"}, Untouched | WithTemporary, 2},
         {Conf, 11, "fcntl>", {"cannot lock: CONF", "cannot lock: CONF (11)"}, {"cannot lock: CONF", "cannot lock: CONF (11)"}, Emptied},
-        {Temp, 24, "open<", {"cannot open: TEMP", "cannot open: TEMP (24)"}, {"cannot open: TEMP", "cannot open: TEMP (24)"}, Emptied},
-        {Temp, 5, "read<", {"read error: CONF", "read error CONF (5)"}, {"read error: TEMP", "read error: TEMP (5)"}, Emptied},
-        {Conf, 28, "write>", {"write error: TEMP", "write error: TEMP (28)"}, {"write error: TEMP", "write error: TEMP (28)"}, Emptied},
+        {Temp, 24, "open<", {"cannot open: TEMP", "cannot open: TEMP (24)"}, {"cannot open: TEMP", "cannot open: TEMP (24)"}, Untouched},
+        {Temp, 5, "read<", {"read error: CONF", "read error CONF (5)"}, {"read error: TEMP", "read error: TEMP (5)"}, Untouched},
+        {Conf, 28, "write>", {"write error: TEMP", "write error: TEMP (28)"}, {"write error: TEMP", "write error: TEMP (28)"}, Untouched},
         {Conf, 5, "fdatasync", {"write error: TEMP", "write error: TEMP (5)"}, {"write error: TEMP", "write error: TEMP (5)"}, Changed | WithTemporary},
-        {Conf, 0, "write>", {"write error: TEMP", "write error: TEMP (0)"}, {"write error: TEMP", "write error: TEMP (0)"}, CutShort},
+        {Conf, 0, "write>", {"write error: TEMP", "write error: TEMP (0)"}, {"write error: TEMP", "write error: TEMP (0)"}, Untouched},
         {Conf, EROFS, "fdatasync", {"write error: TEMP", "write error: TEMP (30)"}, {"write error: TEMP", "write error: TEMP (30)"}, Changed | WithTemporary},
         {Conf, 28, "close>", {"write error: TEMP", "write error: TEMP (28)"}, {"write error: TEMP", "write error: TEMP (28)"}, Changed | WithTemporary},
         // What is only interrupted, or cannot be done by nature, is overlooked.
@@ -227,7 +207,7 @@ TEST(Edit, FailingSystemCalls) {
             const test::Result result =
                 test::run(removing ? gateway.remove() : gateway.replace(),
                           test::failing(c.file == Conf ? gateway.file : gateway.any_temporary,
-                                        c.call, 1, c.error));
+                                        c.call, c.number, c.error));
 
             const Outcome& outcome = removing ? c.deleted : c.modified;
             const bool done = !outcome.log;
@@ -236,8 +216,7 @@ TEST(Edit, FailingSystemCalls) {
             const std::string message = outcome.message + (outcome.message.empty() ? "" : "\n");
             EXPECT_EQ(gateway.masked(result.err), done ? "" : message + reply);
             EXPECT_EQ(result.status, done ? 0 : 1);
-            const std::string left[] = {gateway.old, "", changed,
-                                        changed.substr(0, changed.size() - 1)};
+            const std::string left[] = {gateway.old, "", changed};
             EXPECT_EQ(read_file(gateway.file), left[c.left & 3]);
             EXPECT_EQ(!gateway.temporary().empty(), (c.left & WithTemporary) != 0);
             if ((c.left & WithTemporary) && std::string_view(c.call) != "fdopen") {
@@ -259,6 +238,12 @@ TEST(Edit, FilesThatAreSwapped) {
         for (const bool temporary : {false, true}) {
             SCOPED_TRACE(swap * 10 + temporary);
             const Gateway gateway;
+            struct stat before = {};
+            ::chmod(gateway.file.c_str(), 0640);
+            if (test::is_root()) {
+                ASSERT_EQ(::chown(gateway.file.c_str(), 12, 34), 0);
+            }
+            ::stat(gateway.file.c_str(), &before);
             test::Running editor(gateway.replace(),
                                  test::failing(temporary ? gateway.any_temporary : gateway.file,
                                                temporary ? "open<" : "open>", 1, test::Stop));
@@ -287,13 +272,18 @@ TEST(Edit, FilesThatAreSwapped) {
             EXPECT_EQ(gateway.temporary().empty(), temporary || anew);
             const std::string changed = gateway.old.substr(0, gateway.old.size() - 6) + "k = 2\n";
             if (swap != Piped || temporary) {
-                EXPECT_EQ(read_file(gateway.file), temporary          ? ""
+                EXPECT_EQ(read_file(gateway.file), temporary          ? gateway.old
                                                    : swap == Replaced ? "other\n"
                                                    : anew             ? changed
                                                                       : "secret\n");
             }
             if (!temporary && !anew) {
                 EXPECT_EQ(read_file(gateway.temporary()), changed);
+            } else { // the same file, or one like it
+                ::stat(gateway.file.c_str(), &info);
+                EXPECT_EQ(info.st_mode, before.st_mode);
+                EXPECT_EQ(info.st_uid, before.st_uid);
+                EXPECT_EQ(info.st_gid, before.st_gid);
             }
         }
     }
@@ -414,6 +404,97 @@ TEST(Edit, PipesInThePlaceOfFiles) {
     EXPECT_EQ(test::logged_errors(gateway.path("logs")),
               unreadable + unreadable + "WARNING: GROUP \"g\" cannot open: \"" + group +
                   "\" (22) - ignored\n");
+}
+
+// A link is followed when it is the super-user's, or that of the owner of what it leads to.
+TEST(Edit, LinksBelowTheInstallation) {
+    if (!test::is_root()) {
+        GTEST_SKIP() << "only the super-user makes links of others";
+    }
+    constexpr uid_t Owner = 12;
+    constexpr uid_t Other = 34;
+    for (const std::string at :
+         {"admin", "admin/taro.conf", "etc/group", "etc/group/g.addr", "logs"}) {
+        for (const auto& [link, target] :
+             {std::pair{0U, Owner}, {Owner, Owner}, {Owner, 0U}, {Other, Owner}}) {
+            SCOPED_TRACE(at + " of " + std::to_string(link) + " to " + std::to_string(target));
+            const test::Installation gateway;
+            const bool followed = link == 0 || link == target;
+            gateway.dir.file("admin/taro.conf",
+                             "[Admin]\nHoldList = no\nGroup = g:none\nSelectGroupList = yes\n");
+            gateway.dir.file("etc/group/g.addr", "a@x\n");
+            const std::string moved = gateway.path("moved");
+            const std::string place = gateway.path(at);
+            std::filesystem::rename(place, moved);
+            ASSERT_EQ(::chown(moved.c_str(), target, 0), 0);
+            // On the way, and at its end.
+            std::filesystem::create_symlink(gateway.path("way/../moved"), place);
+            std::filesystem::create_symlink("etc", gateway.path("way"));
+            ASSERT_EQ(::lchown(place.c_str(), link, 0), 0);
+
+            const auto run = [&](std::vector<std::string> words) {
+                words.insert(words.begin(), {"ov_admconf", "-f", gateway.file, "-u", "taro"});
+                return test::run(words);
+            };
+            const bool rights = at.starts_with("admin");
+            const std::string path = gateway.path("admin//taro.conf");
+            EXPECT_EQ(run({"HoldList"}).out, rights && !followed ? "1\n" : "0\n");
+            EXPECT_EQ(run({"-m", "HoldList=yes"}),
+                      rights && !followed
+                          ? (test::Result{1, "", "cannot open: " + path + " (40)\nHoldList\n"})
+                          : (test::Result{0, "", ""}));
+            EXPECT_EQ(run({"-g"}).out.find("'a@x'") != std::string::npos, followed || at == "logs");
+            const bool listed = followed || at == "etc/group/g.addr" || at == "logs";
+            EXPECT_EQ(run({"SelectGroup"}).out, listed ? "g\n" : "");
+            const std::string log =
+                test::logged_errors(at == "logs" ? moved : gateway.path("logs"));
+            EXPECT_EQ(log.find("(40)") != std::string::npos, !followed && at != "logs") << log;
+            EXPECT_EQ(log.empty(), !followed && at == "logs");
+        }
+    }
+}
+
+// Forty links are followed. What is made lies where the path is written, and a new rights file is
+// for the gateway whatever the mask of the super-user is.
+TEST(Edit, ANewRightsFileBehindLinks) {
+    const test::Installation gateway;
+    std::filesystem::rename(gateway.path("admin"), gateway.path("link0"));
+    if (test::is_root()) {
+        ASSERT_EQ(::chown(gateway.path("link0").c_str(), 12, 34), 0);
+    }
+    struct stat directory = {};
+    ::stat(gateway.path("link0").c_str(), &directory);
+    for (int i = 1; i <= 40; ++i) {
+        std::filesystem::create_symlink("link" + std::to_string(i - 1),
+                                        gateway.path("link" + std::to_string(i)));
+    }
+    const std::string command = OV_BIN_DIR "/ov_admconf -f " + gateway.file;
+    const std::vector<std::string> words = {
+        "/bin/sh", "-c", "umask 077; exec " + command + " -u taro -m HoldList=no"};
+    const auto go_by = [&](const char* link) {
+        std::filesystem::remove(gateway.path("admin"));
+        std::filesystem::create_symlink(link, gateway.path("admin"));
+        return test::run(words).status;
+    };
+    EXPECT_EQ(go_by("link40"), 1);
+    EXPECT_EQ(go_by("link39"), 0);
+    struct stat made = {};
+    ASSERT_EQ(::stat(gateway.path("admin/taro.conf").c_str(), &made), 0);
+    EXPECT_EQ(made.st_mode & 07777U, 0644U);
+    EXPECT_EQ(made.st_uid, directory.st_uid);
+    EXPECT_EQ(made.st_gid, directory.st_gid);
+
+    std::filesystem::rename(gateway.path("link0/taro.conf"), gateway.path("real.conf"));
+    std::filesystem::create_symlink("../real.conf", gateway.path("link0/taro.conf"));
+    EXPECT_EQ(go_by("link39"), 1);
+    EXPECT_EQ(go_by("link38"), 0);
+    EXPECT_EQ(read_file(gateway.path("real.conf")), "[Admin]\nHoldList = no\n");
+    const test::Result refused =
+        test::run(words, test::failing(gateway.path("link0/taro.conf.tmp.*"), "open+", 1, EACCES));
+    EXPECT_TRUE(
+        refused.err.starts_with("cannot create tmp file: " + gateway.path("admin//taro.conf.tmp.")))
+        << refused.err;
+    EXPECT_EQ(refused.err.find("XXXXXX"), std::string::npos);
 }
 
 TEST(Edit, ANewRightsFileThatCannotBeClosed) {

@@ -2,7 +2,7 @@
 // the error 0 writes one byte less than asked for; with the error -1 nothing fails, but the process
 // stops itself in front of the call.
 //   OV_FAULT_FILE    the file; with "*" at its end any file whose path begins so
-//   OV_FAULT_CALL    mkstemp, fdopen, fwrite, fflush, fdatasync, fclose, open, fcntl, read, write,
+//   OV_FAULT_CALL    fdopen, fwrite, fflush, fdatasync, fclose, open, fcntl, fstat, read, write,
 //                    ftruncate, close, mkdir or unlink; with "<", ">" or "+" behind it only for a
 //                    file that is open for reading, for writing or for both
 //   OV_FAULT_NUMBER  which call of it fails, counted from 1
@@ -12,6 +12,7 @@
 // And the process is taken for that of another user:
 //   OV_FAULT_USER    what getuid answers
 
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdarg>
@@ -79,6 +80,20 @@ bool fails(const char* name, FILE* stream) {
     return stream && fails(name, ::fileno(stream));
 }
 
+// The whole path of a name in an open directory.
+std::array<char, 8192> in_directory(int directory, const char* name) {
+    std::array<char, 4096> front{};
+    if (directory != AT_FDCWD && *name != '/') {
+        char link[64];
+        std::snprintf(link, sizeof link, "/proc/self/fd/%d", directory);
+        const ssize_t length = ::readlink(link, front.data(), front.size() - 2);
+        front[static_cast<std::size_t>(length > 0 ? length : 0)] = '/';
+    }
+    std::array<char, 8192> path{};
+    std::snprintf(path.data(), path.size(), "%s%s", front.data(), name);
+    return path;
+}
+
 template <class Function>
 Function* real(const char* name) {
     return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
@@ -87,10 +102,6 @@ Function* real(const char* name) {
 } // namespace
 
 extern "C" {
-
-int mkstemp(char* name) {
-    return fails("mkstemp", name) ? -1 : real<int(char*)>("mkstemp")(name);
-}
 
 FILE* fdopen(int fd, const char* mode) {
     return fails("fdopen", fd) ? nullptr : real<FILE*(int, const char*)>("fdopen")(fd, mode);
@@ -108,6 +119,21 @@ int open(const char* path, int flags, ...) {
 // What the fortified headers make of an open that makes no file.
 int __open_2(const char* path, int flags) {
     return open(path, flags);
+}
+
+int openat(int directory, const char* path, int flags, ...) {
+    std::va_list args;
+    va_start(args, flags);
+    const int mode = va_arg(args, int);
+    va_end(args);
+    if (!(flags & O_PATH) && fails("open", in_directory(directory, path).data(), flags)) {
+        return -1;
+    }
+    return real<int(int, const char*, int, ...)>("openat")(directory, path, flags, mode);
+}
+
+int __openat_2(int directory, const char* path, int flags) {
+    return openat(directory, path, flags);
 }
 
 int fcntl64(int fd, int command, ...) {
@@ -181,8 +207,14 @@ int mkdir(const char* path, mode_t mode) noexcept {
     return fails("mkdir", path) ? -1 : real<int(const char*, mode_t)>("mkdir")(path, mode);
 }
 
-int unlink(const char* path) {
-    return fails("unlink", path) ? -1 : real<int(const char*)>("unlink")(path);
+int unlinkat(int directory, const char* path, int flags) noexcept {
+    return fails("unlink", in_directory(directory, path).data())
+               ? -1
+               : real<int(int, const char*, int)>("unlinkat")(directory, path, flags);
+}
+
+int fstat(int fd, struct stat* info) noexcept {
+    return fails("fstat", fd) ? -1 : real<int(int, struct stat*)>("fstat")(fd, info);
 }
 
 uid_t getuid() noexcept {

@@ -59,6 +59,13 @@ TEST(Load, PrintedGroups) {
 
 TEST(Load, StoredValues) {
     const test::Installation gateway;
+    // An absolute directory needs none that it could lie in.
+    read_config(gateway.dir
+                    .file("deep", "[Directories]\nRootDirectory = /" + std::string(4090, 'r') +
+                                      "\nGroup_Dir = /g\n")
+                    .c_str(),
+                RC_NODIRCHECK | RC_NOCHECK);
+    EXPECT_EQ(Group_Dir.view(), "/g/");
     gateway.configure(
         "[SMTP]\nSOCKEToption = -1\nServerHost = a b:10 _Msp_:5 _cmd_\nGreetingMessage =\n"
         "AllowIP = 10.1\n[NoticeMessage]\nSignature =\n"

@@ -162,11 +162,16 @@ TEST(Lookup, AnswersAlikeWhateverTheText) {
     const std::string pieces[] = {
         "[SMTP]", "[Nowhere]", "[", "]",  "=",   "SmtpPort", "smtpport", "\n",         "\n", "\n",
         "\"",     "#",         " ", "12", " = ", "x",        "\r\n",     "SmtpPort =", "\t", "\0"s};
+    // Few keys that stand very often, with and without a token behind the "=".
+    const std::string lines[] = {"[SMTP]\n",           "[Nowhere]\n",       "SmtpPort = ]\n",
+                                 "SmtpPort = [x]\n",   "SmtpPort == 1\n",   "SmtpPort = 1\n",
+                                 "NeedMailHelo = ]\n", "SmtpPort =  # 2\n", "NeedMailHelo = 3\n"};
     std::mt19937 random(20261121);
-    for (int file = 0; file < 150; ++file) {
-        std::string text = file % 2 == 0 ? "[SMTP]" : "";
+    for (int file = 0; file < 200; ++file) {
+        std::string text = file % 2 == 0 ? "[SMTP]\n" : "";
         for (int i = 0; i < 25; ++i) {
-            text += pieces[random() % std::size(pieces)];
+            text += file % 4 < 2 ? pieces[random() % std::size(pieces)]
+                                 : lines[random() % std::size(lines)];
         }
         Source source(text);
         for (const int mode : {TokenMode, LineMode}) {

@@ -28,17 +28,7 @@ class Collector {
     Collector& operator=(const Collector&) = delete;
 
     int fd() const { return ::fileno(file_); }
-    std::string text() const {
-        std::string text;
-        std::array<char, 4096> buffer{};
-        if (std::fseek(file_, 0, SEEK_SET) != 0) {
-            return "cannot be read again";
-        }
-        while (const std::size_t got = std::fread(buffer.data(), 1, buffer.size(), file_)) {
-            text.append(buffer.data(), got);
-        }
-        return text;
-    }
+    std::string text() const { return read_file("/proc/self/fd/" + std::to_string(fd())); }
 
   private:
     std::FILE* file_;
@@ -228,32 +218,6 @@ Setting failing(const std::string& file, std::string_view call, int number, int 
     return setting;
 }
 
-ForeignLock::ForeignLock(const std::string& path, int type) {
-    std::array<int, 2> ready{};
-    EXPECT_EQ(::pipe(ready.data()), 0);
-    process_ = ::fork();
-    if (process_ == 0) {
-        struct flock request = {};
-        request.l_type = static_cast<short>(type);
-        const int fd = ::open(path.c_str(), O_RDWR);
-        const char locked = ::fcntl(fd, F_SETLK, &request) == 0 ? 1 : 0;
-        if (::write(ready[1], &locked, 1) == 1) {
-            ::pause();
-        }
-        ::_exit(0);
-    }
-    char locked = 0;
-    EXPECT_EQ(::read(ready[0], &locked, 1), 1);
-    EXPECT_TRUE(locked);
-    ::close(ready[0]);
-    ::close(ready[1]);
-}
-
-ForeignLock::~ForeignLock() {
-    ::kill(process_, SIGKILL);
-    ::waitpid(process_, nullptr, 0);
-}
-
 bool is_root() {
     return ::getuid() == 0;
 }
@@ -263,15 +227,29 @@ std::string golden_path(const std::string& name) {
 }
 
 void expect_golden(const std::string& name, const std::string& text) {
+    using testing::internal::edit_distance::CreateUnifiedDiff;
+    constexpr std::size_t MostLines = 30;
+    constexpr std::size_t Width = 500; // no golden line is longer
     const std::string actual = OV_ACTUAL_DIR "/" + name;
+    const std::string golden = read_file(golden_path(name));
     EXPECT_FALSE(text.empty());
-    if (text == read_file(golden_path(name))) {
+    if (text == golden) {
         return;
     }
     std::error_code ignored; // whoever may not write there sees the difference all the same
     std::filesystem::create_directories(std::filesystem::path(actual).parent_path(), ignored);
     write_file(actual, text);
-    EXPECT_EQ(text, read_file(golden_path(name))) << "compare " << actual;
+    // The line feed makes a last line without one differ from one that has it.
+    auto lines = lines_of(CreateUnifiedDiff(lines_of(golden + "\n"), lines_of(text + "\n")));
+    lines.resize(std::min(lines.size(), MostLines));
+    std::string difference;
+    for (const std::string& line : lines) {
+        difference += line.substr(0, Width) + "\n";
+    }
+    ADD_FAILURE()
+        << "first lines (- golden, + now); look it through, and copy it when it is right:\n  diff "
+        << golden_path(name) << " " << actual << "\n"
+        << difference;
 }
 
 std::string escaped(std::string_view text) {

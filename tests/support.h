@@ -101,18 +101,6 @@ Setting as_root();
 // has the functions.
 Setting failing(const std::string& file, std::string_view call, int number, int error);
 
-// Holds a lock on a file from another process while the object lives.
-class ForeignLock {
-  public:
-    ForeignLock(const std::string& path, int type);
-    ~ForeignLock();
-    ForeignLock(const ForeignLock&) = delete;
-    ForeignLock& operator=(const ForeignLock&) = delete;
-
-  private:
-    int process_ = -1;
-};
-
 constexpr unsigned Nobody = 65534;
 
 bool is_root();
@@ -120,8 +108,9 @@ bool is_root();
 // The path of the file `name` in tests/golden.
 std::string golden_path(const std::string& name);
 
-// Compares a text with that file. The text that differs is left in the build folder, under
-// tests/actual, to be looked through and copied over the file when it is right.
+// Compares a text with that file, and tells the first lines that differ. The text that does is left
+// in the build folder, under tests/actual, to be looked through and copied over the file when it is
+// right.
 void expect_golden(const std::string& name, const std::string& text);
 
 // How a value is written on one line: "x{16}" for sixteen or more of a character, "\n", "\xe9".

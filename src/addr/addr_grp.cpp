@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <dirent.h>
+#include <fcntl.h>
 #include <new>
 #include <optional>
 #include <set>
@@ -107,7 +108,7 @@ enum class Outcome { Done, Full, NoMemory };
 Outcome load_file(GroupLoad& load, const std::string& name) {
     const std::string path =
         std::string(group_settings.directory.view()) + "/" + name + std::string(Suffix);
-    std::optional<Source> source = Source::open(path.c_str(), FileKind::Regular);
+    std::optional<Source> source = Source::open(path.c_str(), FileKind::Installed);
     if (!source) {
         if (errno == ENOENT) {
             syserr("WARNING: GROUP \"%s\" not found: \"%s\" - ignored", name.c_str(), path.c_str());
@@ -282,13 +283,17 @@ int add_addrlist(PatternTable& lists, std::string_view entry, bool idtab) {
 
 void print_group_list() {
     const std::string path = std::string(group_settings.directory.view()) + "/";
-    const std::unique_ptr<DIR, int (*)(DIR*)> directory(::opendir(path.c_str()), ::closedir);
+    const Fd place = open_directory_of(path.c_str());
+    Fd file(place ? ::openat(place.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC) : -1);
+    const std::unique_ptr<DIR, int (*)(DIR*)> directory(file ? ::fdopendir(file.get()) : nullptr,
+                                                        ::closedir);
     if (!directory) {
         syserr("%s: opendir failed: \"%s\" (%d)", "print_group_list", path.c_str(), errno);
         return;
     }
-    while (const dirent* file = ::readdir(directory.get())) {
-        const std::string_view name(file->d_name);
+    file.release(); // the directory owns it now
+    while (const dirent* entry = ::readdir(directory.get())) {
+        const std::string_view name(entry->d_name);
         if (!name.starts_with('.') && name.size() > Suffix.size() && name.ends_with(Suffix)) {
             const std::string group(name.substr(0, name.size() - Suffix.size()));
             std::printf("%s\n", group.c_str());

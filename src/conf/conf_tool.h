@@ -1,4 +1,4 @@
-// Lookup of one key of a configuration file, and editing of one entry.
+// Lookup of one key of a configuration file.
 //
 // A file is made of "[Section]" headers and "Key = value" entries, a line each. Names that hold
 // blanks are quoted; names are compared without regard to case; one to eight bare digits are no
@@ -82,24 +82,5 @@ int conf_fetch(const char* path, const char* sec, const char* key, std::string& 
 // Finds the first header of the section `sec`: 0 with scan_linenumber at its line, or -1. Unlike
 // the lookup it takes a "[" inside an entry's value for the start of a header.
 int get_sec(Source& fp, std::string_view sec);
-
-// Gives the entry of `sec` and `key` the value `value`, cut to 8191 characters: replaces its line
-// by "key = value", or puts that line right behind the first header of the section, or behind a
-// new header at the end of the file. Every other byte of the file stays.
-//
-// The file is locked without waiting and must exist. The edited text goes to a temporary file
-// beside it, readable by its owner only, and from there back into the file itself, which so keeps
-// its owner, mode and links. Between the two the file is unlocked for a moment. Each copy is on the
-// disk before the other one is given up, and signals that would end the process wait until the
-// temporary file is gone. Another file that has taken the place of either is left alone.
-//
-// Returns 0, or -1 after a message on standard error (a failed write to the temporary file gives
-// none). Up to the write-back a failure leaves the file as it was.
-int conf_modify(const char* configfile, const char* sec, const char* key, const char* value,
-                FileKind kind = FileKind::Any);
-
-// Removes the first entry of `sec` and `key`, in the same manner. The section keeps its header
-// even when nothing is left in it. A missing entry is a failure, too.
-int conf_delete(const char* configfile, const char* sec, const char* key);
 
 } // namespace ov

@@ -2,7 +2,7 @@
 
 #include "util/text.h"
 
-#include <algorithm>
+#include <cerrno>
 
 namespace ov {
 
@@ -12,7 +12,12 @@ std::optional<Snapshot> Snapshot::open(const char* path, const KeyIndex& index, 
     if (!source) {
         return std::nullopt;
     }
-    return Snapshot(std::move(*source), index, wanted);
+    Snapshot snapshot(std::move(*source), index, wanted);
+    if (snapshot.error_ != 0) {
+        errno = snapshot.error_;
+        return std::nullopt;
+    }
+    return snapshot;
 }
 
 Snapshot::Snapshot(Source source, const KeyIndex& index, const WantedKey& wanted)
@@ -40,23 +45,30 @@ Snapshot::Snapshot(Source source, const KeyIndex& index, const WantedKey& wanted
             keep(this->wanted(), *entry);
         }
     }
+    error_ = source.error();
 }
 
-// Only the first entry of a key counts, and the first one with a token for those who want that.
+// Only the first entry of a key counts, and the first one with a token for those who want that: two
+// at most are kept, however often the key stands there, and each is looked at once.
 void Snapshot::keep(std::size_t number, const Entry& entry) {
-    const std::size_t first = found_[number];
-    if (first == 0) {
-        store(entry);
-        found_[number] = static_cast<std::uint16_t>(kept_.size());
-    } else if (token_value(entry) && !token_value(entry_at(first))) {
-        store(entry);
-        with_token_.emplace_back(number, kept_.size());
+    Places& places = found_[number];
+    if (places.first == 0) {
+        places.first = store(entry);
+        return;
+    }
+    if (!places.repeated) {
+        places.repeated = true;
+        places.with_token = token_value(entry_at(places.first)) ? places.first : 0;
+    }
+    if (places.with_token == 0 && token_value(entry)) {
+        places.with_token = store(entry);
     }
 }
 
-void Snapshot::store(const Entry& entry) {
+std::uint16_t Snapshot::store(const Entry& entry) {
     kept_.push_back({entry.line, static_cast<std::uint32_t>(entry.rest.size()), rests_.size()});
     rests_ += entry.rest;
+    return static_cast<std::uint16_t>(kept_.size());
 }
 
 Entry Snapshot::entry_at(std::size_t place) const {
@@ -66,20 +78,12 @@ Entry Snapshot::entry_at(std::size_t place) const {
 
 int Snapshot::lookup(std::size_t number, const char* sec, const char* key, std::string& ans,
                      int flg) const {
-    const auto take = [&](std::size_t place) {
-        return take_value(entry_at(place), sec, key, ans, MaxText + 1, flg);
-    };
+    const Places& places = found_[number];
+    const std::size_t place =
+        places.repeated && !(flg & LineMode) ? places.with_token : places.first;
     ans.clear();
-    if (has(number)) {
-        if (take(found_[number])) {
-            return 0;
-        }
-        const auto other =
-            std::find_if(with_token_.begin(), with_token_.end(),
-                         [number](const auto& pair) { return pair.first == number; });
-        if (other != with_token_.end() && take(other->second)) {
-            return 0;
-        }
+    if (place != 0 && take_value(entry_at(place), sec, key, ans, MaxText + 1, flg)) {
+        return 0;
     }
     scan_linenumber = 0;
     return -1;

@@ -7,7 +7,6 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace ov {
@@ -20,14 +19,15 @@ struct WantedKey {
 
 class Snapshot {
   public:
-    // Reads and scans the file `path`; nothing, with errno set, when it cannot be opened.
+    // Reads and scans the file `path`; nothing, with errno set, when it cannot be opened or a line
+    // of it is too long.
     static std::optional<Snapshot> open(const char* path, const KeyIndex& index,
                                         FileKind kind = FileKind::Any,
                                         const WantedKey& wanted = {});
     Snapshot(Source source, const KeyIndex& index, const WantedKey& wanted = {});
 
     // Whether the file has an entry of the key with that number.
-    bool has(std::size_t number) const { return found_[number] != 0; }
+    bool has(std::size_t number) const { return found_[number].first != 0; }
 
     // What _getprofile finds for the key with that number, called `sec` and `key`: the same value,
     // line number and result.
@@ -46,17 +46,22 @@ class Snapshot {
         std::size_t start;
     };
     void keep(std::size_t number, const Entry& entry);
-    void store(const Entry& entry);
+    std::uint16_t store(const Entry& entry); // returns its place
     Entry entry_at(std::size_t place) const;
 
-    // The place of the first entry of each key in `kept_`, counted from 1; 0: there is none. The
-    // last one is the key wanted beside.
-    std::vector<std::uint16_t> found_;
-    // The first entries that have a token as value, of the keys whose first entry has none.
-    std::vector<std::pair<std::size_t, std::size_t>> with_token_;
+    // The places of a key's entries in `kept_`, counted from 1; 0: there is none. The second one is
+    // told from the first only when the key stands in the file more than once.
+    struct Places {
+        std::uint16_t first = 0;
+        std::uint16_t with_token = 0; // the first one that has a token as value
+        bool repeated = false;
+    };
+
+    std::vector<Places> found_; // of each key; the last one is that wanted beside
     std::vector<Kept> kept_;
     std::string rests_;
     bool regular_;
+    int error_ = 0; // of the source
 };
 
 } // namespace ov

@@ -56,6 +56,9 @@ const char* absolute_base(const Text& base, std::optional<std::string>& made) {
 
 // What became of a path that should be stored: nothing was made of it, or it was.
 Verdict take_path(const Loading& value, const std::optional<std::string>& path) {
+    if (!path && errno == ENOMEM) {
+        return Verdict::MemoryExhausted;
+    }
     if (!path) {
         return value.reader == SearchReader ? Verdict::NotConfigured : Verdict::Invalid;
     }
@@ -77,14 +80,14 @@ Verdict take_default(const Loading& value, const std::optional<std::string>& pat
 
 std::optional<std::string> file_path(const char* name) {
     std::optional<std::string> made;
-    const char* base = absolute_base(installation.etc, made);
+    const char* base = isfullpath(name) ? nullptr : absolute_base(installation.etc, made);
     return base || isfullpath(name) ? mk_filepath(base, name) : std::nullopt;
 }
 
 std::optional<std::string> directory_path(const Text& under, const char* name) {
     std::optional<std::string> made;
-    const char* base = absolute_base(under, made);
-    return base ? mk_dirpath(base, name) : std::nullopt;
+    const char* base = isfullpath(name) ? nullptr : absolute_base(under, made);
+    return base || isfullpath(name) ? mk_dirpath(base, name) : std::nullopt;
 }
 
 // Stores the path of a directory that stands in the file, when it exists.
@@ -138,12 +141,14 @@ Verdict default_directory(const Loading& value) {
 // Another load may be making it at the same time.
 Verdict load_created_directory(const Loading& value) {
     constexpr mode_t Mode = 0755;
+    if (value.text.empty()) {
+        return Verdict::Invalid;
+    }
     const std::optional<std::string> path = directory_path(base_of(value), value.text.c_str());
-    if (path && !value.text.empty() && !(value.load.mask & RC_NODIRCHECK) &&
-        !value.load.knows_directory(*path)) {
+    if (path && !(value.load.mask & RC_NODIRCHECK) && !value.load.knows_directory(*path)) {
         ::mkdir(path->c_str(), Mode);
     }
-    return load_directory(value);
+    return take_directory(value, path);
 }
 
 Verdict load_full_directory(const Loading& value) {

@@ -171,7 +171,7 @@ void read_config_search(Configuration& configuration, unsigned mask) {
 }
 
 void read_config_user(const char* path, const char* section, int rank) {
-    if (std::optional<Configuration> file = Configuration::open(path, FileKind::Regular)) {
+    if (std::optional<Configuration> file = Configuration::open(path, FileKind::Installed)) {
         end_when_refused(load_rights(file->load, file->snapshot, section, rank));
     } else if (errno != ENOENT) {
         syserr("cannot open configfile \"%s\" (%d)", path, errno);

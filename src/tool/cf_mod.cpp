@@ -1,15 +1,18 @@
 #include "tool/cf_mod.h"
 
 #include "answer/check_config.h"
-#include "conf/conf_tool.h"
+#include "conf/rewrite.h"
 #include "load/rights.h"
-#include "util/handle.h"
 #include "util/log.h"
+#include "util/place.h"
+#include "util/text.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
+#include <optional>
 #include <string>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace ov {
@@ -18,7 +21,26 @@ namespace {
 
 constexpr mode_t RightsFileMode = 0644;
 
-// Makes an empty rights file where there is none. Returns whether there is one now.
+// Makes an empty rights file, which the gateway can read whatever the caller's mask is. By the
+// super-user's hand it belongs to whom its directory belongs to.
+Fd make_file(const char* path) {
+    const std::optional<Place> place = Place::of(path, FileKind::Installed);
+    if (!place) {
+        return Fd();
+    }
+    const mode_t mask = ::umask(0);
+    Fd file = place->create(O_RDWR, RightsFileMode);
+    ::umask(mask);
+    struct stat directory = {};
+    if (file && ::geteuid() == 0 && ::fstat(place->directory.get(), &directory) == 0) {
+        // Where it cannot be given away, everybody can still read it.
+        [[maybe_unused]] const int ignored =
+            ::fchown(file.get(), directory.st_uid, directory.st_gid);
+    }
+    return file;
+}
+
+// Makes a rights file where there is none. Returns whether there is one now.
 bool ensure_file(const std::string& path) {
     if (::access(path.c_str(), F_OK) == 0) {
         return true;
@@ -27,7 +49,7 @@ bool ensure_file(const std::string& path) {
         syserr("access error \"%s\" (%d)", path.c_str(), errno);
         return false;
     }
-    Fd file(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, RightsFileMode));
+    Fd file = make_file(path.c_str());
     if (!file) {
         syserr("open error \"%s\" (%d)", path.c_str(), errno);
         return false;
@@ -60,7 +82,7 @@ int cf_mod(int rank, const char* user, int count, char** assignments) {
         const RightRow* right = find_right(key);
         if (!right || !is_acceptable(*right, {}, value) ||
             conf_modify(path.c_str(), section.c_str(), key.c_str(), value.c_str(),
-                        FileKind::Regular) != 0) {
+                        FileKind::Installed) != 0) {
             std::fprintf(stderr, "%s\n", key.c_str());
             result = -1;
         }

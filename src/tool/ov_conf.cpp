@@ -3,6 +3,7 @@
 #include "answer/isvalid_msp.h"
 #include "catalogue/defaults.h"
 #include "conf/conf_tool.h"
+#include "conf/rewrite.h"
 #include "load/configuration.h"
 #include "load/setdir.h"
 #include "tool/commands.h"

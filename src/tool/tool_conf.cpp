@@ -4,6 +4,7 @@
 #include "util/log.h"
 #include "util/text.h"
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -24,12 +25,12 @@ const char* base_name(const char* path) {
 }
 
 // A closed standard descriptor would be given to the next file that is opened, and messages would
-// end up in that file.
+// end up in that file. Where there is no /dev/null, what nobody can write to takes its place.
 void open_standard_descriptors() {
-    for (int fd = ::open("/dev/null", O_RDWR); fd != -1; fd = ::open("/dev/null", O_RDWR)) {
-        if (fd > STDERR_FILENO) {
-            ::close(fd);
-            return;
+    for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (::fcntl(fd, F_GETFD) == -1 && ::open("/dev/null", O_RDWR) == -1 &&
+            ::open("/", O_PATH) == -1) {
+            std::_Exit(EXIT_FAILURE);
         }
     }
 }
@@ -76,6 +77,7 @@ int main(int argc, char** argv) {
     std::set_terminate(ov::on_terminate);
     try {
         ov::open_standard_descriptors();
+        std::signal(SIGXFSZ, SIG_IGN); // a file that may not grow is a write error as any other
         ov::ProgName = ov::base_name(argc > 0 ? argv[0] : "");
         std::exit(ov::run_command(argc, argv));
     } catch (const std::bad_alloc&) {

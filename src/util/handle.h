@@ -47,19 +47,7 @@ auto retried(Call call) {
     return result;
 }
 
-// Which files are wanted.
-enum class FileKind {
-    Any,
-    Regular, // any other is not waited for, and cannot be opened (EINVAL)
-};
-
 bool is_regular(const Fd& file);
-
-// Opens what stands at `path`, and does not wait for the other end of a pipe.
-Fd open_unwaited(const char* path, int flags, mode_t mode = 0);
-
-// Opens the file `path`; an empty guard, with errno set, when it cannot be opened.
-Fd open_file(const char* path, int flags, FileKind kind = FileKind::Any);
 
 // Brings what was written to the file onto the disk. Returns 0, for what is on no disk (a pipe,
 // a device), too; -1 with errno set.

@@ -1,6 +1,6 @@
 #include "util/log.h"
 
-#include "util/handle.h"
+#include "util/place.h"
 #include "util/text.h"
 #include "util/util.h"
 #include "util/util_settings.h"
@@ -73,12 +73,14 @@ const char* daily_file(const Stamp& stamp) {
     return logfile.c_str();
 }
 
-// Opens the daily file for appending. Who may write into the directory could have put a link or a
-// pipe in its place: neither is followed, waited for, or written to.
-Fd open_log(const char* path, int flags, mode_t mode) {
-    Fd file = open_unwaited(path, O_WRONLY | O_APPEND | O_NOFOLLOW | flags, mode);
+// Opens the daily file in its directory for appending. Who may write there could have put a link or
+// a pipe in its place, or have leased it: nothing is followed, waited for, or written to then.
+Fd open_log(const Fd& directory, const char* path, int flags, mode_t mode) {
+    constexpr int Append = O_WRONLY | O_APPEND | O_NOFOLLOW;
+    Fd file = open_unwaited(directory.get(), last_name(path), Append | flags, mode);
     if (file && !is_regular(file)) {
         file.reset();
+        errno = EINVAL;
     }
     return file;
 }
@@ -193,14 +195,17 @@ void append_line(bool with_program, const char* format, std::va_list args) {
     const Stamp stamp = stamp_now((services.log_option & LogMilliseconds) != 0);
     const char* path = daily_file(stamp);
     const auto mode = static_cast<mode_t>(services.log_mode);
-    Fd file = open_log(path, 0, mode);
-    if (!file) {
-        file = open_log(path, O_CREAT, mode);
-        if (!file) {
-            errno = error;
-            return;
+    const Fd directory = open_directory_of(path);
+    Fd file = directory ? open_log(directory, path, 0, mode) : Fd();
+    if (!file && directory && errno == ENOENT) {
+        file = open_log(directory, path, O_CREAT, mode);
+        if (file) {
+            write_header(file.get(), stamp);
         }
-        write_header(file.get(), stamp);
+    }
+    if (!file) {
+        errno = error;
+        return;
     }
 
     static LineBuffer buffer;
@@ -258,7 +263,9 @@ void log_put(const char* format, ...) {
         return;
     }
     const Stamp stamp = stamp_now(false);
-    Fd file = open_log(daily_file(stamp), O_CREAT, 0666);
+    const char* path = daily_file(stamp);
+    const Fd directory = open_directory_of(path);
+    Fd file = directory ? open_log(directory, path, O_CREAT, 0666) : Fd();
     Stream stream(file ? ::fdopen(file.get(), "a") : nullptr);
     if (!stream) {
         return;

@@ -17,13 +17,19 @@ constexpr std::size_t BufferSize = 65536;
 
 Source::Source(Fd file) : file_(std::move(file)), at_end_(false) {
     struct stat info = {};
-    regular_ = ::fstat(file_.get(), &info) == 0 && S_ISREG(info.st_mode);
+    if (::fstat(file_.get(), &info) != 0) {
+        error_ = errno;
+    }
+    regular_ = S_ISREG(info.st_mode);
     // A small file is read at once, with room to see its end.
     const auto size = static_cast<std::size_t>(std::max<off_t>(info.st_size, 0));
     capacity_ = regular_ && size > 0 && size < BufferSize ? size + 1 : BufferSize;
     buffer_ = std::make_unique_for_overwrite<char[]>(capacity_);
     next_window();
     at_start_ = true;
+    while (regular_ && size >= TooLong && lookahead() != -1) { // only then a line can be
+        move_to(window_.size());
+    }
 }
 
 std::optional<Source> Source::open(const char* path, FileKind kind) {
@@ -31,7 +37,13 @@ std::optional<Source> Source::open(const char* path, FileKind kind) {
     if (!file) {
         return std::nullopt;
     }
-    return Source(std::move(file));
+    Source source(std::move(file));
+    if (source.error() != 0) {
+        errno = source.error();
+        return std::nullopt;
+    }
+    source.rewind();
+    return source;
 }
 
 void Source::rewind() {
@@ -58,16 +70,17 @@ void Source::next_window() {
     position_ = 0;
     at_start_ = false;
     for (;;) {
-        if (used_ >= LongestFileLine) {
+        if (used_ >= TooLong) {
             at_end_ = true;
+            error_ = EFBIG;
             window_ = {buffer_.get(), used_};
             return;
         }
         if (used_ == capacity_) {
-            auto larger = std::make_unique_for_overwrite<char[]>(capacity_ * 2);
+            capacity_ = std::min(capacity_ * 2, TooLong);
+            auto larger = std::make_unique_for_overwrite<char[]>(capacity_);
             std::copy_n(buffer_.get(), used_, larger.get());
             buffer_ = std::move(larger);
-            capacity_ *= 2;
         }
         const ssize_t got = ::read(file_.get(), buffer_.get() + used_, capacity_ - used_);
         if (got == -1 && errno == EINTR) {

@@ -1,7 +1,7 @@
 // Files of lines, read window by window.
 #pragma once
 
-#include "util/handle.h"
+#include "util/place.h"
 
 #include <cstddef>
 #include <memory>
@@ -10,9 +10,9 @@
 
 namespace ov {
 
-// No line is longer than this. A device without an end, or without a line feed, must not take all
-// memory: it reads as if the file ended there.
-inline constexpr std::size_t LongestFileLine = std::size_t{64} << 20;
+// No line is as long as this, and no file that is edited as large: a file without an end, or
+// without a line feed, must not take all memory.
+inline constexpr std::size_t TooLong = std::size_t{64} << 20;
 
 // An open file of lines and how far it has been read. A window of whole lines is held at a time;
 // what is given out points into it and lives until the window moves on.
@@ -22,7 +22,8 @@ class Source {
     explicit Source(Fd file);
     // Reads `text`, which must outlive the source.
     explicit Source(std::string_view text) : window_(text) {}
-    // The file `path`; nothing, with errno set, when it cannot be opened.
+    // The file `path`; nothing, with errno set, when it cannot be opened, or a line of it is too
+    // long (EFBIG). In a pipe, such a line is met only when it is read.
     static std::optional<Source> open(const char* path, FileKind kind = FileKind::Any);
 
     // Goes back to the first byte.
@@ -30,6 +31,10 @@ class Source {
 
     // Whether it can be read again from the start with the same outcome.
     bool is_regular_file() const { return regular_; }
+
+    // Why this is not all of the file, as an error number: EFBIG behind the beginning of a line
+    // that is too long. 0: it is.
+    int error() const { return error_; }
 
     // The window: it ends behind a line feed or with the file.
     std::string_view window() const { return window_; }
@@ -51,6 +56,7 @@ class Source {
 
     Fd file_;
     bool regular_ = false;
+    int error_ = 0;
     bool at_end_ = true;   // nothing more can be read
     bool at_start_ = true; // the window is the first one
     std::unique_ptr<char[]> buffer_;

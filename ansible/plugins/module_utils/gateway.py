@@ -10,6 +10,9 @@ import stat
 import tempfile
 import time
 
+from ansible.module_utils.basic import AnsibleModule
+from ansible.module_utils.common.validation import check_type_dict, check_type_list
+
 COMMON_OPTIONS = dict(
     path=dict(type='path', default='/etc/Tessary.conf'),
     command_path=dict(type='path'),
@@ -19,7 +22,8 @@ COMMON_OPTIONS = dict(
 )
 
 LONGEST_VALUE = 1000
-SECRET_KEYS = {('archive', 'tsaproxy_pass'), ('cooperation', 'ftpuserpassword')}
+SECRET_KEYS = ('tsaproxy_pass', 'ftpuserpassword')
+HIDDEN = '(not shown)'
 CONTROL = re.compile('[\x00-\x1f\x7f]')
 # What YAML and JSON can name, but UTF-8 cannot write. The others stand for bytes that are no UTF-8.
 HALVES = re.compile('[\ud800-\udc7f\udd00-\udfff]')
@@ -336,6 +340,53 @@ class HeldSignals:
     def __exit__(self, *_failure):
         for number, handler in self.old.items():
             signal.signal(number, handler)
+
+
+# The module
+
+def is_secret(key):
+    """Whether the values of a key are passwords; also when its name is misused, or missing."""
+    return key is None or any(name in folded(str(key))[0] for name in SECRET_KEYS)
+
+
+class Module(AnsibleModule):
+    """A module that masks the secrets among its options before anything refuses one of them.
+
+    A refusal shows all options.
+    """
+
+    def _load_params(self):
+        super()._load_params()
+        for name, given in self.params.items():
+            if name not in self.argument_spec and not name.startswith('_ansible_'):
+                self.params[name] = HIDDEN
+            elif name == 'entries' and given is not None:
+                self.params[name] = self.masked(given)
+
+    def masked(self, given):
+        """Entries as they were given, without what cannot be used; the secrets are masked."""
+        try:
+            entries = [dict(check_type_dict(entry)) for entry in check_type_list(given)]
+        except (TypeError, ValueError):
+            return HIDDEN  # which is refused, too
+        for entry in entries:
+            for name, value in entry.items():
+                if name not in self.argument_spec['entries']['options']:
+                    entry[name] = HIDDEN
+                elif name == 'secret' or name == 'value' and is_secret(entry.get('key')):
+                    entry[name] = self.mask(value)
+        return entries
+
+    def mask(self, value):
+        """Masks a secret in all that is told and logged. A list or a mapping is emptied."""
+        if isinstance(value, (list, dict)):
+            return type(value)()
+        # The empty text is in every reply, and a truth value in most of them.
+        if not isinstance(value, bool) and value not in (None, ''):
+            text = str(value)
+            # In replies, in the messages of the commands, and in the system log.
+            self.no_log_values.update((text, printable(HALVES.sub('?', text)), repr(text)[1:-1]))
+        return value
 
 
 # The gateway

@@ -42,10 +42,10 @@ options:
       secret:
         description:
           - The value, in the place of I(value), where neither the reply of the module nor the
-            system log of the gateway may show it. The keys are C(FTPUserPassword) and
-            C(TSAProxy_pass).
+            system log of the gateway may show it. With the keys C(FTPUserPassword) and
+            C(TSAProxy_pass) they do not show I(value) either.
           - While C(ov_conf) runs, who may list the processes of the gateway sees it all the same.
-        type: str
+        type: raw
       state:
         description:
           - With C(absent) every entry of that name is deleted.
@@ -101,7 +101,6 @@ backup_file:
 import glob
 import os
 
-from ansible.module_utils.basic import AnsibleModule
 from ansible_collections.ov.gateway.plugins.module_utils import gateway as ov
 from ansible_collections.ov.gateway.plugins.module_utils.gateway import Failure
 
@@ -116,7 +115,7 @@ class Entry:
         self.section, self.key = names['section'], names['key']
         self.name = ov.shown(self.section, self.key)
         self.check = option['check']
-        self.secret = option['secret'] is not None or self.folded in ov.SECRET_KEYS
+        self.secret = option['secret'] is not None or ov.is_secret(self.key)
         self.value = None
         for what, text in (('section', self.section), ('key', self.key)):
             ov.refuse_control('%s %r' % (what, text), text)
@@ -141,9 +140,6 @@ def wanted(module, keys):
         entry = Entry(option, keys)
         if any(other.folded == entry.folded for other in entries):
             raise Failure('%s is given twice' % entry.name)
-        if entry.secret and option['value'] is not None:
-            module.no_log_values.add(str(option['value']))
-            module.warn('%s: given as secret the value would not be logged' % entry.name)
         if entry.value is not None and not entry.row:
             module.warn('%s is not among the keys that the gateway knows' % entry.name)
         entries.append(entry)
@@ -262,14 +258,14 @@ def work(module):
 
 
 def main():
-    ov.run_module(AnsibleModule(
+    ov.run_module(ov.Module(
         argument_spec=dict(
             ov.COMMON_OPTIONS,
             entries=dict(type='list', elements='dict', required=True, no_log=False, options=dict(
                 section=dict(type='str', required=True),
                 key=dict(type='str', required=True, no_log=False),
                 value=dict(type='raw'),
-                secret=dict(type='str', no_log=True),
+                secret=dict(type='raw', no_log=True),
                 state=dict(type='str', choices=['present', 'absent'], default='present'),
                 check=dict(type='bool', default=True),
             )),

@@ -88,7 +88,6 @@ unknown:
       type: str
 """
 
-from ansible.module_utils.basic import AnsibleModule
 from ansible_collections.ov.gateway.plugins.module_utils import gateway as ov
 
 
@@ -97,7 +96,7 @@ def told(gateway, section, key):
     present = gateway.fetch(gateway.path, section, key) is not None
     row = gateway.keys.get(ov.folded(section, key))
     texts = dict(written=None, loaded=None)
-    if ov.folded(section, key) not in ov.SECRET_KEYS:
+    if not ov.is_secret(key):
         for what, wanted, option in (('written', present, '-l'),
                                      ('loaded', row and row['shown'] != '-', '-a')):
             if wanted:
@@ -140,7 +139,7 @@ def work(module):
 
 
 def main():
-    ov.run_module(AnsibleModule(
+    ov.run_module(ov.Module(
         argument_spec=dict(
             ov.COMMON_OPTIONS,
             entries=dict(type='list', elements='dict', default=[], no_log=False, options=dict(

@@ -77,7 +77,6 @@ import re
 import shutil
 import tempfile
 
-from ansible.module_utils.basic import AnsibleModule
 from ansible_collections.ov.gateway.plugins.module_utils import gateway as ov
 from ansible_collections.ov.gateway.plugins.module_utils.gateway import Failure
 
@@ -264,7 +263,7 @@ def work(module):
 
 
 def main():
-    ov.run_module(AnsibleModule(
+    ov.run_module(ov.Module(
         argument_spec=dict(
             ov.COMMON_OPTIONS,
             user=dict(type='str', required=True),

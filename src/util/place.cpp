@@ -1,0 +1,238 @@
+#include "util/place.h"
+
+#include "util/text.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/random.h>
+#include <sys/stat.h>
+
+namespace ov {
+
+namespace {
+
+constexpr int MostLinks = 40; // the system itself follows no more
+constexpr int OnlyPath = O_PATH | O_NOFOLLOW | O_CLOEXEC;
+
+// A way along paths, from directory to directory. What it has come to is pinned by descriptors: it
+// stays the same whatever is renamed meanwhile.
+struct Walk {
+    Fd directory = Fd();
+    std::array<char, NAME_MAX + 1> name = {}; // in it
+    Fd found = Fd();                          // what has that name, once it has been looked at
+    int links = 0;                            // that have been followed
+
+    // Goes to the last name of `path`, which begins in the directory `from` when it is relative.
+    bool go(int from, std::string_view path);
+    // Looks at what has the name, and goes on to where the links there lead.
+    bool look();
+
+  private:
+    bool take_name(std::string_view text);
+    bool follow();
+};
+
+bool Walk::take_name(std::string_view text) {
+    if (text.size() >= name.size()) {
+        errno = ENAMETOOLONG;
+        return false;
+    }
+    name[text.copy(name.data(), text.size())] = '\0';
+    return true;
+}
+
+bool Walk::go(int from, std::string_view path) {
+    const char* start = path.starts_with('/') ? "/" : ".";
+    Fd next(::openat(from, start, OnlyPath | O_DIRECTORY));
+    for (;;) {
+        if (!next) {
+            return false;
+        }
+        directory = std::move(next);
+        path.remove_prefix(std::min(path.find_first_not_of('/'), path.size()));
+        const std::size_t end = path.find('/');
+        if (end == path.npos) {
+            return take_name(path.empty() ? "." : path);
+        }
+        if (!take_name(path.substr(0, end)) || !look()) {
+            return false;
+        }
+        next = std::move(found);
+        path.remove_prefix(end);
+    }
+}
+
+// A directory is asked for first, so that one which is mounted on demand comes up.
+bool Walk::look() {
+    found.reset(::openat(directory.get(), name.data(), OnlyPath | O_DIRECTORY));
+    if (found || (errno != ENOTDIR && errno != ELOOP)) {
+        return static_cast<bool>(found);
+    }
+    found.reset(::openat(directory.get(), name.data(), OnlyPath));
+    struct stat link = {};
+    if (!found || ::fstat(found.get(), &link) != 0) {
+        return false;
+    }
+    if (!S_ISLNK(link.st_mode)) {
+        return true;
+    }
+    const bool arrived = follow();
+    if (link.st_uid == 0 || link.st_uid == ::geteuid()) {
+        return arrived;
+    }
+    struct stat target = {};
+    if (arrived && ::fstat(found.get(), &target) == 0 && target.st_uid == link.st_uid) {
+        return true;
+    }
+    errno = ELOOP;
+    return false;
+}
+
+bool Walk::follow() {
+    if (++links > MostLinks) {
+        errno = ELOOP;
+        return false;
+    }
+    std::array<char, MaxPath + 1> text; // not on the heap: the log needs none
+    const ssize_t length = ::readlinkat(found.get(), "", text.data(), text.size());
+    return length > 0 && go(directory.get(), {text.data(), static_cast<std::size_t>(length)}) &&
+           look();
+}
+
+// Keeps a file only when it is a regular one.
+Fd if_regular(Fd file) {
+    if (!file) {
+        return file;
+    }
+    struct stat info = {};
+    const int error = ::fstat(file.get(), &info) == 0 ? EINVAL : errno;
+    if (!S_ISREG(info.st_mode)) {
+        file.reset();
+        errno = error;
+    }
+    return file;
+}
+
+// Keeps a file only when it is the other one, too.
+Fd if_same(Fd file, const Fd& other) {
+    struct stat info = {};
+    struct stat wanted = {};
+    if (!file) {
+        return file;
+    }
+    const bool known = ::fstat(file.get(), &info) == 0 && ::fstat(other.get(), &wanted) == 0;
+    const int error = known ? ESTALE : errno;
+    if (!known || info.st_dev != wanted.st_dev || info.st_ino != wanted.st_ino) {
+        file.reset();
+        errno = error;
+    }
+    return file;
+}
+
+} // namespace
+
+Fd open_unwaited(int directory, const char* name, int flags, mode_t mode) {
+    return Fd(::openat(directory, name, flags | O_NONBLOCK | O_CLOEXEC, mode));
+}
+
+Fd open_directory_of(const char* path) {
+    Walk walk;
+    return walk.go(AT_FDCWD, path) ? std::move(walk.directory) : Fd();
+}
+
+const char* last_name(const char* path) {
+    const char* slash = std::strrchr(path, '/');
+    return slash ? slash + 1 : path;
+}
+
+std::optional<Place> Place::of(const char* path, FileKind kind) {
+    if (kind != FileKind::Installed) {
+        return Place{.name = path};
+    }
+    Walk walk;
+    if (!walk.go(AT_FDCWD, path)) {
+        return std::nullopt;
+    }
+    return Place{std::move(walk.directory), walk.name.data(), Fd(), walk.links};
+}
+
+std::optional<Place> Place::of_file() const {
+    if (!directory) {
+        return Place{.name = name};
+    }
+    Walk walk;
+    walk.links = links;
+    if (!walk.go(directory.get(), name) || !walk.look()) {
+        return std::nullopt;
+    }
+    Fd file = walk.links > links ? std::move(walk.found) : Fd();
+    return Place{std::move(walk.directory), walk.name.data(), std::move(file), walk.links};
+}
+
+int Place::at() const {
+    return directory ? directory.get() : AT_FDCWD;
+}
+
+Fd Place::open(int flags) const {
+    flags |= directory ? O_NOFOLLOW : 0;
+    Fd file = open_unwaited(at(), name.c_str(), flags);
+    if (!file && errno == EWOULDBLOCK) { // a regular file that another process has leased
+        file.reset(::openat(at(), name.c_str(), flags | O_CLOEXEC));
+    }
+    return pinned ? if_same(std::move(file), pinned) : std::move(file);
+}
+
+Fd Place::create(int flags, mode_t mode) const {
+    return Fd(::openat(at(), name.c_str(), flags | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+}
+
+int Place::remove() const {
+    return ::unlinkat(at(), name.c_str(), 0);
+}
+
+Fd open_file(const char* path, int flags, FileKind kind) {
+    const std::optional<Place> place = Place::of(path, kind);
+    const std::optional<Place> file = place ? place->of_file() : std::nullopt;
+    return file ? open_file(*file, flags, kind) : Fd();
+}
+
+Fd open_file(const Place& place, int flags, FileKind kind) {
+    if (kind == FileKind::Any) {
+        return Fd(::openat(place.at(), place.name.c_str(), flags | O_CLOEXEC));
+    }
+    return if_regular(place.open(flags));
+}
+
+Fd make_temporary(Place& place) {
+    constexpr std::string_view Marks = "XXXXXX";
+    constexpr std::string_view Letters =
+        "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
+    constexpr int MostTries = 100;
+    constexpr mode_t OwnersOnly = 0600;
+    Fd file;
+    errno = EINVAL;
+    const bool marked = place.name.ends_with(Marks);
+    for (int tries = 0; marked && !file && tries < MostTries; ++tries) {
+        std::array<unsigned char, Marks.size()> random{};
+        if (::getentropy(random.data(), random.size()) != 0) {
+            break;
+        }
+        std::transform(random.begin(), random.end(), place.name.end() - Marks.size(),
+                       [&](unsigned char byte) { return Letters[byte % Letters.size()]; });
+        file = place.create(O_RDWR, OwnersOnly);
+        if (!file && errno != EEXIST) {
+            break;
+        }
+    }
+    return file;
+}
+
+Fd pin(const Fd& file) {
+    return Fd(::fcntl(file.get(), F_DUPFD_CLOEXEC, 0));
+}
+
+} // namespace ov
