@@ -73,18 +73,22 @@ void check_lookup(File& file, const std::string& section, const std::string& key
         const SlowEntry* entry = file.slow.lookup(section, key, mode);
         const std::string whole = entry ? entry->value : "";
         std::string value;
-        const auto check = [&](int result, std::size_t room, const char* way) {
+        const auto check = [&](int result, std::size_t room, const char* way, const int& line) {
             require_equal(result, entry ? 0 : -1, way);
-            require_equal(scan_linenumber, entry ? entry->line : 0, way);
+            require_equal(line, entry ? entry->line : 0, way);
             require_equal(value, whole.substr(0, room > 0 ? room - 1 : 0), way);
             value = "stale";
         };
-        check(_getprofile(file.memory, sec, name, value, size, mode), size, "from memory");
-        check(_getprofile(file.pieces, sec, name, value, size, mode), size, "in pieces");
+        check(_getprofile(file.memory, sec, name, value, size, mode), size, "from memory",
+              scan_linenumber);
+        check(_getprofile(file.pieces, sec, name, value, size, mode), size, "in pieces",
+              scan_linenumber);
         for (const int row : {number, asked ? static_cast<int>(file.snapshot.wanted()) : -1}) {
             if (row != -1) {
-                check(file.snapshot.lookup(static_cast<std::size_t>(row), sec, name, value, mode),
-                      MaxText + 1, "scanned");
+                int line = -1;
+                check(file.snapshot.lookup(static_cast<std::size_t>(row), sec, name, value, mode,
+                                           line),
+                      MaxText + 1, "scanned", line);
             }
         }
     }

@@ -86,9 +86,10 @@ void expect_found(const std::string& text, int mode, const Lookup& expected) {
     const Snapshot snapshot(Source(text), key_index(), {"SMTP", "SMTPport"});
     for (const std::size_t number : {number_of(*find_row("smtp", "smtpport")), snapshot.wanted()}) {
         std::string value = "stale";
-        const int result = snapshot.lookup(number, "SMTP", "SmtpPort", value, mode);
+        int line = -1;
+        const int result = snapshot.lookup(number, "SMTP", "SmtpPort", value, mode, line);
         EXPECT_EQ(result, expected.first == 0 ? -1 : 0) << message;
-        EXPECT_EQ(Lookup(scan_linenumber, value), expected) << "snapshot " << message;
+        EXPECT_EQ(Lookup(line, value), expected) << "snapshot " << message;
     }
 }
 

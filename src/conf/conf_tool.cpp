@@ -180,7 +180,6 @@ bool take_value(const Entry& entry, const char* sec, const char* key, std::strin
     if (!value) {
         return false;
     }
-    scan_linenumber = entry.line;
     if ((services.facility & LogConfScan) != 0 && services.level >= LogConfScanLevel) {
         ov_syslog("CONF SCAN: DEBUG sec=%s key=%s  val=%s", sec ? sec : "", key ? key : "",
                   std::string(*value).c_str());
@@ -199,6 +198,7 @@ int _getprofile(Source& fp, const char* sec, const char* key, std::string& ans, 
         if (!same_name(entry->section, section)) {
             entries.skip_section();
         } else if (same_name(entry->key, name) && take_value(*entry, sec, key, ans, asiz, flg)) {
+            scan_linenumber = entry->line;
             return 0;
         }
     }

@@ -59,8 +59,7 @@ inline constexpr int TokenMode = 0;
 inline constexpr int LineMode = 1;
 
 // What a lookup does with the entry that it has found for `sec` and `key`: gives its value in the
-// mode asked for, cut to `asiz` - 1 characters, and sets scan_linenumber to its line. Returns
-// whether the entry has a value in that mode.
+// mode asked for, cut to `asiz` - 1 characters. Returns whether the entry has a value in that mode.
 bool take_value(const Entry& entry, const char* sec, const char* key, std::string& ans,
                 std::size_t asiz, int flg);
 

@@ -77,15 +77,19 @@ Entry Snapshot::entry_at(std::size_t place) const {
 }
 
 int Snapshot::lookup(std::size_t number, const char* sec, const char* key, std::string& ans,
-                     int flg) const {
+                     int flg, int& line) const {
     const Places& places = found_[number];
     const std::size_t place =
         places.repeated && !(flg & LineMode) ? places.with_token : places.first;
     ans.clear();
-    if (place != 0 && take_value(entry_at(place), sec, key, ans, MaxText + 1, flg)) {
-        return 0;
+    if (place != 0) {
+        const Entry entry = entry_at(place);
+        line = entry.line;
+        if (take_value(entry, sec, key, ans, MaxText + 1, flg)) {
+            return 0;
+        }
     }
-    scan_linenumber = 0;
+    line = 0;
     return -1;
 }
 

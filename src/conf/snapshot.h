@@ -29,10 +29,10 @@ class Snapshot {
     // Whether the file has an entry of the key with that number.
     bool has(std::size_t number) const { return found_[number].first != 0; }
 
-    // What _getprofile finds for the key with that number, called `sec` and `key`: the same value,
-    // line number and result.
-    int lookup(std::size_t number, const char* sec, const char* key, std::string& ans,
-               int flg) const;
+    // What _getprofile finds for the key with that number, called `sec` and `key`: the same value
+    // and result; and its line, 0 when there is none, which is given even when memory runs out.
+    int lookup(std::size_t number, const char* sec, const char* key, std::string& ans, int flg,
+               int& line) const;
     // Whether another scan would have found the same.
     bool is_of_regular_file() const { return regular_; }
     // The number of the key that was wanted beside those of the index.

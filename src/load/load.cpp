@@ -112,18 +112,14 @@ inline Verdict Reading::load_value(const Columns& row, const Variable& setting,
                                    std::size_t number) {
     const Kind& kind = kind_of(row.load);
     const Manner& manner = manner_of(row.load);
-    const bool has = snapshot.has(number);
-    // Known even when there is no memory for the value.
-    const auto found_line = [has] { return has ? scan_linenumber : 0; };
     text.clear();
     Verdict verdict = Verdict::MemoryExhausted;
     try {
-        const bool found = has && snapshot.lookup(number, section, key, text, manner.mode) == 0;
-        const Loading loading{{manner, setting, text}, load, reader, section, found_line()};
+        const bool found = snapshot.lookup(number, section, key, text, manner.mode, line) == 0;
+        const Loading loading{{manner, setting, text}, load, reader, section, line};
         verdict = found ? kind.load(loading) : kind.absent(loading);
     } catch (const std::bad_alloc&) {
     }
-    line = found_line();
     return verdict;
 }
 

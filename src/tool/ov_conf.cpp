@@ -132,8 +132,9 @@ Options parse_options(int argc, char** argv) {
     const char* section = options.section->c_str();
     const char* key = options.key->c_str();
     std::string value;
+    int line = 0;
     const int result = snapshot.is_of_regular_file()
-                           ? snapshot.lookup(snapshot.wanted(), section, key, value, LineMode)
+                           ? snapshot.lookup(snapshot.wanted(), section, key, value, LineMode, line)
                            : conf_fetch(file, section, key, value, MaxText + 1);
     if (result == 0) {
         std::printf("1: %s\n", value.c_str());
