@@ -7,7 +7,6 @@ namespace ov {
 
 namespace {
 
-using pack::Keys;
 using rows::Default;
 using rows::Rules;
 using rows::written_rights;
