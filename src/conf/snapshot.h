@@ -24,7 +24,7 @@ class Snapshot {
     static std::optional<Snapshot> open(const char* path, const KeyIndex& index,
                                         FileKind kind = FileKind::Any,
                                         const WantedKey& wanted = {});
-    Snapshot(Source source, const KeyIndex& index, const WantedKey& wanted = {});
+    Snapshot(Source& source, const KeyIndex& index, const WantedKey& wanted = {});
 
     // Whether the file has an entry of the key with that number.
     bool has(std::size_t number) const { return found_[number].first != 0; }
@@ -61,7 +61,6 @@ class Snapshot {
     std::vector<Kept> kept_;
     std::string rests_;
     bool regular_;
-    int error_ = 0; // of the source
 };
 
 } // namespace ov

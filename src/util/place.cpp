@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <climits>
 #include <cstring>
+#include <ctime>
 #include <fcntl.h>
 #include <sys/random.h>
 #include <sys/stat.h>
@@ -15,7 +16,9 @@ namespace ov {
 
 namespace {
 
-constexpr int MostLinks = 40; // the system itself follows no more
+constexpr int MostLinks = 40;           // the system itself follows no more
+constexpr long LeasePause = 10'000'000; // in nanoseconds: a hundredth of a second
+constexpr int LeaseTries = 6000;
 constexpr int OnlyPath = O_PATH | O_NOFOLLOW | O_CLOEXEC;
 
 // A way along paths, from directory to directory. What it has come to is pinned by descriptors: it
@@ -46,6 +49,10 @@ bool Walk::take_name(std::string_view text) {
 }
 
 bool Walk::go(int from, std::string_view path) {
+    if (path.size() > MaxPath) {
+        errno = ENAMETOOLONG;
+        return false;
+    }
     const char* start = path.starts_with('/') ? "/" : ".";
     Fd next(::openat(from, start, OnlyPath | O_DIRECTORY));
     for (;;) {
@@ -101,20 +108,6 @@ bool Walk::follow() {
     const ssize_t length = ::readlinkat(found.get(), "", text.data(), text.size());
     return length > 0 && go(directory.get(), {text.data(), static_cast<std::size_t>(length)}) &&
            look();
-}
-
-// Keeps a file only when it is a regular one.
-Fd if_regular(Fd file) {
-    if (!file) {
-        return file;
-    }
-    struct stat info = {};
-    const int error = ::fstat(file.get(), &info) == 0 ? EINVAL : errno;
-    if (!S_ISREG(info.st_mode)) {
-        file.reset();
-        errno = error;
-    }
-    return file;
 }
 
 // Keeps a file only when it is the other one, too.
@@ -180,8 +173,12 @@ int Place::at() const {
 Fd Place::open(int flags) const {
     flags |= directory ? O_NOFOLLOW : 0;
     Fd file = open_unwaited(at(), name.c_str(), flags);
-    if (!file && errno == EWOULDBLOCK) { // a regular file that another process has leased
-        file.reset(::openat(at(), name.c_str(), flags | O_CLOEXEC));
+    // The system takes a lease away in less than a minute. A waiting open would be quicker, but
+    // what stands there may be a pipe by then.
+    for (int tries = 0; !file && errno == EWOULDBLOCK && tries < LeaseTries; ++tries) {
+        const timespec pause{.tv_sec = 0, .tv_nsec = LeasePause};
+        ::nanosleep(&pause, nullptr);
+        file = open_unwaited(at(), name.c_str(), flags);
     }
     return pinned ? if_same(std::move(file), pinned) : std::move(file);
 }

@@ -18,7 +18,7 @@ inline constexpr std::size_t TooLong = std::size_t{64} << 20;
 // what is given out points into it and lives until the window moves on.
 class Source {
   public:
-    // Reads the open file `file`. A read error looks like the end of the file.
+    // Reads the open file `file`. A read error, and a line that is too long, look like its end.
     explicit Source(Fd file);
     // Reads `text`, which must outlive the source.
     explicit Source(std::string_view text) : window_(text) {}
@@ -32,9 +32,10 @@ class Source {
     // Whether it can be read again from the start with the same outcome.
     bool is_regular_file() const { return regular_; }
 
-    // Why this is not all of the file, as an error number: EFBIG behind the beginning of a line
-    // that is too long. 0: it is.
-    int error() const { return error_; }
+    // Whether nothing is known to be missing behind the end of the text. Else errno says why: EFBIG
+    // behind the beginning of a line that is too long, or the error of a file whose kind is
+    // unknown.
+    bool is_whole() const;
 
     // The window: it ends behind a line feed or with the file.
     std::string_view window() const { return window_; }
@@ -56,6 +57,7 @@ class Source {
 
     Fd file_;
     bool regular_ = false;
+    bool may_be_too_long_ = false; // a line of it
     int error_ = 0;
     bool at_end_ = true;   // nothing more can be read
     bool at_start_ = true; // the window is the first one
