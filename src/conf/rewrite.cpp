@@ -132,14 +132,13 @@ Stream make_temporary(const Editor& editor, const Target& target, Temporary& tem
     const std::string_view path = target.path;
     const std::string_view front = path.substr(0, path.size() - target.written.name.size());
     Place& place = temporary.place;
-    if (target.written.directory) {
-        place.directory = pin(target.written.directory);
-    }
+    const bool beside = static_cast<bool>(target.written.directory);
+    place.directory = beside ? pin(target.written.directory) : Fd();
     place.name = target.written.name + ".tmp.XXXXXX";
     // A whole path that is longer than a path may be is cut, and refused for what it lacks then.
     place.name.resize(std::min(place.name.size(), MaxPath - front.size()));
     const mode_t mask = ::umask(0); // it has to be readable again whatever the caller's mask is
-    Fd file = ov::make_temporary(place);
+    Fd file = beside && !place.directory ? Fd() : ov::make_temporary(place);
     ::umask(mask);
     temporary.path = std::string(front) + place.name;
     const auto tell = [&](const char* format, const char* what) {

@@ -12,7 +12,8 @@ std::optional<Snapshot> Snapshot::open(const char* path, const KeyIndex& index, 
     if (!file) {
         return std::nullopt;
     }
-    Source source(std::move(file));
+    Source source =
+        kind == FileKind::Installed ? Source(std::move(file), TooLong) : Source(std::move(file));
     Snapshot snapshot(source, index, wanted);
     return source.is_whole() ? std::optional(std::move(snapshot)) : std::nullopt;
 }

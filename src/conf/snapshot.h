@@ -19,8 +19,8 @@ struct WantedKey {
 
 class Snapshot {
   public:
-    // Reads and scans the file `path`; nothing, with errno set, when it cannot be opened or a line
-    // of it is too long.
+    // Reads and scans the file `path`; nothing, with errno set, when it cannot be opened, or when a
+    // line of it is too long or, below the installation, all of it.
     static std::optional<Snapshot> open(const char* path, const KeyIndex& index,
                                         FileKind kind = FileKind::Any,
                                         const WantedKey& wanted = {});

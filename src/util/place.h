@@ -18,8 +18,8 @@ namespace ov {
 // Which files are wanted, and whose word their path is.
 enum class FileKind {
     Any,       // what the caller of the command has named: links are followed, pipes waited for
-    Regular,   // any other is not waited for, and cannot be opened (EINVAL)
-    Installed, // the same below the installation, where links have to be looked at
+    Installed, // regular ones below the installation, where links have to be looked at; any other
+               // is not waited for, and cannot be opened (EINVAL)
 };
 
 // Opens what has the name `name` in `directory`, and waits neither for the other end of a pipe nor

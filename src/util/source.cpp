@@ -15,7 +15,7 @@ constexpr std::size_t BufferSize = 65536;
 
 } // namespace
 
-Source::Source(Fd file) : file_(std::move(file)), at_end_(false) {
+Source::Source(Fd file, std::size_t most) : file_(std::move(file)), at_end_(false), most_(most) {
     struct stat info = {};
     if (::fstat(file_.get(), &info) != 0) {
         error_ = errno;
@@ -58,7 +58,7 @@ void Source::rewind() {
     }
     ::lseek(file_.get(), 0, SEEK_SET);
     at_end_ = false;
-    used_ = 0;
+    used_ = read_ = 0;
     window_ = {};
     next_window();
     at_start_ = true;
@@ -75,7 +75,7 @@ void Source::next_window() {
     position_ = 0;
     at_start_ = false;
     for (;;) {
-        if (used_ >= TooLong) {
+        if (used_ >= TooLong || read_ >= most_) {
             at_end_ = true;
             error_ = EFBIG;
             window_ = {buffer_.get(), used_};
@@ -97,6 +97,7 @@ void Source::next_window() {
             return;
         }
         const std::string_view read(buffer_.get() + used_, static_cast<std::size_t>(got));
+        read_ += read.size();
         const std::size_t feed = read.rfind('\n');
         used_ += read.size();
         if (feed != read.npos) {
