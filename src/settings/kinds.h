@@ -12,6 +12,7 @@
 #include "settings/load.h"
 #include "settings/validate.h"
 #include "util/host.h"
+#include "util/place.h"
 #include "util/util.h"
 
 #include <algorithm>
@@ -735,7 +736,10 @@ inline Verdict load_created_directory(const Loading& value) {
     }
     const std::optional<std::string> path = directory_path(value, value.text.c_str());
     if (path && !(value.load.mask & RC_NODIRCHECK) && !value.load.knows_directory(*path)) {
-        ::mkdir(path->c_str(), Mode);
+        const std::string name = path->substr(0, path->find_last_not_of('/') + 1);
+        if (const auto place = Place::of(name.c_str(), FileKind::Installed)) {
+            ::mkdirat(place->at(), place->name.c_str(), Mode);
+        }
     }
     return take_directory(value, path);
 }

@@ -9,8 +9,11 @@
 #include <cstring>
 #include <ctime>
 #include <fcntl.h>
+#include <linux/openat2.h>
 #include <sys/random.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 namespace ov {
 
@@ -29,13 +32,16 @@ struct Walk {
     Fd found = Fd();                          // what has that name, once it has been looked at
     int links = 0;                            // that have been followed
 
-    // Goes to the last name of `path`, which begins in the directory `from` when it is relative.
+    // Goes to the last name of `path`.
+    bool begin(std::string_view path);
+    // The same from the directory `from` on, when the path is relative.
     bool go(int from, std::string_view path);
     // Looks at what has the name, and goes on to where the links there lead.
     bool look();
 
   private:
     bool take_name(std::string_view text);
+    bool leap(std::string_view path); // in one step, where the system can and there is no link
     bool follow();
 };
 
@@ -46,6 +52,26 @@ bool Walk::take_name(std::string_view text) {
     }
     name[text.copy(name.data(), text.size())] = '\0';
     return true;
+}
+
+bool Walk::begin(std::string_view path) {
+    return leap(path) || go(AT_FDCWD, path);
+}
+
+bool Walk::leap(std::string_view path) {
+    const std::size_t front = path.rfind('/') + 1;
+    if (front == 0 || front > MaxPath) {
+        return false;
+    }
+    std::array<char, MaxPath + 1> text;
+    text[path.copy(text.data(), front)] = '\0';
+    open_how how{};
+    how.flags = OnlyPath | O_DIRECTORY;
+    how.resolve = RESOLVE_NO_SYMLINKS;
+    directory.reset(
+        static_cast<int>(::syscall(SYS_openat2, AT_FDCWD, text.data(), &how, sizeof how)));
+    path.remove_prefix(front);
+    return directory && take_name(path.empty() ? "." : path);
 }
 
 bool Walk::go(int from, std::string_view path) {
@@ -134,7 +160,7 @@ Fd open_unwaited(int directory, const char* name, int flags, mode_t mode) {
 
 Fd open_directory_of(const char* path) {
     Walk walk;
-    return walk.go(AT_FDCWD, path) ? std::move(walk.directory) : Fd();
+    return walk.begin(path) ? std::move(walk.directory) : Fd();
 }
 
 const char* last_name(const char* path) {
@@ -147,7 +173,7 @@ std::optional<Place> Place::of(const char* path, FileKind kind) {
         return Place{.name = path};
     }
     Walk walk;
-    if (!walk.go(AT_FDCWD, path)) {
+    if (!walk.begin(path)) {
         return std::nullopt;
     }
     return Place{std::move(walk.directory), walk.name.data(), Fd(), walk.links};
