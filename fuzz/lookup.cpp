@@ -129,7 +129,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string key = input.line();
     const std::string text = input.rest();
 
-    Snapshot snapshot(in_pieces(text, longest), key_index(), {section, key});
+    Source whole = in_pieces(text, longest);
+    Snapshot snapshot(whole, key_index(), {section, key});
     File file{text, SlowFile(text), std::move(snapshot), Source(std::string_view(text)),
               in_pieces(text, longest)};
     check_tokens(file.memory, text, room % 5);

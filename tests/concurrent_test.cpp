@@ -108,7 +108,7 @@ TEST_F(Concurrent, TwoEditorsMeet) {
 TEST(Loads, TwoMakeOneDirectory) {
     const test::Installation gateway;
     gateway.configure("[Directories]\nViewerLogDirectory = viewer\n");
-    const std::string made = gateway.path("viewer/");
+    const std::string made = gateway.path("viewer");
     const Words load = {"ov_conf", "-f", gateway.file, "-s", "Log", "-k", "LogLevel"};
     Running first(load, test::failing(made, "mkdir", 1, test::Stop));
     ASSERT_TRUE(first.stops());

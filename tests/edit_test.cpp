@@ -5,6 +5,7 @@
 #include <csignal>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/mount.h>
 #include <sys/ptrace.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -120,7 +121,7 @@ struct Gateway {
     }
 
     std::vector<std::string> replace(const std::string& key = "k") const {
-        return {"ov_conf", "-f", file, "-s", "s", "-k", key, "-r", "2"};
+        return {"ov_conf", "-f", file, "-s", "s", "-k", key, "-r", "222"};
     }
     std::vector<std::string> remove() const {
         return {"ov_conf", "-f", file, "-s", "s", "-k", "k", "-d"};
@@ -203,7 +204,7 @@ TEST(Edit, FailingSystemCalls) {
             const Gateway gateway;
             SCOPED_TRACE(std::string(c.call) + " " + std::to_string(c.error));
             const std::string changed =
-                gateway.old.substr(0, gateway.old.size() - 6) + (removing ? "" : "k = 2\n");
+                gateway.old.substr(0, gateway.old.size() - 6) + (removing ? "" : "k = 222\n");
             const test::Result result =
                 test::run(removing ? gateway.remove() : gateway.replace(),
                           test::failing(c.file == Conf ? gateway.file : gateway.any_temporary,
@@ -270,7 +271,7 @@ TEST(Edit, FilesThatAreSwapped) {
                                                              "\n553 entry replace failed\n");
             EXPECT_EQ(read_file(secret), "secret\n");
             EXPECT_EQ(gateway.temporary().empty(), temporary || anew);
-            const std::string changed = gateway.old.substr(0, gateway.old.size() - 6) + "k = 2\n";
+            const std::string changed = gateway.old.substr(0, gateway.old.size() - 6) + "k = 222\n";
             if (swap != Piped || temporary) {
                 EXPECT_EQ(read_file(gateway.file), temporary          ? gateway.old
                                                    : swap == Replaced ? "other\n"
@@ -287,6 +288,29 @@ TEST(Edit, FilesThatAreSwapped) {
             }
         }
     }
+}
+
+// The old text comes back when the disk is full by the time that the new one is written back.
+TEST(Edit, ADiskThatFills) {
+    const Gateway gateway("# " + std::string(200000, 'x') + "\n[s]\nk = 1\n");
+    const std::string disk = gateway.dir.path("disk");
+    const std::string file = disk + "/conf";
+    std::filesystem::create_directory(disk);
+    if (::mount("none", disk.c_str(), "tmpfs", 0, "size=512k") != 0) {
+        GTEST_SKIP() << "no file system can be mounted here";
+    }
+    std::filesystem::copy_file(gateway.file, file);
+    std::vector<std::string> words = gateway.replace();
+    words[2] = file;
+    test::Running editor(words, test::failing(file, "write>", 3, test::Stop));
+    EXPECT_TRUE(editor.stops());
+    test::write_file(disk + "/other", std::string(1 << 20, 'x')); // as much as there is room for
+    editor.go_on();
+    EXPECT_EQ(editor.result().status, 1);
+    EXPECT_EQ(read_file(file), gateway.old);
+    std::filesystem::remove(disk + "/other");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(disk), {}), 1);
+    ::umount(disk.c_str());
 }
 
 // Sends `signal` to a command in front of its `number`-th system call behind the one that locks the
@@ -333,7 +357,7 @@ TEST(Edit, KilledAtEverySystemCall) {
     const std::string head = "[s]\nk = 1\n";
     for (const int signal : {SIGKILL, SIGTERM}) {
         for (const auto& [key, entry] :
-             {std::pair{"k", "[s]\nk = 2\n"}, {"n", "[s]\nn = 2\nk = 1\n"}, {"", "[s]\n"}}) {
+             {std::pair{"k", "[s]\nk = 222\n"}, {"n", "[s]\nn = 222\nk = 1\n"}, {"", "[s]\n"}}) {
             int calls = 0;
             int late = 0;
             for (std::optional<int> status = 0; status; ++calls) {
@@ -380,12 +404,12 @@ TEST(Edit, ASmallStack) {
     std::filesystem::create_directory(gateway.dir.path("logs"));
     words = {"ov_conf", "-f", gateway.file, "-s", "s", "-k", "k"};
     EXPECT_EQ(test::run(words, test::failing(gateway.dir.path("logs/*"), "write>", 2, EINTR)),
-              (test::Result{0, "1: 2\n", ""}));
+              (test::Result{0, "1: 222\n", ""}));
     const std::filesystem::directory_iterator log(gateway.dir.path("logs"));
     EXPECT_EQ(test::lines_of(read_file(log->path().string())).size(), 3U);
 }
 
-// What a command finds in the place of a rights file, a group or a supplement is not waited for.
+// A pipe in the place of a rights file, a group or a supplement is not waited for.
 TEST(Edit, PipesInThePlaceOfFiles) {
     const test::Installation gateway;
     gateway.configure("[Files]\nLocalConfFile = " + gateway.path("etc/local.conf\n"));
@@ -399,6 +423,12 @@ TEST(Edit, PipesInThePlaceOfFiles) {
     EXPECT_EQ(test::run({"ov_admconf", "-f", gateway.file, "-u", "taro", "-m", "HoldList=no"}),
               (test::Result{1, "", "cannot open: " + rights + " (22)\nHoldList\n"}));
     EXPECT_EQ(test::run({"ov_admconf", "-f", gateway.file, "-u", "jiro", "-g"}).status, 0);
+    // A lease is waited for: it is given up when the command comes.
+    static int leased = ::open(gateway.path("admin/jiro.conf").c_str(), O_RDONLY | O_CLOEXEC);
+    std::signal(SIGIO, [](int) { ::close(leased); });
+    if (::fcntl(leased, F_SETLEASE, F_WRLCK) == 0) {
+        EXPECT_EQ(test::run({"ov_admconf", "-f", gateway.file, "-u", "jiro", "Group"}).out, "g\n");
+    }
     const std::string group = gateway.path("etc/group//g.addr");
     const std::string unreadable = "cannot open configfile \"" + rights + "\" (22)\n";
     EXPECT_EQ(test::logged_errors(gateway.path("logs")),
@@ -450,6 +480,15 @@ TEST(Edit, LinksBelowTheInstallation) {
                 test::logged_errors(at == "logs" ? moved : gateway.path("logs"));
             EXPECT_EQ(log.find("(40)") != std::string::npos, !followed && at != "logs") << log;
             EXPECT_EQ(log.empty(), !followed && at == "logs");
+            const int made =
+                test::run({"ov_admconf", "-f", gateway.file, "-u", "jiro", "-m"}).status;
+            EXPECT_EQ(made, at == "admin" && !followed);
+            // Whoever has made a link follows it himself.
+            ASSERT_EQ(::lchown(place.c_str(), test::Nobody, 0), 0);
+            EXPECT_EQ(test::run({"ov_admconf", "-f", gateway.file, "-u", "taro", "SelectGroup"},
+                                {.unprivileged = true})
+                          .out,
+                      "g\n");
         }
     }
 }
@@ -495,17 +534,22 @@ TEST(Edit, ANewRightsFileBehindLinks) {
         refused.err.starts_with("cannot create tmp file: " + gateway.path("admin//taro.conf.tmp.")))
         << refused.err;
     EXPECT_EQ(refused.err.find("XXXXXX"), std::string::npos);
-}
 
-TEST(Edit, ANewRightsFileThatCannotBeClosed) {
-    const test::Installation gateway;
-    const std::string path = gateway.path("admin//taro.conf"); // as it is reported
-    const test::Result result =
-        test::run({"ov_admconf", "-f", gateway.file, "-u", "taro", "-m", "HoldList=no"},
-                  test::failing(gateway.path("admin/taro.conf"), "close", 1, EIO));
-    EXPECT_EQ(result, (test::Result{1, "", ""}));
-    EXPECT_EQ(test::logged_errors(gateway.path("logs")), "close error \"" + path + "\" (5)\n");
-    EXPECT_EQ(read_file(path), "");
+    // What takes the place of the file that a link leads to, on the way there, is not opened.
+    for (const auto& [swap, error] : {std::pair{"other", "(116)"}, {"link", "(40)"}}) {
+        test::Running editor(words,
+                             test::failing(gateway.path("real.conf"), "open+", 1, test::Stop));
+        ASSERT_TRUE(editor.stops());
+        std::filesystem::rename(gateway.path("real.conf"), gateway.path(swap));
+        if (swap == std::string("other")) {
+            gateway.dir.file("real.conf", "");
+        } else {
+            std::filesystem::create_symlink(swap, gateway.path("real.conf"));
+        }
+        editor.go_on();
+        EXPECT_NE(editor.result().err.find(error), std::string::npos);
+        EXPECT_EQ(read_file(gateway.path("real.conf")), "");
+    }
 }
 
 } // namespace

@@ -203,8 +203,10 @@ int close(int fd) {
     return failing ? -1 : result;
 }
 
-int mkdir(const char* path, mode_t mode) noexcept {
-    return fails("mkdir", path) ? -1 : real<int(const char*, mode_t)>("mkdir")(path, mode);
+int mkdirat(int directory, const char* path, mode_t mode) noexcept {
+    return fails("mkdir", in_directory(directory, path).data())
+               ? -1
+               : real<int(int, const char*, mode_t)>("mkdirat")(directory, path, mode);
 }
 
 int unlinkat(int directory, const char* path, int flags) noexcept {

@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <gtest/gtest.h>
 #include <sys/statfs.h>
+#include <unistd.h>
 
 namespace ov {
 namespace {
@@ -148,6 +149,18 @@ TEST(Load, QueuesThatCannotBeLinked) {
     gateway.configure("[Log]\nLogFacility = 253\nLogLevel = 2\n");
     EXPECT_EQ(flags(All), std::pair(0, 0)); // and no line more
     EXPECT_EQ(test::lines_of(test::logged_errors(gateway.path("logs"))).size(), 3U);
+    // A link of somebody else to what is not his: nothing is removed, or made, behind it.
+    if (test::is_root()) {
+        gateway.dir.file("template/.qxtest", "");
+        std::filesystem::create_symlink("template", gateway.path("aqueue"));
+        ASSERT_EQ(::lchown(gateway.path("aqueue").c_str(), 12, 34), 0);
+        EXPECT_EQ(flags(All), std::pair(0, 0));
+        gateway.configure("[Directories]\nViewerLogDirectory = aqueue/viewer\n");
+        EXPECT_EQ(test::run({"ov_conf", "-f", gateway.file, "-m"}).status, 1);
+        EXPECT_EQ(std::distance(std::filesystem::directory_iterator(gateway.path("template")), {}),
+                  1);
+        gateway.configure("");
+    }
     // Where no file can be made, nothing has been tried.
     std::filesystem::remove(gateway.path("mqueue"));
     std::filesystem::create_symlink("none", gateway.path("mqueue"));

@@ -89,13 +89,18 @@ TEST_F(Log, WhatStandsInThePlaceOfTheFile) {
     ::chmod(other.c_str(), 0600);
     services.log_owner = 12;
     Fd reader;
-    for (const std::string place : {"link", "pipe", "other file"}) {
+    std::signal(SIGIO, SIG_IGN); // which tells the holder of a lease
+    for (const std::string place : {"leased file", "link", "pipe", "other file"}) {
         std::filesystem::remove(daily);
         if (place == "link") {
             std::filesystem::create_symlink(other, daily);
         } else if (place == "pipe") {
             ASSERT_EQ(::mkfifo(daily.c_str(), 0666), 0);
             reader = Fd(::open(daily.c_str(), O_RDONLY | O_NONBLOCK));
+        } else if (place == "leased file") {
+            test::write_file(daily, "");
+            reader = Fd(::open(daily.c_str(), O_RDONLY));
+            ASSERT_EQ(::fcntl(reader.get(), F_SETLEASE, F_RDLCK), 0);
         } else {
             std::filesystem::create_hard_link(other, daily);
         }

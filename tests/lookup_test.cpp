@@ -83,7 +83,8 @@ void expect_found(const std::string& text, int mode, const Lookup& expected) {
         EXPECT_EQ(look_up(bytes, "SMTP", "SmtpPort", mode), expected) << "bytes " << message;
     }
     // Of a scan for loading: as a key of the catalogue, and as one that is wanted beside them.
-    const Snapshot snapshot(Source(text), key_index(), {"SMTP", "SMTPport"});
+    Source whole(text);
+    const Snapshot snapshot(whole, key_index(), {"SMTP", "SMTPport"});
     for (const std::size_t number : {number_of(*find_row("smtp", "smtpport")), snapshot.wanted()}) {
         std::string value = "stale";
         int line = -1;

@@ -227,9 +227,6 @@ std::string golden_path(const std::string& name) {
 }
 
 void expect_golden(const std::string& name, const std::string& text) {
-    using testing::internal::edit_distance::CreateUnifiedDiff;
-    constexpr std::size_t MostLines = 30;
-    constexpr std::size_t Width = 500; // no golden line is longer
     const std::string actual = OV_ACTUAL_DIR "/" + name;
     const std::string golden = read_file(golden_path(name));
     EXPECT_FALSE(text.empty());
@@ -239,17 +236,13 @@ void expect_golden(const std::string& name, const std::string& text) {
     std::error_code ignored; // whoever may not write there sees the difference all the same
     std::filesystem::create_directories(std::filesystem::path(actual).parent_path(), ignored);
     write_file(actual, text);
-    // The line feed makes a last line without one differ from one that has it.
-    auto lines = lines_of(CreateUnifiedDiff(lines_of(golden + "\n"), lines_of(text + "\n")));
-    lines.resize(std::min(lines.size(), MostLines));
-    std::string difference;
-    for (const std::string& line : lines) {
-        difference += line.substr(0, Width) + "\n";
-    }
-    ADD_FAILURE()
-        << "first lines (- golden, + now); look it through, and copy it when it is right:\n  diff "
-        << golden_path(name) << " " << actual << "\n"
-        << difference;
+    // No golden line is longer.
+    const std::string difference = run({"/bin/sh", "-c", "diff \"$@\" | head -n 30 | cut -c -500",
+                                        "sh", golden_path(name), actual})
+                                       .out;
+    ADD_FAILURE() << "look it through (< golden, > now), and copy it when it is right:\n  cp "
+                  << actual << " " << golden_path(name) << "\n"
+                  << difference;
 }
 
 std::string escaped(std::string_view text) {

@@ -283,8 +283,10 @@ int add_addrlist(PatternTable& lists, std::string_view entry, bool idtab) {
 
 void print_group_list() {
     const std::string path = std::string(group_settings.directory.view()) + "/";
-    const Fd place = open_directory_of(path.c_str());
-    Fd file(place ? ::openat(place.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC) : -1);
+    const std::string name = path.substr(0, path.find_last_not_of('/') + 1);
+    const std::optional<Place> place = Place::of(name.c_str(), FileKind::Installed);
+    const std::optional<Place> target = place ? place->of_file() : std::nullopt;
+    Fd file = target ? target->open(O_RDONLY | O_DIRECTORY) : Fd();
     const std::unique_ptr<DIR, int (*)(DIR*)> directory(file ? ::fdopendir(file.get()) : nullptr,
                                                         ::closedir);
     if (!directory) {
@@ -293,9 +295,9 @@ void print_group_list() {
     }
     file.release(); // the directory owns it now
     while (const dirent* entry = ::readdir(directory.get())) {
-        const std::string_view name(entry->d_name);
-        if (!name.starts_with('.') && name.size() > Suffix.size() && name.ends_with(Suffix)) {
-            const std::string group(name.substr(0, name.size() - Suffix.size()));
+        const std::string_view found(entry->d_name);
+        if (!found.starts_with('.') && found.size() > Suffix.size() && found.ends_with(Suffix)) {
+            const std::string group(found.substr(0, found.size() - Suffix.size()));
             std::printf("%s\n", group.c_str());
         }
     }

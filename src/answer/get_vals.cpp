@@ -11,12 +11,13 @@ namespace ov {
 std::optional<std::string> get_vals(const char* file, const char* section, const char* key,
                                     int all) {
     std::optional<Source> source = Source::open(file);
-    if (!source) {
+    std::string written;
+    const bool found = source && conf_getprofile(*source, section, key, written, MaxText + 1) == 0;
+    if (!source || !source->is_whole()) {
         std::fprintf(stderr, "cannot open: %s\n", file);
         return std::nullopt;
     }
-    std::string written;
-    if (conf_getprofile(*source, section, key, written, MaxText + 1) == 0 && all == 0) {
+    if (found && all == 0) {
         return written;
     }
     const Row* row = find_row(section, key);

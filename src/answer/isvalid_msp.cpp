@@ -57,6 +57,10 @@ int isvalid_msp(const char* file) {
         return 0;
     }
     const std::optional<std::string> word = written(*source, "MailSubmissionProgram");
+    if (!source->is_whole()) {
+        print_cannot_open(file);
+        return 0;
+    }
     const int choice = word ? val_vtab(MSPSelectTable, *word) : 1;
     if (choice == -1) {
         return 0;

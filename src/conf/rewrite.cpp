@@ -82,8 +82,15 @@ std::optional<std::string> read_whole(const Editor& editor, const Target& target
     struct stat info = {};
     const bool sized = ::fstat(target.locked.get(), &info) == 0 && S_ISREG(info.st_mode);
     const auto size = sized ? static_cast<std::size_t>(info.st_size) : 0;
+    const auto refuse = [&](int error) {
+        report(editor, "read error", target.path, error);
+        return std::nullopt;
+    };
+    if (size >= TooLong) {
+        return refuse(EFBIG);
+    }
     // A file that does not grow is read at once, with room to see its end.
-    std::string text(std::min(size, TooLong) + BufferSize, '\0');
+    std::string text(size + BufferSize, '\0');
     std::size_t used = 0;
     for (;;) {
         if (used == text.size()) {
@@ -97,8 +104,7 @@ std::optional<std::string> read_whole(const Editor& editor, const Target& target
         }
         used += got > 0 ? static_cast<std::size_t>(got) : 0;
         if (got < 0 || used >= TooLong) {
-            report(editor, "read error", target.path, got < 0 ? errno : EFBIG);
-            return std::nullopt;
+            return refuse(got < 0 ? errno : EFBIG);
         }
     }
 }
@@ -121,41 +127,50 @@ bool write_piece(std::FILE* stream, std::string_view piece) {
     return true;
 }
 
-// Writes the edited text to a new file beside the configuration file, for nobody else to read.
-// Returns nothing on failure.
-std::optional<Temporary> write_temporary(const Editor& editor, const Target& target,
-                                         const Edit& edit) {
+// Makes a new file beside the configuration file, for nobody else to read, and a stream to write to
+// it. Tells what cannot be made.
+Stream make_temporary(const Editor& editor, const Target& target, Temporary& temporary) {
     const std::string_view path = target.path;
-    const bool relative = static_cast<bool>(target.written.directory);
     const std::string_view front = path.substr(0, path.size() - target.written.name.size());
-    Temporary temporary{.path = {},
-                        .place = {.directory = relative ? pin(target.written.directory) : Fd(),
-                                  .name = target.written.name + ".tmp.XXXXXX"}};
     Place& place = temporary.place;
-    place.name.resize(std::min(place.name.size(), MaxPath - front.size())); // and is refused then
+    const bool beside = static_cast<bool>(target.written.directory);
+    place.directory = beside ? pin(target.written.directory) : Fd();
+    place.name = target.written.name + ".tmp.XXXXXX";
+    // A whole path that is longer than a path may be is cut, and refused for what it lacks then.
+    place.name.resize(std::min(place.name.size(), MaxPath - front.size()));
     const mode_t mask = ::umask(0); // it has to be readable again whatever the caller's mask is
-    Fd file = make_temporary(place);
+    Fd file = beside && !place.directory ? Fd() : ov::make_temporary(place);
     ::umask(mask);
     temporary.path = std::string(front) + place.name;
-    if (!file) {
+    const auto tell = [&](const char* format, const char* what) {
         if (editor.logs_temporary_file) {
-            syserr("%s: cannot create tmp file: %s (%d)", editor.name, temporary.path.c_str(),
-                   errno);
+            syserr(format, editor.name, temporary.path.c_str(), errno);
         }
-        std::fprintf(stderr, "cannot create tmp file: %s\n", temporary.path.c_str());
-        return std::nullopt;
+        std::fprintf(stderr, "cannot %s tmp file: %s\n", what, temporary.path.c_str());
+    };
+    if (!file) {
+        tell("%s: cannot create tmp file: %s (%d)", "create");
+        return nullptr;
     }
     Stream stream(::fdopen(file.get(), "w"));
     if (!stream) {
-        if (editor.logs_temporary_file) {
-            syserr("%s: cannot open tmp file: %s (%d)\n", editor.name, temporary.path.c_str(),
-                   errno);
-        }
-        std::fprintf(stderr, "cannot open tmp file: %s\n", temporary.path.c_str());
-        return std::nullopt;
+        tell("%s: cannot open tmp file: %s (%d)\n", "open");
+        return nullptr;
     }
     place.pinned = pin(file);
     file.release(); // the stream owns it now
+    return stream;
+}
+
+// Writes the edited text to a file beside the configuration file. Returns nothing on failure.
+std::optional<Temporary> write_temporary(const Editor& editor, const Target& target,
+                                         const Edit& edit) {
+    Temporary temporary;
+    const Place& place = temporary.place;
+    Stream stream = make_temporary(editor, target, temporary);
+    if (!stream) {
+        return std::nullopt;
+    }
     std::setvbuf(stream.get(), nullptr, _IONBF, 0);
     const bool written = place.pinned && write_piece(stream.get(), edit.head) &&
                          write_piece(stream.get(), edit.insertion) &&
@@ -235,8 +250,7 @@ bool copy_back(const Editor& editor, const char* path, const Fd& file, const Tem
 // Gives the file, which has been emptied and perhaps written to, its old text back. When that
 // fails, too, the text is lost.
 void put_back(const Fd& file, std::string_view text) {
-    if (!is_regular(file) || ::ftruncate(file.get(), 0) != 0 ||
-        ::lseek(file.get(), 0, SEEK_SET) != 0) {
+    if (::ftruncate(file.get(), 0) != 0 || ::lseek(file.get(), 0, SEEK_SET) != 0) {
         return;
     }
     while (!text.empty()) {
@@ -252,7 +266,7 @@ void put_back(const Fd& file, std::string_view text) {
 // Puts the edited text into the file in the place of its text, `old`.
 int rewrite(const Editor& editor, Target target, const std::string& old, const Edit& edit) {
     const HeldSignals held; // from here on a signal would leave half of the work behind
-    const std::optional<Temporary> temporary = write_temporary(editor, target, edit);
+    std::optional<Temporary> temporary = write_temporary(editor, target, edit);
     if (!temporary) {
         return -1;
     }
@@ -279,7 +293,8 @@ int rewrite(const Editor& editor, Target target, const std::string& old, const E
         return -1;
     }
     if (!copy_back(editor, path, file, *temporary)) {
-        temporary->place.remove(); // which makes room
+        temporary->place.remove();
+        temporary->place.pinned.reset(); // now there is room
         put_back(file, old);
         return -1;
     }

@@ -2,25 +2,23 @@
 
 #include "util/text.h"
 
-#include <cerrno>
+#include <fcntl.h>
 
 namespace ov {
 
 std::optional<Snapshot> Snapshot::open(const char* path, const KeyIndex& index, FileKind kind,
                                        const WantedKey& wanted) {
-    std::optional<Source> source = Source::open(path, kind);
-    if (!source) {
+    Fd file = open_file(path, O_RDONLY, kind);
+    if (!file) {
         return std::nullopt;
     }
-    Snapshot snapshot(std::move(*source), index, wanted);
-    if (snapshot.error_ != 0) {
-        errno = snapshot.error_;
-        return std::nullopt;
-    }
-    return snapshot;
+    Source source =
+        kind == FileKind::Installed ? Source(std::move(file), TooLong) : Source(std::move(file));
+    Snapshot snapshot(source, index, wanted);
+    return source.is_whole() ? std::optional(std::move(snapshot)) : std::nullopt;
 }
 
-Snapshot::Snapshot(Source source, const KeyIndex& index, const WantedKey& wanted)
+Snapshot::Snapshot(Source& source, const KeyIndex& index, const WantedKey& wanted)
     : found_(index.size() + 1), regular_(source.is_regular_file()) {
     EntryScan entries(source);
     int header = 0;
@@ -45,7 +43,6 @@ Snapshot::Snapshot(Source source, const KeyIndex& index, const WantedKey& wanted
             keep(this->wanted(), *entry);
         }
     }
-    error_ = source.error();
 }
 
 // Only the first entry of a key counts, and the first one with a token for those who want that: two

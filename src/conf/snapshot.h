@@ -19,12 +19,12 @@ struct WantedKey {
 
 class Snapshot {
   public:
-    // Reads and scans the file `path`; nothing, with errno set, when it cannot be opened or a line
-    // of it is too long.
+    // Reads and scans the file `path`; nothing, with errno set, when it cannot be opened, or when a
+    // line of it is too long or, below the installation, all of it.
     static std::optional<Snapshot> open(const char* path, const KeyIndex& index,
                                         FileKind kind = FileKind::Any,
                                         const WantedKey& wanted = {});
-    Snapshot(Source source, const KeyIndex& index, const WantedKey& wanted = {});
+    Snapshot(Source& source, const KeyIndex& index, const WantedKey& wanted = {});
 
     // Whether the file has an entry of the key with that number.
     bool has(std::size_t number) const { return found_[number].first != 0; }
@@ -61,7 +61,6 @@ class Snapshot {
     std::vector<Kept> kept_;
     std::string rests_;
     bool regular_;
-    int error_ = 0; // of the source
 };
 
 } // namespace ov

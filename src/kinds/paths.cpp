@@ -2,6 +2,7 @@
 #include "kinds/loading.h"
 #include "kinds/tools.h"
 #include "util/disk.h"
+#include "util/place.h"
 #include "value/convert.h"
 
 #include <algorithm>
@@ -146,7 +147,10 @@ Verdict load_created_directory(const Loading& value) {
     }
     const std::optional<std::string> path = directory_path(base_of(value), value.text.c_str());
     if (path && !(value.load.mask & RC_NODIRCHECK) && !value.load.knows_directory(*path)) {
-        ::mkdir(path->c_str(), Mode);
+        const std::string name = path->substr(0, path->find_last_not_of('/') + 1);
+        if (const auto place = Place::of(name.c_str(), FileKind::Installed)) {
+            ::mkdirat(place->at(), place->name.c_str(), Mode);
+        }
     }
     return take_directory(value, path);
 }

@@ -81,7 +81,7 @@ std::optional<Refusal> load_settings(Configuration& configuration, unsigned mask
         ::access(supplement, R_OK) != 0) {
         return refusal;
     }
-    auto local = Configuration::open(supplement, FileKind::Regular);
+    auto local = Configuration::open(supplement, FileKind::Installed);
     if (!local) { // no regular file is none
         return errno == EINVAL ? refusal : cannot_open(supplement);
     }

@@ -60,6 +60,10 @@ int setdir(const char* configfile) {
         }
         EtcDirectory.set(value);
     }
+    if (!file->is_whole()) {
+        print_cannot_open(configfile);
+        return -1;
+    }
     return establish(EtcDirectory, RootDirectory.c_str()) ? 0 : -1;
 }
 

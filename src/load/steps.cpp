@@ -1,8 +1,8 @@
 #include "load/steps.h"
 
 #include "catalogue/settings.h"
-#include "util/handle.h"
 #include "util/log.h"
+#include "util/place.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -23,32 +23,42 @@ void copy(Text& to, const Text& from) {
 
 // Links a test file into another queue. What an earlier trial has left there goes out of the way;
 // when that was the file itself, both queues are one, and nothing can be linked.
-int link_over(const char* source, const char* target) {
-    int result = ::link(source, target);
+int link_over(const Place& source, const Place& target) {
+    const auto link = [&] {
+        return ::linkat(source.at(), source.name.c_str(), target.at(), target.name.c_str(), 0);
+    };
+    int result = link();
     if (result != 0 && errno == EEXIST) {
-        ::unlink(target);
-        result = ::link(source, target);
+        target.remove();
+        result = link();
         errno = result != 0 && errno == ENOENT ? EEXIST : errno;
     }
     return result;
 }
+int move_over(const Place& source, const Place& target) {
+    return ::renameat(source.at(), source.name.c_str(), target.at(), target.name.c_str());
+}
 
 // Makes a test file, in the place of one that an earlier trial has left.
-Fd make_test_file(const char* path) {
-    constexpr int Flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
+Fd make_test_file(const Place& place) {
     constexpr mode_t Mode = 0644;
-    Fd file(::open(path, Flags, Mode));
+    Fd file = place.create(O_WRONLY, Mode);
     if (!file && errno == EEXIST) {
-        ::unlink(path);
-        file.reset(::open(path, Flags, Mode));
+        place.remove();
+        file = place.create(O_WRONLY, Mode);
     }
     return file;
+}
+
+// Where the test file of a queue is.
+std::optional<Place> test_file_of(const Text& queue) {
+    return Place::of((std::string(queue.view()) + ".qxtest").c_str(), FileKind::Installed);
 }
 
 // Tries to bring a file from one queue directory into another with `bring`, and clears `flag` when
 // that fails. It is gone from both afterwards.
 void try_queues(int& flag, const char* name, const Text& from, const Text& to,
-                int (*bring)(const char*, const char*)) {
+                int (*bring)(const Place&, const Place&)) {
     constexpr unsigned LogWarnings = 0x2; // in LogFacility
     if (!flag) {
         return;
@@ -57,18 +67,20 @@ void try_queues(int& flag, const char* name, const Text& from, const Text& to,
         flag = 0;
         return;
     }
-    const std::string source = std::string(from.view()) + ".qxtest";
-    const std::string target = std::string(to.view()) + ".qxtest";
-    const Fd file = make_test_file(source.c_str());
-    if (file && bring(source.c_str(), target.c_str()) != 0) {
+    const std::optional<Place> source = test_file_of(from);
+    const Fd file = source ? make_test_file(*source) : Fd();
+    const std::optional<Place> target = test_file_of(to);
+    if (file && (!target || bring(*source, *target) != 0)) {
         flag = 0;
         if ((LogFacility & LogWarnings) != 0 && LogLevel > 1) {
             syserr("WARNING: %s disabled. (errno=%d)", name, errno);
         }
     }
-    ::unlink(target.c_str());
-    if (file && (bring != ::rename || !flag)) {
-        ::unlink(source.c_str());
+    if (target) {
+        target->remove();
+    }
+    if (file && (bring != move_over || !flag)) {
+        source->remove();
     }
 }
 
@@ -102,7 +114,7 @@ void try_archive_hard_link(const Load&) {
     try_queues(ArchiveHardLink, "ArchiveHardLink", MessageQueue, ArchiveQueue, link_over);
 }
 void try_quarantine_hard_link(const Load&) {
-    try_queues(QuarantineHardLink, "QuarantineHardLink", MessageQueue, QuarantineQueue, ::rename);
+    try_queues(QuarantineHardLink, "QuarantineHardLink", MessageQueue, QuarantineQueue, move_over);
 }
 
 // The rows by their variables.

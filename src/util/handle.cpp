@@ -4,9 +4,14 @@
 
 namespace ov {
 
-bool is_regular(const Fd& file) {
+Fd if_regular(Fd file) {
     struct stat info = {};
-    return ::fstat(file.get(), &info) == 0 && S_ISREG(info.st_mode);
+    const int error = file && ::fstat(file.get(), &info) == 0 ? EINVAL : errno;
+    if (!S_ISREG(info.st_mode)) {
+        file.reset();
+        errno = error;
+    }
+    return file;
 }
 
 int sync_data(int fd) {

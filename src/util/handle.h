@@ -47,7 +47,8 @@ auto retried(Call call) {
     return result;
 }
 
-bool is_regular(const Fd& file);
+// The file when it is a regular one; else an empty guard, with errno set (EINVAL).
+Fd if_regular(Fd file);
 
 // Brings what was written to the file onto the disk. Returns 0, for what is on no disk (a pipe,
 // a device), too; -1 with errno set.

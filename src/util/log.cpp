@@ -77,12 +77,7 @@ const char* daily_file(const Stamp& stamp) {
 // a pipe in its place, or have leased it: nothing is followed, waited for, or written to then.
 Fd open_log(const Fd& directory, const char* path, int flags, mode_t mode) {
     constexpr int Append = O_WRONLY | O_APPEND | O_NOFOLLOW;
-    Fd file = open_unwaited(directory.get(), last_name(path), Append | flags, mode);
-    if (file && !is_regular(file)) {
-        file.reset();
-        errno = EINVAL;
-    }
-    return file;
+    return if_regular(open_unwaited(directory.get(), last_name(path), Append | flags, mode));
 }
 
 // A file that has another name may be anybody's: its owner and mode stay.

@@ -7,15 +7,21 @@
 #include <cerrno>
 #include <climits>
 #include <cstring>
+#include <ctime>
 #include <fcntl.h>
+#include <linux/openat2.h>
 #include <sys/random.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 namespace ov {
 
 namespace {
 
-constexpr int MostLinks = 40; // the system itself follows no more
+constexpr int MostLinks = 40;           // the system itself follows no more
+constexpr long LeasePause = 10'000'000; // in nanoseconds: a hundredth of a second
+constexpr int LeaseTries = 6000;
 constexpr int OnlyPath = O_PATH | O_NOFOLLOW | O_CLOEXEC;
 
 // A way along paths, from directory to directory. What it has come to is pinned by descriptors: it
@@ -26,13 +32,16 @@ struct Walk {
     Fd found = Fd();                          // what has that name, once it has been looked at
     int links = 0;                            // that have been followed
 
-    // Goes to the last name of `path`, which begins in the directory `from` when it is relative.
+    // Goes to the last name of `path`.
+    bool begin(std::string_view path);
+    // The same from the directory `from` on, when the path is relative.
     bool go(int from, std::string_view path);
     // Looks at what has the name, and goes on to where the links there lead.
     bool look();
 
   private:
     bool take_name(std::string_view text);
+    bool leap(std::string_view path); // in one step, where the system can and there is no link
     bool follow();
 };
 
@@ -45,7 +54,31 @@ bool Walk::take_name(std::string_view text) {
     return true;
 }
 
+bool Walk::begin(std::string_view path) {
+    return leap(path) || go(AT_FDCWD, path);
+}
+
+bool Walk::leap(std::string_view path) {
+    const std::size_t front = path.rfind('/') + 1;
+    if (front == 0 || front > MaxPath) {
+        return false;
+    }
+    std::array<char, MaxPath + 1> text;
+    text[path.copy(text.data(), front)] = '\0';
+    open_how how{};
+    how.flags = OnlyPath | O_DIRECTORY;
+    how.resolve = RESOLVE_NO_SYMLINKS;
+    directory.reset(
+        static_cast<int>(::syscall(SYS_openat2, AT_FDCWD, text.data(), &how, sizeof how)));
+    path.remove_prefix(front);
+    return directory && take_name(path.empty() ? "." : path);
+}
+
 bool Walk::go(int from, std::string_view path) {
+    if (path.size() > MaxPath) {
+        errno = ENAMETOOLONG;
+        return false;
+    }
     const char* start = path.starts_with('/') ? "/" : ".";
     Fd next(::openat(from, start, OnlyPath | O_DIRECTORY));
     for (;;) {
@@ -103,20 +136,6 @@ bool Walk::follow() {
            look();
 }
 
-// Keeps a file only when it is a regular one.
-Fd if_regular(Fd file) {
-    if (!file) {
-        return file;
-    }
-    struct stat info = {};
-    const int error = ::fstat(file.get(), &info) == 0 ? EINVAL : errno;
-    if (!S_ISREG(info.st_mode)) {
-        file.reset();
-        errno = error;
-    }
-    return file;
-}
-
 // Keeps a file only when it is the other one, too.
 Fd if_same(Fd file, const Fd& other) {
     struct stat info = {};
@@ -141,7 +160,7 @@ Fd open_unwaited(int directory, const char* name, int flags, mode_t mode) {
 
 Fd open_directory_of(const char* path) {
     Walk walk;
-    return walk.go(AT_FDCWD, path) ? std::move(walk.directory) : Fd();
+    return walk.begin(path) ? std::move(walk.directory) : Fd();
 }
 
 const char* last_name(const char* path) {
@@ -154,7 +173,7 @@ std::optional<Place> Place::of(const char* path, FileKind kind) {
         return Place{.name = path};
     }
     Walk walk;
-    if (!walk.go(AT_FDCWD, path)) {
+    if (!walk.begin(path)) {
         return std::nullopt;
     }
     return Place{std::move(walk.directory), walk.name.data(), Fd(), walk.links};
@@ -180,8 +199,12 @@ int Place::at() const {
 Fd Place::open(int flags) const {
     flags |= directory ? O_NOFOLLOW : 0;
     Fd file = open_unwaited(at(), name.c_str(), flags);
-    if (!file && errno == EWOULDBLOCK) { // a regular file that another process has leased
-        file.reset(::openat(at(), name.c_str(), flags | O_CLOEXEC));
+    // The system takes a lease away in less than a minute. A waiting open would be quicker, but
+    // what stands there may be a pipe by then.
+    for (int tries = 0; !file && errno == EWOULDBLOCK && tries < LeaseTries; ++tries) {
+        const timespec pause{.tv_sec = 0, .tv_nsec = LeasePause};
+        ::nanosleep(&pause, nullptr);
+        file = open_unwaited(at(), name.c_str(), flags);
     }
     return pinned ? if_same(std::move(file), pinned) : std::move(file);
 }

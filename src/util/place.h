@@ -18,8 +18,8 @@ namespace ov {
 // Which files are wanted, and whose word their path is.
 enum class FileKind {
     Any,       // what the caller of the command has named: links are followed, pipes waited for
-    Regular,   // any other is not waited for, and cannot be opened (EINVAL)
-    Installed, // the same below the installation, where links have to be looked at
+    Installed, // regular ones below the installation, where links have to be looked at; any other
+               // is not waited for, and cannot be opened (EINVAL)
 };
 
 // Opens what has the name `name` in `directory`, and waits neither for the other end of a pipe nor
@@ -48,8 +48,8 @@ struct Place {
     // The directory as an argument of system calls.
     int at() const;
     // Opens the file. Below the installation a link that stands there by now is not followed
-    // (ELOOP). Another file than the pinned one is not opened (ESTALE). It waits for a process that
-    // has leased the file, but not for the other end of a pipe.
+    // (ELOOP). Another file than the pinned one is not opened (ESTALE). It waits a minute for a
+    // process that has leased the file, and not for the other end of a pipe.
     Fd open(int flags) const;
     // Makes the file, which must not be there, and opens it.
     Fd create(int flags, mode_t mode) const;

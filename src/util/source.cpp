@@ -15,21 +15,19 @@ constexpr std::size_t BufferSize = 65536;
 
 } // namespace
 
-Source::Source(Fd file) : file_(std::move(file)), at_end_(false) {
+Source::Source(Fd file, std::size_t most) : file_(std::move(file)), at_end_(false), most_(most) {
     struct stat info = {};
     if (::fstat(file_.get(), &info) != 0) {
         error_ = errno;
     }
     regular_ = S_ISREG(info.st_mode);
-    // A small file is read at once, with room to see its end.
     const auto size = static_cast<std::size_t>(std::max<off_t>(info.st_size, 0));
+    may_be_too_long_ = regular_ && size >= TooLong;
+    // A small file is read at once, with room to see its end.
     capacity_ = regular_ && size > 0 && size < BufferSize ? size + 1 : BufferSize;
     buffer_ = std::make_unique_for_overwrite<char[]>(capacity_);
     next_window();
     at_start_ = true;
-    while (regular_ && size >= TooLong && lookahead() != -1) { // only then a line can be
-        move_to(window_.size());
-    }
 }
 
 std::optional<Source> Source::open(const char* path, FileKind kind) {
@@ -38,12 +36,19 @@ std::optional<Source> Source::open(const char* path, FileKind kind) {
         return std::nullopt;
     }
     Source source(std::move(file));
-    if (source.error() != 0) {
-        errno = source.error();
+    while (source.may_be_too_long_ && source.lookahead() != -1) {
+        source.move_to(source.window_.size());
+    }
+    if (!source.is_whole()) {
         return std::nullopt;
     }
     source.rewind();
     return source;
+}
+
+bool Source::is_whole() const {
+    errno = error_ != 0 ? error_ : errno;
+    return error_ == 0;
 }
 
 void Source::rewind() {
@@ -53,7 +58,7 @@ void Source::rewind() {
     }
     ::lseek(file_.get(), 0, SEEK_SET);
     at_end_ = false;
-    used_ = 0;
+    used_ = read_ = 0;
     window_ = {};
     next_window();
     at_start_ = true;
@@ -70,7 +75,7 @@ void Source::next_window() {
     position_ = 0;
     at_start_ = false;
     for (;;) {
-        if (used_ >= TooLong) {
+        if (used_ >= TooLong || read_ >= most_) {
             at_end_ = true;
             error_ = EFBIG;
             window_ = {buffer_.get(), used_};
@@ -92,6 +97,7 @@ void Source::next_window() {
             return;
         }
         const std::string_view read(buffer_.get() + used_, static_cast<std::size_t>(got));
+        read_ += read.size();
         const std::size_t feed = read.rfind('\n');
         used_ += read.size();
         if (feed != read.npos) {

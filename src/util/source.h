@@ -4,6 +4,7 @@
 #include "util/place.h"
 
 #include <cstddef>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -18,8 +19,9 @@ inline constexpr std::size_t TooLong = std::size_t{64} << 20;
 // what is given out points into it and lives until the window moves on.
 class Source {
   public:
-    // Reads the open file `file`. A read error looks like the end of the file.
-    explicit Source(Fd file);
+    // Reads the open file `file`. A read error, a line that is too long, and more than `most` bytes
+    // look like its end.
+    explicit Source(Fd file, std::size_t most = std::numeric_limits<std::size_t>::max());
     // Reads `text`, which must outlive the source.
     explicit Source(std::string_view text) : window_(text) {}
     // The file `path`; nothing, with errno set, when it cannot be opened, or a line of it is too
@@ -32,9 +34,9 @@ class Source {
     // Whether it can be read again from the start with the same outcome.
     bool is_regular_file() const { return regular_; }
 
-    // Why this is not all of the file, as an error number: EFBIG behind the beginning of a line
-    // that is too long. 0: it is.
-    int error() const { return error_; }
+    // Whether nothing is known to be missing behind the end of the text. Else errno says why: EFBIG
+    // where a line or all of it is too long, or the error of a file whose kind is unknown.
+    bool is_whole() const;
 
     // The window: it ends behind a line feed or with the file.
     std::string_view window() const { return window_; }
@@ -56,11 +58,14 @@ class Source {
 
     Fd file_;
     bool regular_ = false;
+    bool may_be_too_long_ = false; // a line of it
     int error_ = 0;
     bool at_end_ = true;   // nothing more can be read
     bool at_start_ = true; // the window is the first one
     std::unique_ptr<char[]> buffer_;
     std::size_t capacity_ = 0;
+    std::size_t most_ = 0; // bytes that may be read
+    std::size_t read_ = 0; // bytes that have been
     std::size_t used_ = 0; // bytes in the buffer, those behind the window included
     std::string_view window_;
     std::size_t position_ = 0;

@@ -22,7 +22,7 @@ COMMON_OPTIONS = dict(
 )
 
 LONGEST_VALUE = 1000
-SECRET_KEYS = ('tsaproxy_pass', 'ftpuserpassword')
+SECRET_KEYS = ('tsaproxypass', 'ftpuserpassword')  # of their names, the letters
 HIDDEN = '(not shown)'
 CONTROL = re.compile('[\x00-\x1f\x7f]')
 # What YAML and JSON can name, but UTF-8 cannot write. The others stand for bytes that are no UTF-8.
@@ -344,9 +344,10 @@ class HeldSignals:
 
 # The module
 
-def is_secret(key):
-    """Whether the values of a key are passwords; also when its name is misused, or missing."""
-    return key is None or any(name in folded(str(key))[0] for name in SECRET_KEYS)
+def is_secret(key, section=''):
+    """Whether the values of a key are passwords; also when its name is misspelt, or missing."""
+    letters = re.sub('[^a-z]', '', ('%s %s' % (section, key)).lower())
+    return key is None or any(name in letters for name in SECRET_KEYS)
 
 
 class Module(AnsibleModule):
@@ -373,7 +374,7 @@ class Module(AnsibleModule):
             for name, value in entry.items():
                 if name not in self.argument_spec['entries']['options']:
                     entry[name] = HIDDEN
-                elif name == 'secret' or name == 'value' and is_secret(entry.get('key')):
+                elif name == 'secret' or name == 'value' and is_secret(entry.get('key'), entry.get('section')):
                     entry[name] = self.mask(value)
         return entries
 
