@@ -1,6 +1,6 @@
 #include "model.h"
 
-#include "conf/conf_tool.h"
+#include "conf/lookup.h"
 #include "support.h"
 
 #include <algorithm>

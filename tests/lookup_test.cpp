@@ -1,6 +1,6 @@
 // The file itself: tokens, entries, and the lookup of one key, wherever the text comes from.
 #include "catalogue/catalogue.h"
-#include "conf/conf_tool.h"
+#include "conf/lookup.h"
 #include "conf/snapshot.h"
 #include "support.h"
 

@@ -1,5 +1,6 @@
 #include "util/disk.h"
-#include "util/util.h"
+#include "util/process.h"
+#include "util/text.h"
 #include "util/util_settings.h"
 #include "value/convert.h"
 #include "value/ip.h"

@@ -1,7 +1,7 @@
 #include "answer/get_vals.h"
 
 #include "catalogue/catalogue.h"
-#include "conf/conf_tool.h"
+#include "conf/lookup.h"
 #include "util/text.h"
 
 #include <cstdio>

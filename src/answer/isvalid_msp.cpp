@@ -1,7 +1,7 @@
 #include "answer/isvalid_msp.h"
 
 #include "catalogue/settings.h"
-#include "conf/conf_tool.h"
+#include "conf/lookup.h"
 #include "load/configuration.h"
 #include "util/disk.h"
 #include "util/paths.h"

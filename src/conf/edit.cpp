@@ -1,6 +1,6 @@
 #include "conf/edit.h"
 
-#include "conf/conf_tool.h"
+#include "conf/lookup.h"
 #include "util/text.h"
 
 namespace ov {

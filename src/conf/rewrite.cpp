@@ -3,9 +3,9 @@
 #include "conf/edit.h"
 #include "util/lock.h"
 #include "util/log.h"
+#include "util/process.h"
 #include "util/source.h"
 #include "util/text.h"
-#include "util/util.h"
 
 #include <algorithm>
 #include <array>

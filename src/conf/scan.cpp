@@ -1,7 +1,6 @@
 #include "conf/scan.h"
 
 #include "util/text.h"
-#include "util/util.h"
 
 #include <algorithm>
 #include <array>

@@ -1,8 +1,8 @@
 // All that one scan of a configuration file tells of the wanted keys.
 #pragma once
 
-#include "conf/conf_tool.h"
 #include "conf/key_index.h"
+#include "conf/lookup.h"
 
 #include <cstdint>
 #include <optional>

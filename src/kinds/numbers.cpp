@@ -1,7 +1,7 @@
 #include "kinds/loading.h"
 #include "kinds/tools.h"
 #include "util/disk.h"
-#include "util/util.h"
+#include "util/text.h"
 #include "value/convert.h"
 
 #include <algorithm>

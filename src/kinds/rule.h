@@ -2,7 +2,7 @@
 // kinds.h has the kinds.
 #pragma once
 
-#include "conf/conf_tool.h"
+#include "conf/lookup.h"
 #include "kinds/types.h"
 
 #include <cstdint>

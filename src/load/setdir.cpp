@@ -1,7 +1,7 @@
 #include "load/setdir.h"
 
 #include "catalogue/settings.h"
-#include "conf/conf_tool.h"
+#include "conf/lookup.h"
 #include "load/configuration.h"
 #include "util/disk.h"
 #include "util/paths.h"

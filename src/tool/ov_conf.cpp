@@ -2,14 +2,14 @@
 #include "answer/get_vals.h"
 #include "answer/isvalid_msp.h"
 #include "catalogue/defaults.h"
-#include "conf/conf_tool.h"
+#include "conf/lookup.h"
 #include "conf/rewrite.h"
 #include "load/configuration.h"
 #include "load/setdir.h"
 #include "tool/commands.h"
 #include "tool/reply.h"
+#include "util/process.h"
 #include "util/text.h"
-#include "util/util.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,8 +1,8 @@
 #include "util/log.h"
 
 #include "util/place.h"
+#include "util/process.h"
 #include "util/text.h"
-#include "util/util.h"
 #include "util/util_settings.h"
 
 #include <algorithm>

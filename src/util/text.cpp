@@ -51,4 +51,17 @@ std::optional<std::vector<std::string>> split_str(std::string_view str, std::str
     }
 }
 
+std::size_t strlcpy(char* dst, const char* src, std::size_t len) {
+    const std::string_view text(src);
+    if (len > 0) {
+        const std::size_t copied = text.copy(dst, len - 1);
+        dst[copied] = '\0';
+    }
+    return text.size();
+}
+
+int is_alldigit(std::string_view text) {
+    return !text.empty() && std::all_of(text.begin(), text.end(), is_digit);
+}
+
 } // namespace ov

@@ -84,4 +84,14 @@ constexpr bool same_word(std::string_view a, std::string_view b) {
                                 [](char x, char y) { return lower(x) == lower(y); });
 }
 
+// Copies at most `len` - 1 characters and always terminates when `len` is not 0. Returns the
+// length of `src`.
+std::size_t strlcpy(char* dst, const char* src, std::size_t len);
+
+// Whether the text is not empty and made of decimal digits only (no sign, no blank).
+int is_alldigit(std::string_view text);
+inline int is_alldigit(const char* text) {
+    return text && is_alldigit(std::string_view(text));
+}
+
 } // namespace ov

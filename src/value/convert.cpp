@@ -1,7 +1,6 @@
 #include "value/convert.h"
 
 #include "util/text.h"
-#include "util/util.h"
 
 #include <algorithm>
 #include <array>

@@ -2,7 +2,6 @@
 
 #include "util/log.h"
 #include "util/text.h"
-#include "util/util.h"
 
 #include <algorithm>
 #include <arpa/inet.h>

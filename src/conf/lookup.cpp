@@ -1,4 +1,4 @@
-#include "conf/conf_tool.h"
+#include "conf/lookup.h"
 
 #include "util/log.h"
 #include "util/text.h"

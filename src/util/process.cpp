@@ -1,4 +1,4 @@
-#include "util/util.h"
+#include "util/process.h"
 
 #include "util/text.h"
 #include "util/util_settings.h"
@@ -67,19 +67,6 @@ HeldSignals::~HeldSignals() {
 
 std::time_t curtime() {
     return std::time(nullptr);
-}
-
-std::size_t strlcpy(char* dst, const char* src, std::size_t len) {
-    const std::string_view text(src);
-    if (len > 0) {
-        const std::size_t copied = text.copy(dst, len - 1);
-        dst[copied] = '\0';
-    }
-    return text.size();
-}
-
-int is_alldigit(std::string_view text) {
-    return !text.empty() && std::all_of(text.begin(), text.end(), is_digit);
 }
 
 } // namespace ov

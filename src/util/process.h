@@ -1,11 +1,8 @@
-// Small services of the operating system: limits, blocked signals, the clock; and helpers for
-// texts.
+// What concerns this process: limits, blocked signals, the clock.
 #pragma once
 
 #include <csignal>
-#include <cstddef>
 #include <ctime>
-#include <string_view>
 
 namespace ov {
 
@@ -33,15 +30,5 @@ class HeldSignals {
 
 // The current time in seconds.
 std::time_t curtime();
-
-// Copies at most `len` - 1 characters and always terminates when `len` is not 0. Returns the
-// length of `src`.
-std::size_t strlcpy(char* dst, const char* src, std::size_t len);
-
-// Whether the text is not empty and made of decimal digits only (no sign, no blank).
-int is_alldigit(std::string_view text);
-inline int is_alldigit(const char* text) {
-    return text && is_alldigit(std::string_view(text));
-}
 
 } // namespace ov
