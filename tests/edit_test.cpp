@@ -65,6 +65,16 @@ TEST(Edit, EveryOtherByteStays) {
         EXPECT_EQ(std::string(edit->head) + edit->insertion + std::string(edit->tail), c.after)
             << testing::PrintToString(c.before.substr(0, 200));
     }
+    // And so in a file: the last one of each kind, which is the strangest.
+    for (const Case& c : {cases[6], cases[11], std::end(cases)[-1]}) {
+        const TempDir dir;
+        const std::string path = dir.file("conf", c.before);
+        EXPECT_EQ(c.value ? conf_modify(path.c_str(), "Log", "LogLevel", c.value->c_str())
+                          : conf_delete(path.c_str(), "Log", "LogLevel"),
+                  0);
+        EXPECT_EQ(read_file(path), c.after);
+        EXPECT_EQ(dir.names(), std::vector<std::string>{"conf"});
+    }
 }
 
 TEST(Edit, TheFileItselfIsRewritten) {

@@ -89,9 +89,26 @@ constexpr std::int64_t highest(const KindRule& rule) {
     return is_within(rule) ? default_of(rule.manner.second) : rule.manner.highest;
 }
 
-constexpr bool has_bounds_in_order(const Rules& rules) {
+// In order, and none that the setting cannot hold.
+template <class Type>
+constexpr bool has_sound_bounds(const Rules& rules) {
+    if constexpr (std::is_integral_v<Type>) {
+        if (highest(rules.load) != NoBound && !std::in_range<Type>(highest(rules.load))) {
+            return false;
+        }
+    }
     return lowest(rules.load) <= highest(rules.load) &&
            rules.check.manner.lowest <= rules.check.manner.highest;
+}
+
+// A key that can be written without quotes, and is no number.
+constexpr bool is_bare_name(std::string_view key) {
+    return std::all_of(key.begin(), key.end(), is_name_character) &&
+           !std::all_of(key.begin(), key.end(), is_digit);
+}
+
+constexpr bool wants_full_path(const KindRule& rule) {
+    return rule.record == &kinds::Path || rule.record == &kinds::FullDirectory;
 }
 
 constexpr std::size_t digits_of(std::int64_t number) {
@@ -112,7 +129,9 @@ constexpr bool has_word(const Manner& manner, std::int64_t number) {
 
 constexpr bool has_sound_default(const Rules& rules, const Default& initial) {
     const Manner& manner = rules.load.manner;
-    if (initial.text && std::string_view(initial.text).size() > manner.longest) {
+    if (const std::string_view text = initial.text ? initial.text : "";
+        text.size() > std::min<std::size_t>(manner.longest, MaxText) ||
+        (wants_full_path(rules.load) && !text.empty() && !text.starts_with('/'))) {
         return false;
     }
     for (std::size_t i = 0; i < initial.count; ++i) {
@@ -155,12 +174,14 @@ constexpr bool is_listed_as_shown(Right right) {
 }
 
 #define PROVE(name, type, row)                                                                     \
+    static_assert(is_bare_name(row.key), name ": is no name of a key");                            \
     static_assert(has_columns_once(row.rules), name ": a column stands there twice");              \
     static_assert(has_what_it_names(row.rules),                                                    \
                   name ": its kind has no check or form of its own");                              \
     static_assert(are_for<type>(row.rules), name ": its kind, check or form is for other types");  \
     static_assert(has_words(row.rules), name ": its kind, check or form has no words");            \
-    static_assert(has_bounds_in_order(row.rules), name ": its bounds are the wrong way round");    \
+    static_assert(has_sound_bounds<type>(row.rules),                                               \
+                  name ": its bounds are the wrong way round, or beyond its type");                \
     static_assert(has_sound_default(row.rules, row.initial),                                       \
                   name ": its default is outside its bounds, or no value of its kind");
 

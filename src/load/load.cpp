@@ -113,12 +113,17 @@ inline Verdict Reading::load_value(const Columns& row, const Variable& setting,
     const Kind& kind = kind_of(row.load);
     const Manner& manner = manner_of(row.load);
     text.clear();
+    bool looked_up = false;
     Verdict verdict = Verdict::MemoryExhausted;
     try {
         const bool found = snapshot.lookup(number, section, key, text, manner.mode, line) == 0;
+        looked_up = true;
         const Loading loading{{manner, setting, text}, load, reader, section, line};
         verdict = found ? kind.load(loading) : kind.absent(loading);
     } catch (const std::bad_alloc&) {
+        if (reader == RightsReader && !looked_up) {
+            throw; // there is no value of a right yet that something could be said of
+        }
     }
     return verdict;
 }

@@ -4,6 +4,7 @@
 #include "util/log.h"
 #include "util/place.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
@@ -130,6 +131,9 @@ constexpr Step all_steps[] = {
     {Of_SRCH_Admin_Dir, Receive, try_quarantine_hard_link},
     {Of_AppendMode, Receive, settle_forward_mode},
 };
+static_assert(std::is_sorted(std::begin(all_steps), std::end(all_steps),
+                             [](const Step& a, const Step& b) { return a.before < b.before; }),
+              "the steps stand in the order of the rows that they come before");
 
 } // namespace
 
