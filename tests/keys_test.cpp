@@ -73,7 +73,7 @@ std::string with_defaults(const Installation& gateway, const std::vector<Key>& k
         {"LogLevel", "90"},
         {"InternalDomains", "example.com"}, // and those that are not set, but cannot be empty
         {"UnrarProgram", "/bin/sh"},
-        {"DomainConfFile", "/x"},
+        {"DomainConfFile", gateway.path("none")},
     };
     std::string text;
     for (const Key& key : keys) {

@@ -48,7 +48,7 @@ TEST_P(Session, AnswersAsWritten) {
     const bool unprivileged = text.starts_with("# As nobody");
     if (unprivileged) { // who may write here, but perhaps not read the build folder
         std::filesystem::copy_file(OV_BIN_DIR "/ov_conf", gateway.path("ov_conf"));
-        for (const char* name : {".", "template"}) {
+        for (const char* name : {".", "template", "ov_conf"}) {
             std::filesystem::permissions(gateway.path(name), std::filesystem::perms::all);
         }
     }
