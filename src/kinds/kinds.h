@@ -42,7 +42,7 @@ constexpr std::array<char, Size> characters(std::string_view text) {
 
 // clang-format off
 
-// ---- Numbers (numbers.cpp)
+// Numbers: numbers.cpp
 
 Loads load_boolean, load_integer, load_integer64, load_number, load_digits, load_limit, load_within, load_word,
     load_level, load_bytes, load_kilobytes, load_min_free;
@@ -152,7 +152,7 @@ constexpr KindRule min_free(SettingOf<Text> directory, SettingOf<long> blocks) {
     return {&MinFree, {.lowest = 0, .first = directory, .second = blocks}};
 }
 
-// ---- Texts (texts.cpp)
+// Texts: texts.cpp
 
 Loads load_text, load_signature, load_date;
 Checks is_anything, is_one_word;
@@ -182,7 +182,7 @@ constexpr FormRule as_lower_bound() { return {&AsLowerBound}; }
 inline constexpr Form AsUpperBound{Texts, show_upper_bound};
 constexpr FormRule as_upper_bound() { return {&AsUpperBound}; }
 
-// ---- Paths (paths.cpp)
+// Paths: paths.cpp
 
 Loads load_path, load_file, load_full_file, load_directory, load_created_directory, load_full_directory,
     load_template_directory;
@@ -249,7 +249,7 @@ constexpr CheckRule keyword_set() { return {&IsKeywordSet}; }
 inline constexpr Check IsMimeTypeSet{Texts, is_mime_type_set};
 constexpr CheckRule mime_type_set() { return {&IsMimeTypeSet}; }
 
-// ---- Lists (lists.cpp)
+// Lists: lists.cpp
 
 Loads load_words, load_sets, load_internal_domains, load_ip_conditions, load_addresses, load_servers,
     load_servers_and_markers, load_user_group;

@@ -32,7 +32,7 @@ bool fits(const Number& setting, std::int64_t number) {
         setting);
 }
 
-// Stores a number when it is there and fits the setting. Returns whether it does.
+// Stores a number; one that is not there, or does not fit the setting, is invalid.
 Verdict store(const Value& value, std::optional<std::int64_t> number) {
     const Number& setting = std::get<Number>(value.variable);
     if (!number || !fits(setting, *number)) {

@@ -74,8 +74,8 @@ std::optional<Refusal> load_settings(Configuration& configuration, unsigned mask
     if (!refusal && (mask & (RC_RECEIVE | RC_TRANSFER))) {
         refusal = load_rows(load, snapshot, TransferReader);
     }
-    // A relative supplement has not been looked for; the working directory is not the place to do
-    // so.
+    // A relative supplement has not been looked for: what has its name in the working directory is
+    // another file.
     const char* supplement = LocalConfFile.c_str();
     if (refusal || (mask & RC_LOCALPASS) || !isfullpath(supplement) ||
         ::access(supplement, R_OK) != 0) {

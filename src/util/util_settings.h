@@ -13,7 +13,7 @@ struct ServiceSettings {
     unsigned log_option = 0;             // bit 0x10000: milliseconds in the time stamps
     int log_mode = 0666;                 // of a new log file
     uid_t log_owner = 0;                 // of the log file
-    gid_t log_group = 0;                 //
+    gid_t log_group = 0;                 // likewise
     Text log_directory;                  // where the daily log is kept
     unsigned long alternate_host_id = 0; // to use instead of the system's; 0: none
     bool no_core = true;                 // core files are forbidden

@@ -19,7 +19,7 @@ inline constexpr std::size_t MaxIpAddress = 15;
 struct IPADDRCOND {
     int cmp;                                  // 1: compare with ip and mask; 0: `str` is a pattern
     std::uint32_t ip;                         // already masked
-    std::uint32_t mask;                       //
+    std::uint32_t mask;                       // of the network
     std::array<char, MaxIpCondition + 2> str; // the condition as written
 };
 using IpConditions = std::vector<IPADDRCOND>;
