@@ -5,7 +5,7 @@
 // files, the line
 // "--" between them.
 #include "addr/addr_grp.h"
-#include "catalogue/defaults.h"
+#include "catalogue/reset.h"
 #include "support.h"
 
 #include <set>

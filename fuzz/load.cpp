@@ -3,12 +3,12 @@
 //
 // Input: on its line "m" and the load mask, or "s" and the mask for the rows of the search service,
 // or "r" and a role for the rights; and the file.
-#include "catalogue/defaults.h"
+#include "catalogue/reset.h"
 #include "catalogue/settings.h"
 #include "kinds/kinds.h"
 #include "kinds/loading.h"
 #include "load/configuration.h"
-#include "load/rights.h"
+#include "load/roles.h"
 #include "load/setdir.h"
 #include "model.h"
 #include "support.h"

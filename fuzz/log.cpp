@@ -3,7 +3,7 @@
 // Input: "m" for milliseconds, "n" for a program without a name, each on its line, and the message.
 #include "util/log.h"
 #include "support.h"
-#include "util/util_settings.h"
+#include "util/services.h"
 
 #include <algorithm>
 #include <filesystem>

@@ -5,7 +5,7 @@
 // and the value.
 #include "answer/check_config.h"
 #include "answer/get_vals.h"
-#include "catalogue/defaults.h"
+#include "catalogue/reset.h"
 #include "catalogue/settings.h"
 #include "kinds/kinds.h"
 #include "kinds/loading.h"

@@ -1,10 +1,11 @@
 // Every key: what it is by default, when it is read, what it takes, and how it is shown.
 #include "answer/check_config.h"
 #include "answer/get_vals.h"
+#include "catalogue/rights.h"
 #include "fake_host.h"
 #include "installation.h"
 #include "load/configuration.h"
-#include "load/rights.h"
+#include "load/roles.h"
 #include "load/setdir.h"
 #include "util/log.h"
 

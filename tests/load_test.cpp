@@ -4,9 +4,9 @@
 #include "catalogue/settings.h"
 #include "installation.h"
 #include "load/configuration.h"
-#include "load/rights.h"
+#include "load/roles.h"
 #include "util/log.h"
-#include "util/util_settings.h"
+#include "util/services.h"
 
 #include <cerrno>
 #include <gtest/gtest.h>

@@ -2,7 +2,7 @@
 #include "support.h"
 #include "util/handle.h"
 #include "util/log.h"
-#include "util/util_settings.h"
+#include "util/services.h"
 
 #include <csignal>
 #include <ctime>

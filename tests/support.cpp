@@ -1,6 +1,6 @@
 #include "support.h"
 
-#include "catalogue/defaults.h"
+#include "catalogue/reset.h"
 #include "fake_host.h"
 #include "util/log.h"
 

@@ -1,7 +1,7 @@
 #include "util/disk.h"
 #include "util/process.h"
+#include "util/services.h"
 #include "util/text.h"
-#include "util/util_settings.h"
 #include "value/convert.h"
 #include "value/ip.h"
 

@@ -2,7 +2,7 @@
 #include "support.h"
 #include "util/disk.h"
 #include "util/log.h"
-#include "util/util_settings.h"
+#include "util/services.h"
 #include "value/convert.h"
 #include "value/ip.h"
 

@@ -21,10 +21,7 @@ std::optional<std::string> get_vals(const char* file, const char* section, const
         return written;
     }
     const Row* row = find_row(section, key);
-    if (!row) {
-        return std::nullopt;
-    }
-    return form_of(row->show).text_of({manner_of(row->show), variable_of(*row), written});
+    return row ? shown(*row, variable_of(*row)) : std::nullopt;
 }
 
 } // namespace ov

@@ -1,6 +1,7 @@
 #include "catalogue/catalogue.h"
 
 #include "catalogue/pack.h"
+#include "catalogue/right_names.h"
 
 namespace ov {
 
@@ -49,6 +50,18 @@ const Manner& manner_of(FormNumber number) {
     return pack::form_manners[at(number)];
 }
 
+bool accepts(const Columns& row, const Variable& variable, const std::string& text) {
+    if (text.empty() && row.empty != Empty::AsTheKind) {
+        return row.empty == Empty::Accepted;
+    }
+    return check_of(row.check).accepts({manner_of(row.check), variable, text});
+}
+
+std::optional<std::string> shown(const Columns& row, const Variable& variable) {
+    static const std::string no_text;
+    return form_of(row.show).text_of({manner_of(row.show), variable, no_text});
+}
+
 Variable variable_of(const Row& row) {
     return std::visit([](auto member) { return variable(settings.*member); }, row.member);
 }
@@ -86,6 +99,14 @@ const Row* find_row(std::string_view section, std::string_view key) {
 
 std::span<const RightRow> rights() {
     return pack::right_rows;
+}
+
+std::span<const Right> listed_rights() {
+    static constexpr Right listed[] = {
+#define LISTED(right) Right::right,
+#include "catalogue/rights.def"
+    };
+    return listed;
 }
 
 const RightRow& row_of(Right right) {

@@ -2,7 +2,7 @@
 // The rules of each are expanded once, here: what is wrong with one is said once.
 #pragma once
 
-#include "catalogue/columns.h"
+#include "catalogue/right_names.h"
 #include "catalogue/settings.h"
 #include "kinds/kinds.h"
 #include "kinds/loading.h"

@@ -1,8 +1,9 @@
 #include "catalogue/settings.h"
 
 #include "addr/addr_grp.h"
-#include "catalogue/defaults.h"
-#include "util/util_settings.h"
+#include "catalogue/config_file.h"
+#include "catalogue/reset.h"
+#include "util/services.h"
 
 #include <memory>
 #include <new>

@@ -25,10 +25,10 @@ Range numbered_line(std::string_view text, int number) {
     return line;
 }
 
-// Whether there is an entry; scan_linenumber is its line then.
-bool finds(Source& source, const char* sec, const char* key) {
+// The line of the entry; 0: there is none.
+int line_of(Source& source, const char* sec, const char* key) {
     std::string value;
-    return conf_getprofile(source, sec, key, value, MaxText + 1) == 0;
+    return line_of_entry(source, sec, key, value, MaxText + 1, LineMode);
 }
 
 } // namespace
@@ -38,12 +38,12 @@ Edit modified(std::string_view text, const char* sec, const char* key, std::stri
     std::string entry = std::string(key) + " = ";
     entry += value.substr(0, MaxText);
     entry += '\n';
-    if (finds(source, sec, key)) {
-        const Range line = numbered_line(text, scan_linenumber);
+    if (const int number = line_of(source, sec, key); number != 0) {
+        const Range line = numbered_line(text, number);
         return {text.substr(0, line.begin), std::move(entry), text.substr(line.end)};
     }
-    if (get_sec(source, sec) == 0) {
-        const Range header = numbered_line(text, scan_linenumber);
+    if (const int number = line_of_header(source, sec); number != 0) {
+        const Range header = numbered_line(text, number);
         return {text.substr(0, header.end), std::move(entry), text.substr(header.end)};
     }
     return {text, "[" + std::string(sec) + "]\n" + entry, {}};
@@ -51,10 +51,11 @@ Edit modified(std::string_view text, const char* sec, const char* key, std::stri
 
 std::optional<Edit> deleted(std::string_view text, const char* sec, const char* key) {
     Source source(text);
-    if (!finds(source, sec, key)) {
+    const int number = line_of(source, sec, key);
+    if (number == 0) {
         return std::nullopt;
     }
-    const Range line = numbered_line(text, scan_linenumber);
+    const Range line = numbered_line(text, number);
     return Edit{text.substr(0, line.begin), {}, text.substr(line.end)};
 }
 

@@ -1,8 +1,8 @@
 #include "conf/lookup.h"
 
 #include "util/log.h"
+#include "util/services.h"
 #include "util/text.h"
-#include "util/util_settings.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -88,7 +88,7 @@ std::optional<Entry> EntryScan::next() {
             }
             break;
         case TokenString: {
-            const int line = scan_linenumber;
+            const int line = source_.line();
             const std::string_view key = scan_str; // on the same line as all that is read here
             const Token token = section_seen_ ? ini_scan(source_) : TokenString;
             if (token == TokenEqual) {
@@ -125,8 +125,8 @@ std::optional<Entry> EntryScan::plain_entry() {
     }
     const std::size_t feed = std::min(text.find('\n', equal), text.size());
     source_.move_to(feed);
-    const int line = scan_linenumber;
-    scan_linenumber += feed < text.size();
+    const int line = source_.line();
+    source_.add_lines(feed < text.size());
     return Entry{section_, headers_, key, line, text.substr(equal + 1, feed - equal - 1)};
 }
 
@@ -141,9 +141,9 @@ void EntryScan::skip_section() {
         const std::size_t end = std::min(bracket, text.size());
         if (end > start) {
             const std::string_view passed = text.substr(start + 1, end - start - 1);
-            scan_linenumber += static_cast<int>(std::count(passed.begin(), passed.end(), '\n'));
+            source_.add_lines(static_cast<int>(std::count(passed.begin(), passed.end(), '\n')));
             source_.move_to(end);
-            scan_linenumber += end == text.size() && source_.lookahead() == '\n';
+            source_.add_lines(end == text.size() && source_.lookahead() == '\n');
         }
         if (bracket != text.npos) {
             return;
@@ -188,22 +188,26 @@ bool take_value(const Entry& entry, const char* sec, const char* key, std::strin
     return true;
 }
 
-int _getprofile(Source& fp, const char* sec, const char* key, std::string& ans, std::size_t asiz,
-                int flg) {
+int line_of_entry(Source& source, const char* sec, const char* key, std::string& ans,
+                  std::size_t asiz, int flg) {
     const std::string_view section = sec ? sec : "";
     const std::string_view name = key ? key : "";
     ans.clear();
-    EntryScan entries(fp);
+    EntryScan entries(source);
     while (const std::optional<Entry> entry = entries.next()) {
         if (!same_name(entry->section, section)) {
             entries.skip_section();
         } else if (same_name(entry->key, name) && take_value(*entry, sec, key, ans, asiz, flg)) {
-            scan_linenumber = entry->line;
-            return 0;
+            return entry->line;
         }
     }
-    scan_linenumber = 0;
-    return -1;
+    return 0;
+}
+
+int _getprofile(Source& fp, const char* sec, const char* key, std::string& ans, std::size_t asiz,
+                int flg) {
+    scan_linenumber = line_of_entry(fp, sec, key, ans, asiz, flg);
+    return scan_linenumber == 0 ? -1 : 0;
 }
 
 int conf_getprofile(Source& fp, const char* sec, const char* key, std::string& ans,
@@ -221,23 +225,31 @@ int conf_fetch(const char* path, const char* sec, const char* key, std::string& 
     return conf_getprofile(*file, sec, key, ans, asiz);
 }
 
-int get_sec(Source& fp, std::string_view sec) {
-    init_scan(fp);
+int line_of_header(Source& source, std::string_view sec) {
+    init_scan(source);
     for (;;) {
-        const Token token = ini_scan(fp);
+        const Token token = ini_scan(source);
         if (token == TokenEof) {
-            return -1;
+            return 0;
         }
         if (token != TokenOpen) {
             continue;
         }
-        const int line = scan_linenumber;
+        const int line = source.line();
         std::string name;
-        if (read_header(fp, name) == Header::Valid && same_name(name, sec)) {
-            scan_linenumber = line;
-            return 0;
+        if (read_header(source, name) == Header::Valid && same_name(name, sec)) {
+            return line;
         }
     }
+}
+
+int get_sec(Source& fp, std::string_view sec) {
+    const int line = line_of_header(fp, sec);
+    if (line == 0) {
+        return -1;
+    }
+    scan_linenumber = line;
+    return 0;
 }
 
 } // namespace ov

@@ -64,8 +64,12 @@ bool take_value(const Entry& entry, const char* sec, const char* key, std::strin
                 std::size_t asiz, int flg);
 
 // Finds the first entry of `sec` and `key` (null is like empty) in the file, and gives its value,
-// cut to `asiz` - 1 characters. Returns 0 with scan_linenumber at the entry's line; -1 with an
-// empty `ans` and scan_linenumber 0 when there is none.
+// cut to `asiz` - 1 characters. Returns the entry's line, or 0 with an empty `ans` when there is
+// none.
+int line_of_entry(Source& source, const char* sec, const char* key, std::string& ans,
+                  std::size_t asiz, int flg);
+
+// The same, with the line in scan_linenumber: returns 0, or -1 when there is none.
 int _getprofile(Source& fp, const char* sec, const char* key, std::string& ans, std::size_t asiz,
                 int flg);
 
@@ -78,8 +82,11 @@ int conf_getprofile(Source& fp, const char* sec, const char* key, std::string& a
 int conf_fetch(const char* path, const char* sec, const char* key, std::string& ans,
                std::size_t asiz);
 
-// Finds the first header of the section `sec`: 0 with scan_linenumber at its line, or -1. Unlike
-// the lookup it takes a "[" inside an entry's value for the start of a header.
+// The line of the first header of the section `sec`; 0: there is none. Unlike the lookup it takes a
+// "[" inside an entry's value for the start of a header.
+int line_of_header(Source& source, std::string_view sec);
+
+// The same, with the line in scan_linenumber: returns 0, or -1 when there is none.
 int get_sec(Source& fp, std::string_view sec);
 
 } // namespace ov

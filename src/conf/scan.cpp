@@ -32,9 +32,7 @@ void advance(Source& source, std::size_t position) {
         return;
     }
     source.move_to(position);
-    if (source.lookahead() == '\n') {
-        ++scan_linenumber;
-    }
+    source.add_lines(source.lookahead() == '\n');
 }
 
 void set_token(std::string_view text) {
@@ -79,14 +77,7 @@ Token bare_word(Source& source) {
     return TokenNumber;
 }
 
-} // namespace
-
-void init_scan(Source& source) {
-    source.rewind();
-    scan_linenumber = 1;
-}
-
-Token ini_scan(Source& source) {
+Token read_token(Source& source) {
     for (;;) {
         const std::string_view text = source.window();
         const std::size_t position = blanks_end(text, source.position());
@@ -112,6 +103,19 @@ Token ini_scan(Source& source) {
             return bare_word(source);
         }
     }
+}
+
+} // namespace
+
+void init_scan(Source& source) {
+    source.rewind();
+    scan_linenumber = source.line();
+}
+
+Token ini_scan(Source& source) {
+    const Token token = read_token(source);
+    scan_linenumber = source.line();
+    return token;
 }
 
 std::size_t blanks_end(std::string_view text, std::size_t from) {

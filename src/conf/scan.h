@@ -26,8 +26,9 @@ extern std::string_view scan_str;
 extern int scan_len;
 // The value of the last number.
 extern int scan_num;
-// The current line, counted from 1. When the file begins with a line feed, that one is not
-// counted: every later line has one less than its true number. The editor counts truly.
+// The line of the last token, or of what a lookup has found, counted from 1. When the file begins
+// with a line feed, that one is not counted: every later line has one less than its true number.
+// The editor counts truly.
 extern int scan_linenumber;
 
 // Goes back to the first byte of the file. To be called before the first ini_scan.

@@ -12,7 +12,7 @@ namespace {
 bool are_domain_names(const Loading& value, const std::vector<std::string>& words) {
     for (const std::string& word : words) {
         if (word.find_first_of("@?#$%&:;[]!<>()~{}/+^|,=\"") != word.npos) {
-            value.load.say("invalid domain name\"" + word + "\"\n");
+            value.load.tell("invalid domain name\"" + word + "\"\n");
             return false;
         }
     }
@@ -102,7 +102,7 @@ Verdict load_internal_domains(const Loading& value) {
             return Verdict::Taken;
         }
         if (get_internaldomain(domains, LongestDomainList) != 0) {
-            value.load.say("cannot set default internal domain\n");
+            value.load.tell("cannot set default internal domain\n");
             return Verdict::Invalid;
         }
     }
@@ -163,13 +163,13 @@ Verdict load_addresses(const Loading& value) {
     }
     if (!(value.load.mask & RC_NOCHECK)) {
         if (std::cmp_greater(words->size(), installation.most_addresses)) {
-            value.load.say("Too much mail addresses. \"" + value.text + "\"\n");
+            value.load.tell("Too much mail addresses. \"" + value.text + "\"\n");
             return Verdict::Invalid;
         }
         for (const std::string& word : *words) {
             if (!isvalid_address(word.c_str(), AddressPlain)) {
-                value.load.say(std::string("Invalid mail address") +
-                               value.manner.punctuation.data() + " \"" + word + "\"\n");
+                value.load.tell(std::string("Invalid mail address") +
+                                value.manner.punctuation.data() + " \"" + word + "\"\n");
                 return Verdict::Invalid;
             }
         }

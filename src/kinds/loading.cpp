@@ -17,10 +17,4 @@ bool Load::knows_directory(const std::string& path) {
     return true;
 }
 
-void Load::say(const std::string& lines) const {
-    if (tell) {
-        tell(lines);
-    }
-}
-
 } // namespace ov

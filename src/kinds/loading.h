@@ -18,17 +18,18 @@ inline constexpr unsigned RC_NODIRCHECK = 0x2000; // directories need not exist;
 inline constexpr unsigned RC_LOCALPASS = 0x10000; // this is the local supplement file
 inline constexpr unsigned RC_AUXONLY = 0x20000;   // the auxiliary sections only
 
+inline void tell_nobody(const std::string&) {}
+
 // A file that is being loaded.
 struct Load {
     const char* file;
     unsigned mask;
-    // Is told of warnings, and of what is wrong with a value, as they come up; null: nobody is.
-    void (*tell)(const std::string& lines) = nullptr;
+    // Is told of warnings, and of what is wrong with a value, as they come up.
+    void (*tell)(const std::string& lines) = tell_nobody;
     std::vector<std::string> directories = {}; // that have been looked at and exist
 
     // Whether the directory exists; each is looked at once.
     bool knows_directory(const std::string& path);
-    void say(const std::string& lines) const;
 };
 
 } // namespace ov

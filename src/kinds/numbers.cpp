@@ -216,9 +216,9 @@ Verdict load_min_free(const Loading& value) {
     const std::string what = std::string("cannot get block size ") +
                              (directory ? directory : "<null>") + "; [" + value.section +
                              "] MinFree set 0\n";
-    value.load.say(value.reader == MainReader ? "WARNING " + what
-                                              : std::string(value.load.file) + ":" +
-                                                    std::to_string(value.line) + ": " + what);
+    value.load.tell(value.reader == MainReader ? "WARNING " + what
+                                               : std::string(value.load.file) + ":" +
+                                                     std::to_string(value.line) + ": " + what);
     store(value, 0);
     blocks = 0;
     return verdict;

@@ -40,7 +40,7 @@ bool is_one_word(const Value& value) {
 
 Verdict load_signature(const Loading& value) {
     if (value.text.size() > value.manner.longest) {
-        value.load.say("Signature too long: " + value.text + "\n");
+        value.load.tell("Signature too long: " + value.text + "\n");
         return Verdict::Invalid;
     }
     if (value.text.empty()) {

@@ -2,11 +2,12 @@
 
 #include "addr/addr_grp.h"
 #include "catalogue/catalogue.h"
+#include "catalogue/rights.h"
 #include "catalogue/settings.h"
-#include "load/rights.h"
+#include "load/roles.h"
 #include "util/log.h"
 #include "util/paths.h"
-#include "util/util_settings.h"
+#include "util/services.h"
 
 #include <cerrno>
 #include <cstdio>

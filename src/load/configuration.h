@@ -2,7 +2,7 @@
 #pragma once
 
 #include "conf/snapshot.h"
-#include "load/load.h"
+#include "load/reading.h"
 
 #include <optional>
 #include <string>

@@ -104,7 +104,7 @@ void choose_program(const Load&) {
 // Forwarding needs an address to forward to: without one its mode becomes "none", with a warning.
 void settle_forward_mode(const Load& load) {
     if (!ForwardMailAddress && ForwardMode != 0) {
-        load.say("WARNING No address specified, ForwardMode = none\n");
+        load.tell("WARNING No address specified, ForwardMode = none\n");
         ForwardMode = 0;
     }
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "catalogue/catalogue.h"
+#include "catalogue/rights.h"
 
 #include <map>
 #include <string>

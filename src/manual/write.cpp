@@ -1,7 +1,8 @@
 #include "manual/write.h"
 
+#include "answer/queries.h"
 #include "kinds/words.h"
-#include "load/rights.h"
+#include "load/roles.h"
 #include "manual/key_reference.h"
 
 #include <algorithm>

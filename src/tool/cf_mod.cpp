@@ -1,8 +1,9 @@
 #include "tool/cf_mod.h"
 
-#include "answer/check_config.h"
+#include "catalogue/catalogue.h"
+#include "catalogue/rights.h"
 #include "conf/rewrite.h"
-#include "load/rights.h"
+#include "load/roles.h"
 #include "util/log.h"
 #include "util/place.h"
 #include "util/text.h"
@@ -80,7 +81,7 @@ int cf_mod(int rank, const char* user, int count, char** assignments) {
         const std::string key = assignment.substr(0, equal);
         const std::string value = assignment.substr(equal + 1);
         const RightRow* right = find_right(key);
-        if (!right || !is_acceptable(*right, {}, value) ||
+        if (!right || !accepts(*right, {}, value) ||
             conf_modify(path.c_str(), section.c_str(), key.c_str(), value.c_str(),
                         FileKind::Installed) != 0) {
             std::fprintf(stderr, "%s\n", key.c_str());

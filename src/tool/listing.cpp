@@ -1,8 +1,9 @@
 #include "tool/listing.h"
 
 #include "addr/addr_grp.h"
+#include "answer/queries.h"
 #include "catalogue/catalogue.h"
-#include "load/rights.h"
+#include "catalogue/right_names.h"
 #include "util/text.h"
 
 #include <cstdio>
@@ -22,23 +23,18 @@ struct User {
     // In the form of its row.
     std::string shown(Right right) const {
         const RightRow& row = row_of(right);
-        const std::string nothing;
-        return form_of(row.show)
-            .text_of({manner_of(row.show), variable_of(row, rank), nothing})
-            .value_or("");
+        return ov::shown(row, variable_of(row, rank)).value_or("");
     }
 };
 
-// The right to choose the set that goes with an access level, where there is one.
-std::optional<Right> set_of(Right right) {
-    switch (right) {
-    case Right::PolicyAttachment:
-        return Right::PolicyAttachmentSet;
-    case Right::PolicyKeyword:
-        return Right::PolicyKeywordSet;
-    default:
-        return std::nullopt;
-    }
+// An access level that goes with a set: the right to choose that, and the sets that are configured.
+struct Level {
+    Right choice;
+    Right sets;
+};
+Level level_of(Right right) {
+    return right == Right::PolicyKeyword ? Level{Right::PolicyKeywordSet, Right::SetKEYWD}
+                                         : Level{Right::PolicyAttachmentSet, Right::SetMTYPE};
 }
 
 const char* answer_of(bool granted) {
@@ -47,9 +43,10 @@ const char* answer_of(bool granted) {
 
 // A right as the listing has it: with its key in front, and with the set behind.
 void print_right(const User& user, Right right) {
-    const std::optional<Right> set = set_of(right);
-    std::printf("%s: %s%s%s\n", key_of(row_of(right)), user.shown(right).c_str(), set ? "\t" : "",
-                set ? answer_of(user.flag(*set)) : "");
+    const RightRow& row = row_of(right);
+    const bool has_set = row.query == RightQuery::WithSet;
+    std::printf("%s: %s%s%s\n", key_of(row), user.shown(right).c_str(), has_set ? "\t" : "",
+                has_set ? answer_of(user.flag(level_of(right).choice)) : "");
 }
 
 // Answers a query for several rights. Returns whether there is one of that name.
@@ -89,10 +86,9 @@ void answer_selectable(const User& user) {
 
 // A user for whom sets are configured does not choose them himself.
 void answer_with_set(const User& user, Right right) {
-    const bool keyword = right == Right::PolicyKeyword;
-    const WordList& sets = user.names(keyword ? Right::SetKEYWD : Right::SetMTYPE);
+    const Level level = level_of(right);
     std::printf("%s\t%s\n", user.shown(right).c_str(),
-                answer_of(!sets && user.flag(*set_of(right))));
+                answer_of(!user.names(level.sets) && user.flag(level.choice)));
 }
 
 // Answers a query for one right. Returns whether it can be asked for.

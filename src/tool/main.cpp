@@ -1,5 +1,5 @@
 #include "load/configuration.h"
-#include "load/rights.h"
+#include "load/roles.h"
 #include "tool/commands.h"
 #include "util/log.h"
 #include "util/text.h"

@@ -1,7 +1,7 @@
 #include "answer/check_config.h"
 #include "answer/get_vals.h"
 #include "answer/isvalid_msp.h"
-#include "catalogue/defaults.h"
+#include "catalogue/config_file.h"
 #include "conf/lookup.h"
 #include "conf/rewrite.h"
 #include "load/configuration.h"

@@ -1,6 +1,6 @@
-#include "catalogue/defaults.h"
+#include "catalogue/config_file.h"
 #include "load/configuration.h"
-#include "load/rights.h"
+#include "load/roles.h"
 #include "tool/cf_mod.h"
 #include "tool/commands.h"
 #include "tool/listing.h"

@@ -1,7 +1,7 @@
 #include "util/lock.h"
 
 #include "util/log.h"
-#include "util/util_settings.h"
+#include "util/services.h"
 
 #include <cerrno>
 #include <fcntl.h>

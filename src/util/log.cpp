@@ -2,8 +2,8 @@
 
 #include "util/place.h"
 #include "util/process.h"
+#include "util/services.h"
 #include "util/text.h"
-#include "util/util_settings.h"
 
 #include <algorithm>
 #include <array>

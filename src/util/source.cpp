@@ -53,6 +53,7 @@ bool Source::is_whole() const {
 
 void Source::rewind() {
     position_ = 0;
+    line_ = 1;
     if (at_start_) {
         return;
     }

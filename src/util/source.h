@@ -28,7 +28,7 @@ class Source {
     // long (EFBIG). In a pipe, such a line is met only when it is read.
     static std::optional<Source> open(const char* path, FileKind kind = FileKind::Any);
 
-    // Goes back to the first byte.
+    // Goes back to the first byte, on line 1.
     void rewind();
 
     // Whether it can be read again from the start with the same outcome.
@@ -53,6 +53,10 @@ class Source {
         }
     }
 
+    // The current line, as far as whoever moves on counts.
+    int line() const { return line_; }
+    void add_lines(int lines) { line_ += lines; }
+
   private:
     void next_window();
 
@@ -69,6 +73,7 @@ class Source {
     std::size_t used_ = 0; // bytes in the buffer, those behind the window included
     std::string_view window_;
     std::size_t position_ = 0;
+    int line_ = 1;
 };
 
 } // namespace ov

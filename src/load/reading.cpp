@@ -1,6 +1,7 @@
-#include "load/load.h"
+#include "load/reading.h"
 
 #include "catalogue/catalogue.h"
+#include "catalogue/right_names.h"
 #include "load/steps.h"
 
 #include <cstdio>

@@ -1,14 +1,13 @@
-// The rights of the users of the six administration roles.
+// The six administration roles.
 //
 // A role has a directory, and a user of the role a rights file "<user>.conf" in it, in the format
 // of the main configuration file and with one section. What a file does not set keeps the default
 // of the role.
 #pragma once
 
-#include "catalogue/catalogue.h"
+#include "kinds/types.h"
 
 #include <array>
-#include <span>
 #include <string>
 
 namespace ov {
@@ -23,21 +22,6 @@ struct Role {
 };
 // By rank.
 extern const std::array<Role, Roles> AllRoles;
-
-// A query for several rights at once: they are answered one after the other.
-struct CombinedQuery {
-    const char* name;
-    std::span<const Right> rights;
-    bool tells_freezing; // and then whether freezing messages is switched on for the user
-};
-std::span<const CombinedQuery> combined_queries();
-
-// The rights that the listing of a user has, in its order.
-std::span<const Right> listed_rights();
-
-// Whether freezing messages is switched on for the user of the role `rank`: by the system for those
-// who may freeze, for others by an option of their own.
-bool can_freeze(int rank);
 
 // The rights file of a user of the role `rank`, and, when `section` is given, the section that all
 // of it stands in. Returns 0, or -1 for no user, and, after a line in the log, for no such role.
