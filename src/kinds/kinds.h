@@ -9,6 +9,7 @@
 #include "kinds/rule.h"
 #include "kinds/tables.h"
 
+#include <algorithm>
 #include <string_view>
 
 namespace ov {
@@ -29,16 +30,16 @@ using Shows = std::optional<std::string>(const Value&);
 std::int64_t number_in(const Number& number);
 std::int64_t bound_in(const Other& name);
 
-// Characters and a NUL. Too many do not compile.
-template <std::size_t Size>
-constexpr std::array<char, Size> characters(std::string_view text) {
-    std::array<char, Size> found{};
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        found.at(i) = text[i];
-        found.at(i + 1) = '\0';
+// The characters of a literal, and a NUL.
+template <std::size_t Room>
+struct Characters {
+    std::array<char, Room> all{};
+
+    template <std::size_t Size>
+    requires(Size <= Room) constexpr Characters(const char (&text)[Size]) {
+        std::copy_n(text, Size, all.begin());
     }
-    return found;
-}
+};
 
 // clang-format off
 
@@ -68,70 +69,70 @@ constexpr FormRule as_access() { return {&AsAccess}; }
 inline constexpr Check IsBoolean{Numbers, is_boolean};
 inline constexpr Form AsTrueOrFalse{Numbers, show_boolean};
 inline constexpr Kind Boolean{Numbers, load_boolean, IsBoolean, AsTrueOrFalse};
-constexpr KindRule boolean() { return {&Boolean, {.lowest = 0, .highest = 1, .mode = TokenMode}}; }
+constexpr KindOf<Boolean> boolean() { return {{.lowest = 0, .highest = 1, .mode = TokenMode}}; }
 // The same, shown as 1 or 0.
 inline constexpr Kind Flag{Numbers, load_boolean, IsBoolean, AsNumber};
-constexpr KindRule flag() { return {&Flag, {.lowest = 0, .highest = 1, .mode = TokenMode}}; }
+constexpr KindOf<Flag> flag() { return {{.lowest = 0, .highest = 1, .mode = TokenMode}}; }
 
 // A decimal number; text behind it, or instead of it, is overlooked (no digits: 0).
 inline constexpr Kind Integer{Numbers, load_integer, NoCheck, AsNumber};
-constexpr KindRule integer(std::int64_t lowest = std::numeric_limits<std::int64_t>::min(),
+constexpr KindOf<Integer> integer(std::int64_t lowest = std::numeric_limits<std::int64_t>::min(),
                            std::int64_t highest = NoBound) {
-    return {&Integer, {.lowest = lowest, .highest = highest}};
+    return {{.lowest = lowest, .highest = highest}};
 }
 
 // The same, for a setting without a sign up to its largest number.
 inline constexpr Kind Integer64{LargeNumbers, load_integer64, NoCheck, AsNumber};
-constexpr KindRule integer64() { return {&Integer64}; }
+constexpr KindOf<Integer64> integer64() { return {}; }
 
 // A number with base prefixes that the setting can hold; text without digits is 0. In the main file only the
 // check knows them.
 inline constexpr Check IsNumber{Numbers, is_based_number};
 inline constexpr Kind PrefixedNumber{Numbers, load_number, IsNumber, AsNumber};
-constexpr KindRule number() { return {&PrefixedNumber}; }
+constexpr KindOf<PrefixedNumber> number() { return {}; }
 inline constexpr Check IsNotNegative{Numbers, is_based_number};
 constexpr CheckRule number_not_negative() { return {&IsNotNegative, {.lowest = 0}}; }
 
 // Decimal digits and nothing else, at most `longest` of them.
 inline constexpr Check AreDigits{Numbers, are_digits};
 inline constexpr Kind Digits{Numbers, load_digits, AreDigits, AsNumber};
-constexpr KindRule digits(std::int64_t lowest = 0, std::int64_t highest = NoBound,
+constexpr KindOf<Digits> digits(std::int64_t lowest = 0, std::int64_t highest = NoBound,
                           std::uint16_t longest = NoLength) {
-    return {&Digits, {.lowest = lowest, .highest = highest, .longest = longest}};
+    return {{.lowest = lowest, .highest = highest, .longest = longest}};
 }
 
 // Digits, however many: what is loaded may still be too large.
 inline constexpr Check AreAllDigits{Numbers, are_all_digits};
-constexpr CheckRule all_digits() { return {&AreAllDigits}; }
+constexpr CheckRule all_digits() { return {&AreAllDigits, {.lowest = 0}}; }
 
 // Digits from 0 to `highest`; the empty text leaves the setting as it is.
 inline constexpr Kind Limit{Numbers, load_limit, NoCheck, AsNumber};
-constexpr KindRule limit(std::int64_t highest) { return {&Limit, {.lowest = 0, .highest = highest}}; }
+constexpr KindOf<Limit> limit(std::int64_t highest) { return {{.lowest = 0, .highest = highest}}; }
 
 // Digits only, within two other settings as they stand.
 inline constexpr Check IsWithin{Numbers, is_within};
 inline constexpr Kind Within{Numbers, load_within, IsWithin, AsNumber};
 template <class Bound>
 requires std::is_same_v<Bound, int> || std::is_same_v<Bound, long>
-constexpr KindRule within(SettingOf<Bound> low, SettingOf<Bound> high) {
-    return {&Within, {.first = low, .second = high}};
+constexpr KindOf<Within> within(SettingOf<Bound> low, SettingOf<Bound> high) {
+    return {{.first = low, .second = high}};
 }
 
 // A word of a value table.
 inline constexpr Check IsWord{Numbers, is_word};
 inline constexpr Form AsWord{Numbers, show_word};
 inline constexpr Kind Word{Numbers, load_word, IsWord, AsWord};
-constexpr KindRule word(Table table) { return {&Word, {.table = static_cast<std::int8_t>(table)}}; }
+constexpr KindOf<Word> word(Table table) { return {{.table = static_cast<std::int8_t>(table)}}; }
 
 // Which addresses of a message a filter looks at.
 inline constexpr Kind Selection{Numbers, load_word, NoCheck, AsWord};
-constexpr KindRule selection() { return {&Selection, {.table = AddrSelectTable}}; }
+constexpr KindOf<Selection> selection() { return {{.table = AddrSelectTable}}; }
 
 // A word of the table of levels, or a number from 0 to NoLevel.
 inline constexpr Check IsLevel{Numbers, is_level};
 inline constexpr Form AsLevel{Numbers, show_level};
 inline constexpr Kind Level{Numbers, load_level, IsLevel, AsLevel};
-constexpr KindRule level() { return {&Level, {.lowest = 0, .highest = NoLevel, .table = LogLevelTable}}; }
+constexpr KindOf<Level> level() { return {{.lowest = 0, .highest = NoLevel, .table = LogLevelTable}}; }
 // The same without the words for the weak and the strong level.
 inline constexpr Check IsNoneOrNumber{Numbers, is_none_or_number};
 constexpr CheckRule none_or_number() { return {&IsNoneOrNumber, {.lowest = 0, .highest = NoLevel}}; }
@@ -139,17 +140,17 @@ constexpr CheckRule none_or_number() { return {&IsNoneOrNumber, {.lowest = 0, .h
 // A size in bytes; without a unit `unit` is meant.
 inline constexpr Check IsBytes{Numbers, is_bytes};
 inline constexpr Kind Bytes{Numbers, load_bytes, IsBytes, AsByteSize};
-constexpr KindRule bytes(char unit = 'K') { return {&Bytes, {.lowest = 0, .unit = unit}}; }
+constexpr KindOf<Bytes> bytes(char unit = 'K') { return {{.lowest = 0, .unit = unit}}; }
 
 // A size in kilobytes; without a unit megabytes are meant.
 inline constexpr Check IsKilobytes{Numbers, is_kilobytes};
 inline constexpr Kind Kilobytes{Numbers, load_kilobytes, IsKilobytes, AsNumber};
-constexpr KindRule kilobytes() { return {&Kilobytes, {.lowest = 0}}; }
+constexpr KindOf<Kilobytes> kilobytes() { return {{.lowest = 0}}; }
 
 // Kilobytes that are to stay free on the file system of a directory, for `blocks` also in its blocks.
 inline constexpr Kind MinFree{Numbers, load_min_free, IsKilobytes, AsNumber};
-constexpr KindRule min_free(SettingOf<Text> directory, SettingOf<long> blocks) {
-    return {&MinFree, {.lowest = 0, .first = directory, .second = blocks}};
+constexpr KindOf<MinFree> min_free(SettingOf<Text> directory, SettingOf<long> blocks) {
+    return {{.lowest = 0, .first = directory, .second = blocks}};
 }
 
 // Texts: texts.cpp
@@ -161,7 +162,7 @@ Shows show_text, show_lower_bound, show_upper_bound;
 // Any text.
 inline constexpr Form AsText{Texts, show_text};
 inline constexpr Kind PlainText{Texts, load_text, NoCheck, AsText};
-constexpr KindRule text() { return {&PlainText}; }
+constexpr KindOf<PlainText> text() { return {}; }
 
 inline constexpr Check IsAnything{AnyType, is_anything};
 constexpr CheckRule anything() { return {&IsAnything}; }
@@ -171,11 +172,11 @@ constexpr CheckRule one_word() { return {&IsOneWord}; }
 
 // Any text of at most `longest` characters; the empty one unsets the setting.
 inline constexpr Kind Signature{Texts, load_signature, NoCheck, AsText};
-constexpr KindRule signature(std::uint16_t longest) { return {&Signature, {.longest = longest}}; }
+constexpr KindOf<Signature> signature(std::uint16_t longest) { return {{.longest = longest}}; }
 
 // A date like "2008/02/31"; the empty text: none.
 inline constexpr Kind Date{Texts, load_date, NoCheck, NoForm};
-constexpr KindRule date() { return {&Date}; }
+constexpr KindOf<Date> date() { return {}; }
 // The two say "unspecified" in spellings of their own; scripts look for each.
 inline constexpr Form AsLowerBound{Texts, show_lower_bound};
 constexpr FormRule as_lower_bound() { return {&AsLowerBound}; }
@@ -192,30 +193,30 @@ Checks is_command, is_program, is_queue_directory, is_list_program, is_existing_
 
 // The absolute path of something that exists (not looked at with RC_NOCHECK).
 inline constexpr Kind Path{Texts, load_path, NoCheck, AsText};
-constexpr KindRule path() { return {&Path}; }
+constexpr KindOf<Path> path() { return {}; }
 
 // A file, in EtcDirectory when it is relative; or only with an absolute path. The default is taken there in any
 // case.
 inline constexpr Kind File{Texts, load_file, NoCheck, AsText, default_file};
-constexpr KindRule file() { return {&File}; }
+constexpr KindOf<File> file() { return {}; }
 inline constexpr Kind FullFile{Texts, load_full_file, NoCheck, AsText, default_file};
-constexpr KindRule full_file() { return {&FullFile}; }
+constexpr KindOf<FullFile> full_file() { return {}; }
 
 // A directory that exists (not looked at with RC_NODIRCHECK), under `base` when it is relative. The default is
 // taken there in any case.
 inline constexpr Kind Directory{Texts, load_directory, NoCheck, AsText, default_directory};
-constexpr KindRule directory(SettingOf<Text> base) { return {&Directory, {.first = base}}; }
+constexpr KindOf<Directory> directory(SettingOf<Text> base) { return {{.first = base}}; }
 // The same, and made when it is missing.
 inline constexpr Kind CreatedDirectory{Texts, load_created_directory, NoCheck, AsText, default_directory};
-constexpr KindRule created_directory(SettingOf<Text> base) { return {&CreatedDirectory, {.first = base}}; }
+constexpr KindOf<CreatedDirectory> created_directory(SettingOf<Text> base) { return {{.first = base}}; }
 // The same with an absolute path.
 inline constexpr Kind FullDirectory{Texts, load_full_directory, NoCheck, AsText};
-constexpr KindRule full_directory() { return {&FullDirectory}; }
+constexpr KindOf<FullDirectory> full_directory() { return {}; }
 
 // A directory under RootDirectory; given empty, there is none. The auxiliary readers want it to exist.
 inline constexpr Kind TemplateFolder{Texts, load_template_directory, NoCheck, NoForm,
                                      default_template_directory};
-constexpr KindRule template_directory() { return {&TemplateFolder}; }
+constexpr KindOf<TemplateFolder> template_directory() { return {}; }
 
 // What a check wants to exist: a program with its full path, and with arguments, or anything that is no full
 // path.
@@ -258,16 +259,14 @@ Shows show_names, show_internal_domains, show_conditions, show_addresses, show_u
 
 // Words with any of the separators between them.
 inline constexpr Kind Words{WordLists, load_words, NoCheck, NoForm};
-constexpr KindRule words(std::string_view separators) {
-    return {&Words, {.separators = characters<3>(separators)}};
-}
+constexpr KindOf<Words> words(Characters<3> separators) { return {{.separators = separators.all}}; }
 
 // Names of groups, and of sets; the empty text: no sets.
 inline constexpr Form AsNames{WordLists, show_names};
 inline constexpr Kind Names{WordLists, load_words, NoCheck, AsNames};
-constexpr KindRule names() { return {&Names, {.separators = {':'}}}; }
+constexpr KindOf<Names> names() { return {{.separators = {':'}}}; }
 inline constexpr Kind Sets{WordLists, load_sets, NoCheck, NoForm};
-constexpr KindRule sets() { return {&Sets, {.separators = {':'}}}; }
+constexpr KindOf<Sets> sets() { return {{.separators = {':'}}}; }
 
 // Domains. When none is given and programs and directories are checked, the host's own domain, which is looked
 // at more closely than what somebody has written.
@@ -275,33 +274,33 @@ inline constexpr Check AreDomains{WordLists, are_domains};
 inline constexpr Form AsInternalDomains{WordLists, show_internal_domains};
 inline constexpr Kind InternalDomainList{WordLists, load_internal_domains, AreDomains, AsInternalDomains,
     load_internal_domains};
-constexpr KindRule internal_domains() { return {&InternalDomainList, {.separators = {'&', ':'}}}; }
+constexpr KindOf<InternalDomainList> internal_domains() { return {{.separators = {'&', ':'}}}; }
 
 // Conditions on IP addresses.
 inline constexpr Check AreNetworks{IpLists, are_networks};
 inline constexpr Form AsConditions{IpLists, show_conditions};
 inline constexpr Kind IpConditionList{IpLists, load_ip_conditions, AreNetworks, AsConditions};
-constexpr KindRule ip_conditions() { return {&IpConditionList, {.separators = {':'}}}; }
+constexpr KindOf<IpConditionList> ip_conditions() { return {{.separators = {':'}}}; }
 
 // At most MaxAddressList mail addresses; both not looked at with RC_NOCHECK. `punctuation` is what the message
 // of a bad one has in front of the address.
 inline constexpr Check AreAddresses{AddressLists, are_addresses};
 inline constexpr Form AsAddresses{AddressLists, show_addresses};
 inline constexpr Kind MailAddresses{AddressLists, load_addresses, AreAddresses, AsAddresses};
-constexpr KindRule addresses(std::string_view punctuation) {
-    return {&MailAddresses, {.punctuation = characters<2>(punctuation)}};
+constexpr KindOf<MailAddresses> addresses(Characters<2> punctuation) {
+    return {{.punctuation = punctuation.all}};
 }
 
 // At most eight servers, "host" or "host:port" with a port from 1 to 60000; where it is the gateway's own way
 // out, the markers for the submission program and a command may be among them.
 inline constexpr Kind Servers{Texts, load_servers, NoCheck, AsText};
-constexpr KindRule servers(SettingOf<ServerList> list) {
-    return {&Servers, {.separators = {' '}, .first = list}};
+constexpr KindOf<Servers> servers(SettingOf<ServerList> list) {
+    return {{.separators = {' '}, .first = list}};
 }
 inline constexpr Check AreServers{Texts, are_servers};
 inline constexpr Kind ServersAndMarkers{Texts, load_servers_and_markers, AreServers, AsText};
-constexpr KindRule servers_and_markers(SettingOf<ServerList> list) {
-    return {&ServersAndMarkers, {.separators = {' '}, .first = list}};
+constexpr KindOf<ServersAndMarkers> servers_and_markers(SettingOf<ServerList> list) {
+    return {{.separators = {' '}, .first = list}};
 }
 
 // "host" or "host:port"; of a longer value the first `longest` characters count.
@@ -311,7 +310,7 @@ constexpr CheckRule host_port(std::uint16_t longest) { return {&IsHostPort, {.lo
 // At most eight names.
 inline constexpr Form AsUserGroup{ServerLists, show_user_group};
 inline constexpr Kind UserGroup{ServerLists, load_user_group, NoCheck, AsUserGroup};
-constexpr KindRule user_group() { return {&UserGroup, {.separators = {':'}}}; }
+constexpr KindOf<UserGroup> user_group() { return {{.separators = {':'}}}; }
 
 // clang-format on
 

@@ -149,4 +149,19 @@ using KindRule = Rule<Kind>;
 using CheckRule = Rule<Check>;
 using FormRule = Rule<Form>;
 
+// A rule of one kind. As a check, and as a form, it is that of the kind; one that the kind has not
+// does not compile.
+template <const Kind& kind>
+struct KindOf {
+    Manner manner = {};
+
+    constexpr operator KindRule() const { return {&kind, manner}; }
+    constexpr operator CheckRule() const requires(&kind.check != &NoCheck) {
+        return {&kind.check, manner};
+    }
+    constexpr operator FormRule() const requires(&kind.form != &NoForm) {
+        return {&kind.form, manner};
+    }
+};
+
 } // namespace ov
