@@ -40,9 +40,9 @@ constexpr bool are_for(const Rules& rules) {
 }
 
 constexpr bool has_words(const Rules& rules) {
-    return kinds::words_of(*rules.load.record) &&
-           (!rules.is_checked() || kinds::words_of(*rules.check.record)) &&
-           (!rules.is_shown() || kinds::words_of(*rules.show.record));
+    return !kinds::words_of(*rules.load.record).empty() &&
+           (!rules.is_checked() || !kinds::words_of(*rules.check.record).empty()) &&
+           (!rules.is_shown() || !kinds::words_of(*rules.show.record).empty());
 }
 
 // A row makes the setting that it names: a misspelt name is found by its key, which it repeats
