@@ -47,12 +47,13 @@ consteval Types type_of() {
 using Other = std::variant<std::monostate, int Settings::*, long Settings::*, Text Settings::*,
                            ServerList Settings::*>;
 
+inline constexpr std::int64_t Least = std::numeric_limits<std::int64_t>::min();
 inline constexpr std::int64_t NoBound = std::numeric_limits<std::int64_t>::max();
 inline constexpr std::uint16_t NoLength = std::numeric_limits<std::uint16_t>::max();
 
 // What is special about a row's value.
 struct Manner {
-    std::int64_t lowest = std::numeric_limits<std::int64_t>::min();
+    std::int64_t lowest = Least;
     std::int64_t highest = NoBound;
     std::uint16_t longest = NoLength;  // in characters
     std::int8_t table = -1;            // of the value's words

@@ -193,9 +193,6 @@ std::string changed_text(const RightRow& right) {
 }
 
 std::string shown_text(const Row& row) {
-    if (row.show == NotShown) {
-        return "";
-    }
     return text_of(kinds::words_of(form_of(row.show)), manner_of(row.show), variable_of(row));
 }
 
