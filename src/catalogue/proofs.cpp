@@ -1,5 +1,5 @@
 // What is wrong with a row, or does not fit together, does not compile. This file is compiled
-// before all that needs the rows, so that a fault is named once, by its key.
+// before all that needs the rows, so that a fault is named once, by its row.
 #include "catalogue/pack.h"
 #include "kinds/words.h"
 
@@ -13,11 +13,6 @@ using rows::written_rights;
 using rows::written_rows;
 using rows::WrittenRow;
 
-// The rows by their variables.
-enum class RowOf : std::uint16_t {
-#define SETTING(section, key, variable, ...) variable,
-#include "catalogue/keys.def"
-};
 constexpr const WrittenRow& row_of(RowOf number) {
     return written_rows[static_cast<std::size_t>(number)];
 }
@@ -44,19 +39,37 @@ constexpr bool are_for(const Rules& rules) {
            (rules.show.record->types & type);
 }
 
-constexpr bool has_columns_once(const Rules& rules) {
-    return rules.checks <= 1 && rules.forms <= 1;
-}
-
-constexpr bool has_what_it_names(const Rules& rules) {
-    return (rules.checks == 0 || rules.check.record != &NoCheck) &&
-           (rules.forms == 0 || rules.show.record != &NoForm);
-}
-
 constexpr bool has_words(const Rules& rules) {
-    return kinds::words_of(*rules.load.record) &&
-           (rules.checks == 0 || kinds::words_of(*rules.check.record)) &&
-           (rules.forms == 0 || kinds::words_of(*rules.show.record));
+    return !kinds::words_of(*rules.load.record).empty() &&
+           (!rules.is_checked() || !kinds::words_of(*rules.check.record).empty()) &&
+           (!rules.is_shown() || !kinds::words_of(*rules.show.record).empty());
+}
+
+// A row makes the setting that it names: a misspelt name is found by its key, which it repeats
+// behind one of these.
+constexpr std::string_view prefixes[] = {
+    "",     "ACL", "Archive", "CM_",   "CR_",   "Coop", "DBG_",    "Expire", "FTP",
+    "IBE_", "Log", "Notice",  "Queue", "SMTP_", "Scr",  "Search_", "Srch",
+};
+// The settings that do not repeat it.
+// clang-format off
+constexpr std::string_view called_otherwise[] = {
+    "IBESvrList", "IBE_server_in", "IBE_server_out", "MLogDirPerm", "MLogPerm", "MLog_gid",
+    "MLog_uid", "NoticeReplyTo", "NotifyDiskSwitchAddr", "ScrBasisSetKEYWORD", "ScrBasisSetMIME",
+    "ScrDefaultSetKEYWORD", "ScrDefaultSetMIME", "ScrJS1TAROSignature", "ScrLogFormatKEYWORD",
+    "ScrLogFormatMIME", "ScrLogLevelDPINFO", "ScrLogLevelKEYWORD", "ScrLogLevelMIME",
+    "ScrLogOptionDPINFO", "ScrLogOptionKEYWORD", "ScrLogOptionMIME", "ScrMSExcelSignature",
+    "ScrMSPPTSignature", "ScrMSWordSignature", "ScrNGLevelDPINFO", "ScrNGLevelKEYWORD",
+    "ScrNGLevelMIME", "ScrPDFSignature", "ScrThresholdDPINFO", "SrchIndexDirectories",
+};
+// clang-format on
+constexpr bool is_called_for(std::string_view variable, std::string_view key) {
+    const auto among = [](const auto& names, std::string_view name) {
+        return std::find(std::begin(names), std::end(names), name) != std::end(names);
+    };
+    return (variable.ends_with(key) &&
+            among(prefixes, variable.substr(0, variable.size() - key.size()))) ||
+           among(called_otherwise, variable);
 }
 
 // The default of another setting; of one that is no row's, 0.
@@ -79,17 +92,25 @@ constexpr std::int64_t default_of(const Other& name) {
     return 0;
 }
 
-constexpr bool is_within(const KindRule& rule) {
-    return rule.record == &kinds::Within;
+template <class Record>
+constexpr bool is_within(const Rule<Record>& rule) {
+    const void* record = rule.record;
+    return record == &kinds::Within || record == &kinds::IsWithin;
 }
-constexpr std::int64_t lowest(const KindRule& rule) {
+template <class Record>
+constexpr std::int64_t lowest(const Rule<Record>& rule) {
     return is_within(rule) ? default_of(rule.manner.first) : rule.manner.lowest;
 }
-constexpr std::int64_t highest(const KindRule& rule) {
+template <class Record>
+constexpr std::int64_t highest(const Rule<Record>& rule) {
     return is_within(rule) ? default_of(rule.manner.second) : rule.manner.highest;
 }
 
-// In order, and none that the setting cannot hold.
+template <class Record>
+constexpr bool is_sound(const Rule<Record>& rule) {
+    return lowest(rule) <= highest(rule) && rule.manner.table < Tables;
+}
+// In order, and none that the setting cannot hold, or that is beyond the tables.
 template <class Type>
 constexpr bool has_sound_bounds(const Rules& rules) {
     if constexpr (std::is_integral_v<Type>) {
@@ -97,18 +118,13 @@ constexpr bool has_sound_bounds(const Rules& rules) {
             return false;
         }
     }
-    return lowest(rules.load) <= highest(rules.load) &&
-           rules.check.manner.lowest <= rules.check.manner.highest;
+    return is_sound(rules.load) && is_sound(rules.check);
 }
 
 // A key that can be written without quotes, and is no number.
 constexpr bool is_bare_name(std::string_view key) {
     return std::all_of(key.begin(), key.end(), is_name_character) &&
            !std::all_of(key.begin(), key.end(), is_digit);
-}
-
-constexpr bool wants_full_path(const KindRule& rule) {
-    return rule.record == &kinds::Path || rule.record == &kinds::FullDirectory;
 }
 
 constexpr std::size_t digits_of(std::int64_t number) {
@@ -127,23 +143,35 @@ constexpr bool has_word(const Manner& manner, std::int64_t number) {
     return row->str != nullptr;
 }
 
+template <class Record>
+constexpr bool takes(const Rule<Record>& rule, std::int64_t number) {
+    const Manner& manner = rule.manner;
+    const bool words_only = manner.table != -1 && manner.highest == NoBound;
+    return number >= lowest(rule) && number <= highest(rule) &&
+           (manner.longest == NoLength || digits_of(number) <= manner.longest) &&
+           (!words_only || has_word(manner, number));
+}
+
+constexpr bool wants_full_path(const Rules& rules) {
+    const Kind* kind = rules.load.record;
+    const Check* check = rules.check.record;
+    return kind == &kinds::Path || kind == &kinds::FullDirectory || check == &kinds::IsProgram ||
+           check == &kinds::IsCommand || check == &kinds::IsQueueFolder;
+}
+constexpr bool takes(const Rules& rules, std::string_view text) {
+    return text.size() <= std::min<std::size_t>(rules.load.manner.longest, MaxText) &&
+           (!wants_full_path(rules) || text.empty() || text.starts_with('/')) &&
+           (rules.check.record != &kinds::IsOneWord || text.find(' ') == text.npos);
+}
+
+// One that the kind takes, and the check, as far as that is no matter of the disk.
 constexpr bool has_sound_default(const Rules& rules, const Default& initial) {
-    const Manner& manner = rules.load.manner;
-    if (const std::string_view text = initial.text ? initial.text : "";
-        text.size() > std::min<std::size_t>(manner.longest, MaxText) ||
-        (wants_full_path(rules.load) && !text.empty() && !text.starts_with('/'))) {
-        return false;
-    }
     for (std::size_t i = 0; i < initial.count; ++i) {
-        const std::int64_t number = initial.numbers[i];
-        const bool words_only = manner.table != -1 && manner.highest == NoBound;
-        if (number < lowest(rules.load) || number > highest(rules.load) ||
-            (manner.longest != NoLength && digits_of(number) > manner.longest) ||
-            (words_only && !has_word(manner, number))) {
+        if (!takes(rules.load, initial.numbers[i]) || !takes(rules.check, initial.numbers[i])) {
             return false;
         }
     }
-    return true;
+    return takes(rules, initial.text);
 }
 
 // Whether a right of the type can be answered so.
@@ -154,9 +182,9 @@ constexpr bool can_answer(RightQuery query, const Rules& rules) {
         return true;
     case RightQuery::Alone:
     case RightQuery::Named:
-        return rules.forms == 1;
+        return rules.is_shown();
     case RightQuery::WithSet:
-        return rules.forms == 1 && std::is_same_v<Type, unsigned>;
+        return rules.is_shown() && std::is_same_v<Type, unsigned>;
     case RightQuery::Lines:
     case RightQuery::Selectable:
         return std::is_same_v<Type, WordList>;
@@ -170,25 +198,25 @@ constexpr bool is_listed_as_shown(Right right) {
 #define LISTED(right) Right::right,
 #include "catalogue/rights.def"
     };
-    return std::count(std::begin(all), std::end(all), right) == right_of(right).rules.forms;
+    return std::count(std::begin(all), std::end(all), right) ==
+           (right_of(right).rules.is_shown() ? 1 : 0);
 }
 
 #define PROVE(name, type, row)                                                                     \
     static_assert(is_bare_name(row.key), name ": is no name of a key");                            \
-    static_assert(has_columns_once(row.rules), name ": a column stands there twice");              \
-    static_assert(has_what_it_names(row.rules),                                                    \
-                  name ": its kind has no check or form of its own");                              \
     static_assert(are_for<type>(row.rules), name ": its kind, check or form is for other types");  \
     static_assert(has_words(row.rules), name ": its kind, check or form has no words");            \
     static_assert(has_sound_bounds<type>(row.rules),                                               \
-                  name ": its bounds are the wrong way round, or beyond its type");                \
+                  name ": its bounds are the wrong way round, or beyond its type or the tables");  \
     static_assert(has_sound_default(row.rules, row.initial),                                       \
-                  name ": its default is outside its bounds, or no value of its kind");
+                  name ": its default is outside its bounds, or no value of its kind or check");
 
 #define SETTING(section, key, variable, type, ...)                                                 \
     static_assert(rows::number_of_section(section) < std::size(rows::sections),                    \
                   "[" section "] " key ": there is no SECTION of that name");                      \
     static_assert(stands_once(section, key), "[" section "] " key ": has two rows");               \
+    static_assert(is_called_for(#variable, key),                                                   \
+                  "[" section "] " key ": its setting has another name; is it misspelt?");         \
     PROVE("[" section "] " key, type, row_of(RowOf::variable))
 #include "catalogue/keys.def"
 

@@ -8,8 +8,9 @@
 #include "kinds/loading.h"
 
 #include <algorithm>
-#include <optional>
+#include <concepts>
 #include <string_view>
+#include <variant>
 
 namespace ov::rows {
 
@@ -43,85 +44,119 @@ constexpr Gate gate(int any) {
     return {.any = static_cast<std::uint16_t>(any)};
 }
 
-// The columns behind the kind of a row. Without a rule of their own they follow that of the kind.
-struct Checked {
-    std::optional<CheckRule> rule;
+// The columns behind the kind of a row: each with a rule of its own, or as the kind has it.
+struct OwnCheck {
     Empty empty;
 };
-constexpr CheckRule check_of(CheckRule given) {
+struct Checked {
+    CheckRule rule{&NoCheck};
+    Empty empty = Empty::AsTheKind;
+};
+constexpr OwnCheck checked() {
+    return {Empty::AsTheKind};
+}
+constexpr Checked checked(CheckRule rule) {
+    return {rule, Empty::AsTheKind};
+}
+constexpr OwnCheck checked_or_empty() {
+    return {Empty::Accepted};
+}
+constexpr Checked checked_or_empty(CheckRule rule) {
+    return {rule, Empty::Accepted};
+}
+constexpr OwnCheck checked_not_empty() {
+    return {Empty::Refused};
+}
+constexpr Checked checked_not_empty(CheckRule rule) {
+    return {rule, Empty::Refused};
+}
+struct OwnForm {};
+struct Shown {
+    FormRule rule{&NoForm};
+};
+constexpr OwnForm shown() {
+    return {};
+}
+constexpr Shown shown(FormRule rule) {
+    return {rule};
+}
+
+// A column of a row whose kind is `load`. There is none of the kind's own when it has no check, or
+// no form.
+template <const Kind& kind>
+requires std::convertible_to<KindOf<kind>, CheckRule>
+constexpr Checked column(KindOf<kind> load, OwnCheck own) {
+    return {load, own.empty};
+}
+constexpr Checked column(KindRule, Checked given) {
     return given;
 }
-constexpr CheckRule check_of(KindRule given) {
-    return {&given.record->check, given.manner};
+template <const Kind& kind>
+requires std::convertible_to<KindOf<kind>, FormRule>
+constexpr Shown column(KindOf<kind> load, OwnForm) {
+    return {load};
 }
-template <class... Given>
-constexpr Checked checked(Given... given) {
-    return {{check_of(given)...}, Empty::AsTheKind};
-}
-template <class... Given>
-constexpr Checked checked_or_empty(Given... given) {
-    return {{check_of(given)...}, Empty::Accepted};
-}
-template <class... Given>
-constexpr Checked checked_not_empty(Given... given) {
-    return {{check_of(given)...}, Empty::Refused};
-}
-struct ShownAs {
-    std::optional<FormRule> rule;
-};
-constexpr ShownAs shown(std::optional<FormRule> rule = std::nullopt) {
-    return {rule};
+constexpr Shown column(KindRule, Shown given) {
+    return given;
 }
 
 // The rules of a row.
 struct Rules {
     KindRule load;
-    CheckRule check{&NoCheck};
-    FormRule show{&NoForm};
-    Empty empty = Empty::AsTheKind;
-    int checks = 0; // how often the row has the column
-    int forms = 0;
+    CheckRule check;
+    FormRule show;
+    Empty empty; // for the check
 
-    constexpr void add(const Checked& column) {
-        check = column.rule.value_or(check_of(load));
-        empty = column.empty;
-        ++checks;
-    }
-    constexpr void add(const ShownAs& column) {
-        show = column.rule.value_or(FormRule{&load.record->form, load.manner});
-        ++forms;
-    }
+    constexpr explicit Rules(KindRule kind, Checked checked = {}, Shown shown = {})
+        : load(kind), check(checked.rule), show(shown.rule), empty(checked.empty) {}
+    constexpr Rules(KindRule kind, Shown shown) : Rules(kind, {}, shown) {}
+
+    constexpr bool is_checked() const { return check.record != &NoCheck; }
+    constexpr bool is_shown() const { return show.record != &NoForm; }
 };
-template <class... Column>
-constexpr Rules rules(KindRule load, Column... columns) {
-    Rules all{.load = load};
-    (all.add(columns), ...);
-    return all;
+// Of a kind and, once at most and in this order, a check and a form.
+template <const Kind& kind, class... Columns>
+requires requires(KindOf<kind> load, Columns... columns) {
+    Rules(load, column(load, columns)...);
+}
+constexpr Rules rules(KindOf<kind> load, Columns... columns) {
+    return Rules(load, column(load, columns)...);
 }
 
-// A default: a number, or one for each role, or a text; lists have none.
+// What a default is written as, by the type of the setting. Lists have none: {}.
+template <class Type>
+struct Initial {
+    std::monostate none;
+};
+template <std::integral Type>
+struct Initial<Type> {
+    Type number;
+};
+template <>
+struct Initial<Text> {
+    std::string_view text;
+};
+template <std::integral Type>
+struct Initial<PerRole<Type>> {
+    PerRole<Type> numbers;
+};
+// A default: a number, or one for each role, or a text; empty: the text may not be set either.
 struct Default {
     std::array<std::int64_t, Roles> numbers{};
     std::size_t count = 0;
-    const char* text = nullptr;
+    std::string_view text = {};
 };
 template <class Type>
-constexpr Default
-default_of(std::conditional_t<std::is_integral_v<Type>, Type, const char*> of_row) {
-    if constexpr (std::is_integral_v<Type>) {
-        return {.numbers = {static_cast<std::int64_t>(of_row)}, .count = 1};
-    } else {
-        return {.text = of_row};
-    }
-}
-template <class Type>
-constexpr Default
-default_of_roles(std::conditional_t<std::is_integral_v<Type>, PerRole<Type>, const char*> of_row) {
+constexpr Default default_of(Initial<Type> of_row) {
     Default all;
-    if constexpr (std::is_integral_v<Type>) {
-        for (const Type number : of_row) {
+    if constexpr (requires { of_row.number; }) {
+        all.numbers[all.count++] = static_cast<std::int64_t>(of_row.number);
+    } else if constexpr (requires { of_row.numbers; }) {
+        for (const auto number : of_row.numbers) {
             all.numbers[all.count++] = static_cast<std::int64_t>(number);
         }
+    } else if constexpr (requires { of_row.text; }) {
+        all.text = of_row.text;
     }
     return all;
 }
@@ -136,7 +171,8 @@ struct WrittenRow {
 };
 inline constexpr WrittenRow written_rows[] = {
 #define SETTING(section, key, variable, type, initial, when, ...)                                  \
-    {section, key, &S::variable, default_of<type>(initial), gate(when), rules(__VA_ARGS__)},
+    WrittenRow{section,           key, &S::variable, default_of<type>({initial}), gate(when),      \
+               rules(__VA_ARGS__)},
 #include "catalogue/keys.def"
 };
 
@@ -149,8 +185,8 @@ struct WrittenRight {
 };
 inline constexpr WrittenRight written_rights[] = {
 #define RIGHT(key, type, kind, defaults, query, ...)                                               \
-    {#key, &S::CF_##key, default_of_roles<type>(defaults), RightQuery::query,                      \
-     rules(kind __VA_OPT__(, ) __VA_ARGS__)},
+    WrittenRight{#key, &S::CF_##key, default_of<PerRole<type>>({defaults}), RightQuery::query,     \
+                 rules(kind __VA_OPT__(, ) __VA_ARGS__)},
 #include "catalogue/rights.def"
 };
 

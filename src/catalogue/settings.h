@@ -5,6 +5,7 @@
 #include "kinds/tables.h"
 #include "kinds/types.h"
 
+#include <cstdint>
 #include <ctime>
 #include <sys/types.h>
 
@@ -33,6 +34,12 @@ union LastingSettings {
 };
 extern LastingSettings lasting_settings;
 inline constexpr Settings& settings = lasting_settings.value;
+
+// The numbers of the rows by their settings.
+enum class RowOf : std::uint16_t {
+#define SETTING(section, key, variable, ...) variable,
+#include "catalogue/keys.def"
+};
 
 // Each setting by its name.
 #define SETTING(section, key, variable, type, ...)                                                 \

@@ -1,5 +1,6 @@
 #include "util/paths.h"
 #include "kinds/loading.h"
+#include "kinds/sets.h"
 #include "kinds/tools.h"
 #include "util/disk.h"
 #include "util/place.h"
@@ -10,34 +11,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace ov {
-
-namespace {
-
-// Whether the file of the set `name` in the directory `dir` can be read.
-int isvalid_set(const Text& dir, std::string_view name, const char* suffix) {
-    if (name.empty() || !valid_str(name) || !std::all_of(name.begin(), name.end(), [](char c) {
-            return is_letter_or_digit(c) || c == '_';
-        })) {
-        return 0;
-    }
-    // No settings may have been loaded yet; then the directory is still a relative one.
-    const std::optional<std::string> path = mk_dirpath(installation.root.c_str(), dir.c_str());
-    const std::string file = path ? *path + '/' + std::string(name) + suffix : "";
-    return file.size() <= MaxPath && ::access(file.c_str(), R_OK) == 0;
-}
-
-} // namespace
-
-int isvalid_keywd(std::string_view name) {
-    return isvalid_set(installation.keyword_sets, name, ".keywd");
-}
-
-int isvalid_mtype(std::string_view name) {
-    return isvalid_set(installation.mime_type_sets, name, ".mtype");
-}
-
-namespace kinds {
+namespace ov::kinds {
 
 namespace {
 
@@ -235,6 +209,4 @@ bool is_mime_type_set(const Value& value) {
     return isvalid_mtype(value.text) != 0;
 }
 
-} // namespace kinds
-
-} // namespace ov
+} // namespace ov::kinds

@@ -47,12 +47,13 @@ consteval Types type_of() {
 using Other = std::variant<std::monostate, int Settings::*, long Settings::*, Text Settings::*,
                            ServerList Settings::*>;
 
+inline constexpr std::int64_t Least = std::numeric_limits<std::int64_t>::min();
 inline constexpr std::int64_t NoBound = std::numeric_limits<std::int64_t>::max();
 inline constexpr std::uint16_t NoLength = std::numeric_limits<std::uint16_t>::max();
 
 // What is special about a row's value.
 struct Manner {
-    std::int64_t lowest = std::numeric_limits<std::int64_t>::min();
+    std::int64_t lowest = Least;
     std::int64_t highest = NoBound;
     std::uint16_t longest = NoLength;  // in characters
     std::int8_t table = -1;            // of the value's words
@@ -148,5 +149,20 @@ struct Rule {
 using KindRule = Rule<Kind>;
 using CheckRule = Rule<Check>;
 using FormRule = Rule<Form>;
+
+// A rule of one kind. As a check, and as a form, it is that of the kind; one that the kind has not
+// does not compile.
+template <const Kind& kind>
+struct KindOf {
+    Manner manner = {};
+
+    constexpr operator KindRule() const { return {&kind, manner}; }
+    constexpr operator CheckRule() const requires(&kind.check != &NoCheck) {
+        return {&kind.check, manner};
+    }
+    constexpr operator FormRule() const requires(&kind.form != &NoForm) {
+        return {&kind.form, manner};
+    }
+};
 
 } // namespace ov

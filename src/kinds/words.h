@@ -1,109 +1,113 @@
 // What people are told of the kinds, for the manual. In braces stands what the row puts in:
 // {bounds}, {range}, {words}, {separators}, {longest}, {unit}, and the keys of its other settings,
-// {first} and {second}.
+// {first} and {second}; {choices} are the words with blanks between.
 #pragma once
 
 #include "kinds/kinds.h"
 
 #include <algorithm>
-#include <span>
-#include <string>
+#include <iterator>
+#include <string_view>
 
 namespace ov::kinds {
 
-// A value of a setting as a file has it; a text is written as it stands.
-std::string in_digits(const Value& value);
-std::string as_yes_or_no(const Value& value);
-std::string as_its_word(const Value& value);
-std::string as_its_level(const Value& value);
-std::string as_size(const Value& value);
-std::string as_size_of_kilobytes(const Value& value);
-
-struct KindWords {
-    const Kind* record;
-    const char* load;              // "name" or "name|details"
-    const char* meaning = nullptr; // of the name; kinds of one name have one
-    const char* offered = nullptr; // the values that the completion offers; {choices}: the words
-    std::string (*written)(const Value&) = in_digits;
+// What is said of a kind, a check or a form.
+template <class Record>
+struct WordsOf {
+    const Record* record;
+    const char* text;
 };
-inline constexpr const char* BooleanMeaning = "true, yes, on, 1 or false, no, off, 0, in any case.";
-inline constexpr KindWords kind_words[] = {
-    {&Boolean, "boolean", BooleanMeaning, "yes no", as_yes_or_no},
-    {&Flag, "boolean", BooleanMeaning, "yes no"},
-    {&Integer, "number|{bounds}",
-     "A decimal number, for permissions, too: 416 is 0640. Text behind it is overlooked, and "
-     "without "
-     "digits it is 0. A setting without a sign takes a negative number and wraps it."},
+
+// Kinds: "name" or "name|details".
+inline constexpr WordsOf<Kind> kind_words[] = {
+    {&Boolean, "boolean"},
+    {&Flag, "boolean"},
+    {&Integer, "number|{bounds}"},
     {&Integer64, "number|{range}"},
-    {&PrefixedNumber, "number",
-     "A number; with 0x in front it is hexadecimal, with 0 octal. Without digits it is 0."},
-    {&Digits, "digits|{bounds}", "Decimal digits and nothing else."},
-    {&Limit, "limit", "Digits from {bounds}; nothing leaves it as it is."},
+    {&PrefixedNumber, "number"},
+    {&Digits, "digits|{bounds}"},
+    {&Limit, "limit"},
     {&Within, "digits|from {first} to {second}"},
-    {&Word, "word|{words}", "One of the words that are listed, in any case.", "{choices}",
-     as_its_word},
-    {&Selection, "selection", "One of {words}, in any case.", nullptr, as_its_word},
-    {&Level, "level|{words}, or {bounds}",
-     "A word or a number; the words stand for 9999 (none), 1 (weak) and 0 (strong). Any other word "
-     "is read as a number without digits: as 0.",
-     "{choices}", as_its_level},
-    {&Bytes, "size|in bytes; without a unit: {unit}",
-     "Numbers of at most nine digits, each with a unit \"B\", \"K\", \"M\" or \"G\" in either case "
-     "(1024-based), added up: \"1G512M\". The last number may lack its unit.",
-     nullptr, as_size},
-    {&Kilobytes, "size|held in kilobytes; without a unit: M", nullptr, nullptr,
-     as_size_of_kilobytes},
-    {&MinFree, "size|to stay free where {first} is; held in kilobytes; without a unit: M", nullptr,
-     nullptr, as_size_of_kilobytes},
+    {&Word, "word|{words}"},
+    {&Selection, "selection"},
+    {&Level, "level|{words}, or {bounds}"},
+    {&Bytes, "size|in bytes; without a unit: {unit}"},
+    {&Kilobytes, "size|held in kilobytes; without a unit: M"},
+    {&MinFree, "size|to stay free where {first} is; held in kilobytes; without a unit: M"},
 
-    {&PlainText, "text", "Any text."},
+    {&PlainText, "text"},
     {&Signature, "text|of at most {longest} characters; empty: none"},
-    {&Date, "date", "A date like 2008/02/31, or nothing for none."},
+    {&Date, "date"},
 
-    {&Path, "path", "The full path of something; \"ov_conf -m\" wants it to exist."},
-    {&File, "file|relative: in EtcDirectory", "The path of a file, which need not exist."},
+    {&Path, "path"},
+    {&File, "file|relative: in EtcDirectory"},
     {&FullFile, "file|with its full path"},
-    {&Directory, "directory|relative: under {first}",
-     "A directory that exists. A default is not looked at."},
+    {&Directory, "directory|relative: under {first}"},
     {&CreatedDirectory, "directory|relative: under {first}; made when it is missing"},
     {&FullDirectory, "directory|with its full path"},
     {&TemplateFolder, "directory|relative: under RootDirectory; empty: none"},
 
-    {&Words, "words|{separators}", "Any words."},
-    {&Names, "names", "Names, with \":\" between them."},
+    {&Words, "words|{separators}"},
+    {&Names, "names"},
     {&Sets, "names"},
-    {&InternalDomainList, "domains|{separators}",
-     "Mail domains. Without any, the registrable domain of the host's own name counts; on a host "
-     "whose name has none, they have to be given."},
-    {&IpConditionList, "IP addresses|{separators}",
-     "IPv4 addresses, leading parts of one, networks with the mask length behind \"/\", or "
-     "patterns "
-     "with \"*\"."},
-    {&MailAddresses, R"(mail addresses|separated by ";" or ","; at most MaxAddressList)",
-     "Mail addresses, also with a name, \"Taro <taro@example.com>\": the bare address is kept."},
-    {&Servers, "servers",
-     "At most eight of \"host\" or \"host:port\", separated by blanks, with a port from 1 to "
-     "60000; "
-     "without one it is 25."},
+    {&InternalDomainList, "domains|{separators}"},
+    {&IpConditionList, "IP addresses|{separators}"},
+    {&MailAddresses, R"(mail addresses|separated by ";" or ","; at most MaxAddressList)"},
+    {&Servers, "servers"},
     {&ServersAndMarkers, R"(servers|"_MSP_" and "_CMD_" may be among them)"},
     {&UserGroup, "words|{separators}; at most eight"},
 };
 
-struct CheckWords {
-    const Check* record;
-    const char* text;
-    const char* offered = nullptr;
+// What the names mean, each said of the first kind of the name. A number of a right is one of its
+// own.
+inline constexpr WordsOf<Kind> meanings[] = {
+    {&Boolean, "true, yes, on, 1 or false, no, off, 0, in any case."},
+    {&Integer, "A decimal number, for permissions, too: 416 is 0640. "
+               "Text behind it is overlooked, and without digits it is 0. "
+               "A setting without a sign takes a negative number and wraps it."},
+    {&PrefixedNumber, "A number; with 0x in front it is hexadecimal, with 0 octal. "
+                      "Without digits it is 0."},
+    {&Digits, "Decimal digits and nothing else."},
+    {&Limit, "Digits from {bounds}; nothing leaves it as it is."},
+    {&Word, "One of the words that are listed, in any case."},
+    {&Selection, "One of {words}, in any case."},
+    {&Level, "A word or a number; the words stand for 9999 (none), 1 (weak) and 0 (strong). "
+             "Any other word is read as a number without digits: as 0."},
+    {&Bytes, "Numbers of at most nine digits, "
+             "each with a unit \"B\", \"K\", \"M\" or \"G\" in either case (1024-based), "
+             "added up: \"1G512M\". The last number may lack its unit."},
+
+    {&PlainText, "Any text."},
+    {&Date, "A date like 2008/02/31, or nothing for none."},
+
+    {&Path, "The full path of something; \"ov_conf -m\" wants it to exist."},
+    {&File, "The path of a file, which need not exist."},
+    {&Directory, "A directory that exists. A default is not looked at."},
+
+    {&Words, "Any words."},
+    {&Names, "Names, with \":\" between them."},
+    {&InternalDomainList, "Mail domains. "
+                          "Without any, the registrable domain of the host's own name counts; "
+                          "on a host whose name has none, they have to be given."},
+    {&IpConditionList, "IPv4 addresses, leading parts of one, "
+                       "networks with the mask length behind \"/\", "
+                       "or patterns with \"*\"."},
+    {&MailAddresses, "Mail addresses, also with a name, \"Taro <taro@example.com>\": "
+                     "the bare address is kept."},
+    {&Servers, "At most eight of \"host\" or \"host:port\", separated by blanks, "
+               "with a port from 1 to 60000; without one it is 25."},
 };
-inline constexpr CheckWords check_words[] = {
-    {&IsBoolean, "boolean", "yes no"},
+
+inline constexpr WordsOf<Check> check_words[] = {
+    {&IsBoolean, "boolean"},
     {&IsNumber, "number (0x in front passes, too, but loads as 0)"},
     {&IsNotNegative, "number, not negative (0x in front passes, too, but loads as 0)"},
     {&AreDigits, "digits: {bounds}"},
     {&AreAllDigits, "digits"},
     {&IsWithin, "digits within the defaults of these limits"},
-    {&IsWord, "word: {words}", "{choices}"},
-    {&IsLevel, "level: {words}, or {bounds}", "{choices}"},
-    {&IsNoneOrNumber, "level: none, or {bounds}", "none"},
+    {&IsWord, "word: {words}"},
+    {&IsLevel, "level: {words}, or {bounds}"},
+    {&IsNoneOrNumber, "level: none, or {bounds}"},
     {&IsBytes, "size; without a unit: {unit}"},
     {&IsKilobytes, "size; without a unit: M"},
 
@@ -130,11 +134,7 @@ inline constexpr CheckWords check_words[] = {
     {&IsHostPort, R"("host" or "host:port", of which {longest} characters count)"},
 };
 
-struct FormWords {
-    const Form* record;
-    const char* text;
-};
-inline constexpr FormWords form_words[] = {
+inline constexpr WordsOf<Form> form_words[] = {
     {&AsNumber, "number"},
     {&AsTrueOrFalse, "true or false"},
     {&AsByteSize, "size with units"},
@@ -155,21 +155,55 @@ inline constexpr FormWords form_words[] = {
     {&AsUserGroup, "list, {separators}"},
 };
 
-// The words of a kind, a check or a form in its table; null when it has none.
-template <class Words, class Record>
-constexpr const Words* words_in(std::span<const Words> table, const Record& record) {
-    const auto found = std::find_if(table.begin(), table.end(),
-                                    [&](const Words& words) { return words.record == &record; });
-    return found == table.end() ? nullptr : &*found;
+// The values that the completion offers, for the kinds and the checks that have some.
+inline constexpr WordsOf<Kind> kind_offers[] = {
+    {&Boolean, "yes no"},
+    {&Flag, "yes no"},
+    {&Word, "{choices}"},
+    {&Level, "{choices}"},
+};
+inline constexpr WordsOf<Check> check_offers[] = {
+    {&IsBoolean, "yes no"},
+    {&IsWord, "{choices}"},
+    {&IsLevel, "{choices}"},
+    {&IsNoneOrNumber, "none"},
+};
+
+// What a table says of a kind, a check or a form; empty when it says nothing.
+template <class Record, std::size_t Size>
+constexpr std::string_view text_in(const WordsOf<Record> (&table)[Size], const Record& record) {
+    const auto* found = std::find_if(std::begin(table), std::end(table),
+                                     [&](const auto& row) { return row.record == &record; });
+    return found == std::end(table) ? std::string_view() : found->text;
 }
-constexpr const KindWords* words_of(const Kind& kind) {
-    return words_in<KindWords>(kind_words, kind);
+constexpr std::string_view words_of(const Kind& kind) {
+    return text_in(kind_words, kind);
 }
-constexpr const CheckWords* words_of(const Check& check) {
-    return words_in<CheckWords>(check_words, check);
+constexpr std::string_view words_of(const Check& check) {
+    return text_in(check_words, check);
 }
-constexpr const FormWords* words_of(const Form& form) {
-    return words_in<FormWords>(form_words, form);
+constexpr std::string_view words_of(const Form& form) {
+    return text_in(form_words, form);
 }
+constexpr std::string_view offered_by(const Kind& kind) {
+    return text_in(kind_offers, kind);
+}
+constexpr std::string_view offered_by(const Check& check) {
+    return text_in(check_offers, check);
+}
+
+constexpr std::string_view name_of(const Kind& kind) {
+    return words_of(kind).substr(0, words_of(kind).find('|'));
+}
+constexpr std::string_view meaning_of(const Kind& kind) {
+    const std::string_view own = text_in(meanings, kind);
+    const auto* of_name =
+        std::find_if(std::begin(meanings), std::end(meanings),
+                     [&](const auto& row) { return name_of(*row.record) == name_of(kind); });
+    return !own.empty() || of_name == std::end(meanings) ? own : of_name->text;
+}
+static_assert(std::none_of(std::begin(kind_words), std::end(kind_words),
+                           [](const auto& row) { return meaning_of(*row.record).empty(); }),
+              "each name of a kind has a meaning");
 
 } // namespace ov::kinds

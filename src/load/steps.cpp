@@ -118,18 +118,16 @@ void try_quarantine_hard_link(const Load&) {
     try_queues(QuarantineHardLink, "QuarantineHardLink", MessageQueue, QuarantineQueue, move_over);
 }
 
-// The rows by their variables.
-enum RowOf : std::uint16_t {
-#define SETTING(section, key, variable, ...) Of_##variable,
-#include "catalogue/keys.def"
-};
+constexpr std::size_t number_of(RowOf setting) {
+    return static_cast<std::size_t>(setting);
+}
 
 constexpr Gate Receive{.any = RC_RECEIVE};
 constexpr Step all_steps[] = {
-    {Of_TransmissionMode, {}, choose_program},
-    {Of_QuarantineHardLink, Receive, try_archive_hard_link},
-    {Of_SRCH_Admin_Dir, Receive, try_quarantine_hard_link},
-    {Of_AppendMode, Receive, settle_forward_mode},
+    {number_of(RowOf::TransmissionMode), {}, choose_program},
+    {number_of(RowOf::QuarantineHardLink), Receive, try_archive_hard_link},
+    {number_of(RowOf::SRCH_Admin_Dir), Receive, try_quarantine_hard_link},
+    {number_of(RowOf::AppendMode), Receive, settle_forward_mode},
 };
 static_assert(std::is_sorted(std::begin(all_steps), std::end(all_steps),
                              [](const Step& a, const Step& b) { return a.before < b.before; }),

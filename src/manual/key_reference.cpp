@@ -1,6 +1,7 @@
 #include "manual/key_reference.h"
 
-#include "kinds/words.h"
+#include "kinds/kinds.h"
+#include "kinds/written.h"
 
 #include <algorithm>
 #include <type_traits>
@@ -36,7 +37,7 @@ const char* purpose_of(std::string_view section, const char* key = nullptr) {
 std::optional<std::string> initial_text(const Row& row) {
     const Variable variable = variable_of(row);
     if (std::holds_alternative<Number>(variable)) {
-        return kinds::words_of(kind_of(row.load))->written({manner_of(row.load), variable, ""});
+        return kinds::written(kind_of(row.load), {manner_of(row.load), variable, ""});
     }
     const auto* text = std::get_if<Text*>(&variable);
     return text && **text ? std::optional(std::string((*text)->view())) : std::nullopt;

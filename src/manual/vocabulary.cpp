@@ -127,7 +127,7 @@ std::string text_of(std::string_view words, const Manner& manner, const Variable
 
 ValueText accepted_text(const Columns& row, const Variable& variable) {
     const std::string text =
-        text_of(kinds::words_of(kind_of(row.load))->load, manner_of(row.load), variable);
+        text_of(kinds::words_of(kind_of(row.load)), manner_of(row.load), variable);
     const std::size_t bar = text.find('|');
     return {text.substr(0, bar), bar == text.npos ? "" : text.substr(bar + 1)};
 }
@@ -171,11 +171,7 @@ const char* emptiness(const Row& row) {
 }
 
 std::string checked_text(const Columns& row, const Variable& variable) {
-    return text_of(kinds::words_of(check_of(row.check))->text, manner_of(row.check), variable);
-}
-
-std::string offered(const char* words, const Manner& manner, const Row& row) {
-    return words ? text_of(words, manner, variable_of(row)) : "";
+    return text_of(kinds::words_of(check_of(row.check)), manner_of(row.check), variable);
 }
 
 } // namespace
@@ -197,43 +193,27 @@ std::string changed_text(const RightRow& right) {
 }
 
 std::string shown_text(const Row& row) {
-    if (row.show == NotShown) {
-        return "";
-    }
-    return text_of(kinds::words_of(form_of(row.show))->text, manner_of(row.show), variable_of(row));
+    return text_of(kinds::words_of(form_of(row.show)), manner_of(row.show), variable_of(row));
 }
 
 std::string offered_text(const Row& row) {
-    return offered(kinds::words_of(kind_of(row.load))->offered, manner_of(row.load), row);
+    return text_of(kinds::offered_by(kind_of(row.load)), manner_of(row.load), variable_of(row));
 }
 
 std::string offered_check_text(const Row& row) {
-    const bool is_checked = row.check != NotChecked;
-    const char* words = is_checked ? kinds::words_of(check_of(row.check))->offered : nullptr;
-    return offered(words, manner_of(row.check), row);
+    return text_of(kinds::offered_by(check_of(row.check)), manner_of(row.check), variable_of(row));
 }
 
 namespace {
 
 // Adds what a kind means, as the row has it, under its name.
 void add_meaning(Meanings& all, const Columns& row, const Variable& variable) {
-    const std::string name = accepted_text(row, variable).kind;
-    const char* words = kinds::words_of(kind_of(row.load))->meaning;
-    const std::string said = words ? text_of(words, manner_of(row.load), variable) : "";
-    std::string& meaning = all[name];
-    if (!said.empty() && !meaning.empty() && meaning != said) {
-        throw std::logic_error("a kind has two meanings: " + name);
+    const Kind& kind = kind_of(row.load);
+    const std::string meaning = text_of(kinds::meaning_of(kind), manner_of(row.load), variable);
+    const auto [place, is_new] = all.emplace(kinds::name_of(kind), meaning);
+    if (!is_new && place->second != meaning) {
+        throw std::logic_error("a kind has two meanings: " + place->first);
     }
-    meaning = said.empty() ? meaning : said;
-}
-
-Meanings complete(Meanings all) {
-    for (const auto& [name, meaning] : all) {
-        if (meaning.empty()) {
-            throw std::logic_error("a kind has no meaning: " + name);
-        }
-    }
-    return all;
 }
 
 } // namespace
@@ -243,7 +223,7 @@ Meanings meanings() {
     for (const Row& row : catalogue()) {
         add_meaning(all, row, variable_of(row));
     }
-    return complete(std::move(all));
+    return all;
 }
 
 Meanings meanings_of_rights() {
@@ -251,7 +231,7 @@ Meanings meanings_of_rights() {
     for (const RightRow& right : rights()) {
         add_meaning(all, right, variable_of(right, 0));
     }
-    return complete(std::move(all));
+    return all;
 }
 
 std::string sentence(const ValueText& text) {

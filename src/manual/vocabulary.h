@@ -27,7 +27,7 @@ std::string offered_text(const Row& row);
 std::string offered_check_text(const Row& row);
 
 // What the kinds are, by their names, for all kinds that a row of the catalogue loads, or one of
-// the rights. One without a meaning, or with two, throws.
+// the rights. One with two meanings throws.
 using Meanings = std::map<std::string, std::string>;
 Meanings meanings();
 Meanings meanings_of_rights();

@@ -1,7 +1,7 @@
 #include "manual/write.h"
 
 #include "answer/queries.h"
-#include "kinds/words.h"
+#include "kinds/written.h"
 #include "load/roles.h"
 #include "manual/key_reference.h"
 
@@ -87,13 +87,10 @@ std::string manual_key(const KeyReference& key) {
 // A default of a right as it is written in a rights file; texts and lists are not set.
 std::string written(const RightRow& row, int rank) {
     const Variable variable = variable_of(row, rank);
-    const auto* number = std::get_if<Number>(&variable);
-    if (!number) {
+    if (!std::holds_alternative<Number>(variable)) {
         return "-";
     }
-    const Manner& manner = manner_of(row.load);
-    const Value value{manner, *number, ""};
-    return manner.table == -1 ? kinds::in_digits(value) : kinds::as_its_word(value);
+    return kinds::written(kind_of(row.load), {manner_of(row.load), variable, ""});
 }
 
 // The defaults of the six roles: one when they are all the same.

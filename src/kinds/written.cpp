@@ -1,5 +1,8 @@
-#include "kinds/words.h"
+#include "kinds/written.h"
 
+#include "kinds/kinds.h"
+
+#include <algorithm>
 #include <utility>
 
 namespace ov::kinds {
@@ -19,8 +22,6 @@ std::string size(std::int64_t bytes) {
     }
     return bytes == 0 ? "0" : std::to_string(bytes) + 'B';
 }
-
-} // namespace
 
 std::string in_digits(const Value& value) {
     return std::to_string(number_of(value));
@@ -44,6 +45,24 @@ std::string as_size(const Value& value) {
 
 std::string as_size_of_kilobytes(const Value& value) {
     return size(number_of(value) << 10);
+}
+
+struct Writing {
+    const Kind* kind;
+    std::string (*written)(const Value&);
+};
+constexpr Writing writings[] = {
+    {&Boolean, as_yes_or_no},         {&Word, as_its_word}, {&Selection, as_its_word},
+    {&Level, as_its_level},           {&Bytes, as_size},    {&Kilobytes, as_size_of_kilobytes},
+    {&MinFree, as_size_of_kilobytes},
+};
+
+} // namespace
+
+std::string written(const Kind& kind, const Value& value) {
+    const auto* found = std::find_if(std::begin(writings), std::end(writings),
+                                     [&](const Writing& row) { return row.kind == &kind; });
+    return found == std::end(writings) ? in_digits(value) : found->written(value);
 }
 
 } // namespace ov::kinds
