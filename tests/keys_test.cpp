@@ -9,6 +9,7 @@
 #include "load/setdir.h"
 #include "util/log.h"
 
+#include <array>
 #include <gtest/gtest.h>
 #include <regex>
 #include <set>
@@ -312,51 +313,69 @@ TEST(Keys, Values) {
     }
 }
 
-// Every right: what the manual says of it (its kind, the defaults of the roles, whether it can be
-// asked for and how it can be changed), which values it takes from a file, what the query of it
-// then answers, and which values it can be given from the command line.
+// By rule: which values rights take from a file, what the query of them then answers, and which
+// values they can be given from the command line. The manual has a row for each right: its name,
+// its kind, the defaults of the roles, whether it can be asked for and how it can be changed.
 TEST(Keys, Rights) {
     const Installation gateway;
     const std::string file = gateway.path("admin/taro.conf");
     const std::string values[] = {"", "0", "yes", "3", "envelope", "2008/02/31", "99999"};
-    const auto run = [&](std::vector<std::string> words) {
-        words.insert(words.begin(), {"ov_admconf", "-f", gateway.file, "-u", "taro"});
+    const auto run = [&](const std::string& role, std::vector<std::string> words) {
+        words.insert(words.begin(), {role, "-f", gateway.file});
         return test::run(words);
     };
-    std::string listing;
-    std::size_t tried = 0;
-    const std::string page = test::read_file(OV_SHARE_DIR "/man/man8/ov_admconf.8");
-    for (const std::string& line : test::lines_of(page)) {
-        static const std::regex row("\\.It Ic (\\w+) Ta [^|]+ Ta .* Ta (yes|no) Ta [^|]+");
+    Groups groups;
+    std::array<std::string, Roles> initial;
+    std::size_t rows = 0;
+    for (const std::string& line :
+         test::lines_of(test::read_file(OV_SHARE_DIR "/man/man8/ov_admconf.8"))) {
+        static const std::regex row("\\.It Ic (\\w+) Ta ([^|]+) Ta (.*) Ta (yes|no) Ta ([^|]+)");
         std::smatch parts;
         if (!std::regex_match(line, parts, row)) {
             continue;
         }
+        ++rows;
         const std::string key = parts[1];
-        ++tried;
         std::string taken;
-        std::set<std::string> answers;
+        std::string answers;
         std::string given;
         for (const std::string& value : values) {
-            const std::string entry = key + " = " + value + "\n";
-            test::write_file(file, "[Admin]\n" + entry + "HoldFreeze = no\nHoldConfirm = no\n" +
+            test::write_file(file, "[Admin]\n" + key + " = " + value +
+                                       "\nHoldFreeze = no\nHoldConfirm = no\n"
                                        "SelectGroupList = 1\n");
-            const Result asked = run({key});
+            const Result asked = run("ov_admconf", {"-u", "taro", key});
             if (asked.err.empty()) {
                 taken += " \"" + value + '"';
-                answers.insert(test::escaped(asked.out));
+                const std::string answer = " \"" + test::escaped(asked.out) + '"';
+                answers += answers.find(answer) == answers.npos ? answer : "";
             }
-            given += run({"-m", key + "=" + value}).status == 0 ? " \"" + value + '"' : "";
+            const Result changed = run("ov_admconf", {"-u", "taro", "-m", key + "=" + value});
+            given += changed.status == 0 ? " \"" + value + '"' : "";
         }
-        listing +=
-            test::replaced(line.substr(7), " Ta ", " | ") + "\n    Takes" + taken + ", answers";
-        for (const std::string& answer : answers) {
-            listing += " \"" + answer + '"';
+        add(groups,
+            parts.str(2) + ", asked for: " + parts.str(4) + ", changed: " + parts.str(5) +
+                "\n  Takes" + taken + ", answers" + answers + ", is given" + given,
+            key + "=" + test::replaced(parts[3], " ", ","));
+        std::istringstream defaults(parts[3]);
+        std::string text;
+        for (std::string& entries : initial) {
+            defaults >> text; // what is the same for all roles stands there once
+            entries += key + " = " + (text == "-" ? "" : text) + "\n";
         }
-        listing += ", is given" + given + "\n";
     }
-    EXPECT_EQ(tried, rights().size());
-    test::expect_golden("rights.txt", listing);
+    EXPECT_EQ(rows, rights().size());
+    test::expect_golden("rights.txt", listing_of(groups));
+
+    // With the defaults of a role, the listing of a user is that of the role.
+    const auto listed = [](const Result& result) {
+        return result.err + "\n" + result.out.substr(result.out.find("--"));
+    };
+    const char* roles[] = {"ov_admconf",   "ov_mgrconf",   "ov_sysadmconf",
+                           "srch_admconf", "srch_mgrconf", "srch_sysadmconf"};
+    for (std::size_t i = 0; i < Roles; ++i) {
+        test::write_file(file, "[Admin]\n" + initial[i]);
+        EXPECT_EQ(listed(run(roles[i], {})), listed(run("ov_admconf", {"-u", "taro"}))) << roles[i];
+    }
 }
 
 } // namespace
