@@ -145,7 +145,9 @@ TEST(Load, QueuesThatCannotBeLinked) {
     EXPECT_EQ(flags(All), std::pair(0, 1));
     std::filesystem::remove(gateway.path("aqueue"));
     std::filesystem::remove(gateway.path("pqueue"));
-    EXPECT_EQ(flags(RC_MANAGE), std::pair(1, 1)); // not asked for
+    ForwardMode = 1;
+    EXPECT_EQ(flags(RC_MANAGE), std::pair(1, 1)); // not asked for, nor is there an address
+    EXPECT_EQ(std::exchange(ForwardMode, 0), 1);
     EXPECT_EQ(flags(All), std::pair(0, 0));
     EXPECT_EQ(test::lines_of(test::logged_errors(gateway.path("logs"))).size(), 3U);
     gateway.configure("[Log]\nLogFacility = 253\nLogLevel = 2\n");
