@@ -1,7 +1,9 @@
 // What becomes of values that are not shown, and of the queues that loading tries.
 #include "addr/addr_grp.h"
+#include "answer/get_vals.h"
 #include "answer/isvalid_msp.h"
 #include "catalogue/settings.h"
+#include "fake_host.h"
 #include "installation.h"
 #include "load/configuration.h"
 #include "load/rights.h"
@@ -106,6 +108,8 @@ TEST(Load, StoredValues) {
     EXPECT_EQ(access_cffile(-1, "taro", path, nullptr), -1);
     EXPECT_EQ(conf_free(), 0);
     EXPECT_FALSE(SMTP_AllowIP || InternalDomains || CF_Group[0]);
+    test::host = {"mx1", "mx1.example.net", nullptr}; // whose domain counts then
+    EXPECT_EQ(get_vals(gateway.file.c_str(), "Mail", "InternalDomains", 1), "example.net");
 }
 
 // What the file lacks of a submission program is taken from the settings, which may lack it, too.
