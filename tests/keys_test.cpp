@@ -20,7 +20,6 @@ namespace {
 
 using test::Installation;
 using test::Result;
-using Names = std::set<std::string>; // "Section.Key"
 
 struct Key {
     std::string section;
@@ -150,13 +149,12 @@ TEST(Keys, ByRule) {
         section = key.section;
         add(groups, key.rule(), heading + key.key + (key.initial == "-" ? "" : "=" + key.initial));
         const std::string& codes = passed[key.name()];
-        if (codes != before) {
+        if (std::exchange(before, codes) != codes) {
             add(changes,
                 "Read: with bits of the load mask (*: all), S: by the search, d: without "
                 "directories,\na: auxiliary sections only, p, q: for postfix, qmail",
                 key.name() + ":" + test::replaced(codes, "01234567", "*"));
         }
-        before = codes;
     }
     test::expect_golden("keys.txt", listing_of(groups) + listing_of(changes));
 }
@@ -179,9 +177,8 @@ TEST(Keys, ShownAndLoadedAgain) {
         }
         return shown;
     };
-    const Texts initial = loaded({{"Directories.QueueDirectory", gateway.path()},
-                                  {"Directories.RootDirectory", gateway.path()},
-                                  {"Mail.InternalDomains", "example.com"}});
+    const Texts initial = loaded(
+        {{"Directories.RootDirectory", gateway.path()}, {"Mail.InternalDomains", "example.com"}});
     for (const char* program : {"sendmail", "postfix", "qmail"}) {
         Texts values = own_values(gateway, program);
         const Texts once = loaded(values);
@@ -238,9 +235,8 @@ TEST(Keys, Values) {
     const std::string head = test::read_file(gateway.file);
     std::string section;
     std::string key;
-    const auto run = [&](std::vector<std::string> words) {
-        words.insert(words.begin(), {"ov_conf", "-f", gateway.file, "-s", section, "-k", key});
-        return test::run(words);
+    const auto run = [&](const char* mode) {
+        return test::run({"ov_conf", "-f", gateway.file, "-s", section, "-k", key, mode});
     };
     // What is said of a refused value: "no" when that is what its section's reader says.
     const auto verdict = [&](const Result& result, const std::string& value) -> std::string {
@@ -258,7 +254,7 @@ TEST(Keys, Values) {
                                     : "no " + test::escaped(test::replaced(result.err, at, "AT "));
     };
     std::string listing;
-    Names tried;
+    std::set<std::string> tried;
     for (const std::string& line :
          test::lines_of(test::read_file(test::golden_path("values.txt")))) {
         if (!line.starts_with("|")) {
@@ -271,8 +267,8 @@ TEST(Keys, Values) {
         const std::string given = line.substr(1, line.find('|', 1) - 1);
         const std::string value = test::unescaped(test::replaced(given, "ROOT/", gateway.path()));
         test::write_file(gateway.file, "[" + section + "]\n" + key + " = " + value + "\n" + head);
-        const Result loaded = run({"-m"});
-        const Result printed = loaded.status == 0 ? run({"-a"}) : loaded; // loads the search, too
+        const Result loaded = run("-m");
+        const Result printed = loaded.status == 0 ? run("-a") : loaded; // loads the search, too
         const std::string shown =
             printed.status == 0 ? test::escaped(test::lines_of(printed.out)[0].substr(3)) : "-";
         test::write_file(gateway.file, head);
@@ -311,7 +307,6 @@ TEST(Keys, Rights) {
     };
     Groups groups;
     std::array<std::string, Roles> initial;
-    std::size_t rows = 0;
     for (const std::string& line :
          test::lines_of(test::read_file(OV_SHARE_DIR "/man/man8/ov_admconf.8"))) {
         static const std::regex row("\\.It Ic (\\w+) Ta ([^|]+) Ta (.*) Ta (yes|no) Ta ([^|]+)");
@@ -319,7 +314,6 @@ TEST(Keys, Rights) {
         if (!std::regex_match(line, parts, row)) {
             continue;
         }
-        ++rows;
         const std::string key = parts[1];
         std::string taken;
         std::string answers;
@@ -349,7 +343,7 @@ TEST(Keys, Rights) {
             entries += key + " = " + (text == "-" ? "" : text) + "\n";
         }
     }
-    EXPECT_EQ(rows, rights().size());
+    EXPECT_EQ(test::lines_of(initial[0]).size(), rights().size());
     test::expect_golden("rights.txt", listing_of(groups));
 
     // With the defaults of a role, the listing of a user is that of the role.

@@ -54,8 +54,7 @@ TEST(Load, PrintedGroups) {
     dir.file("g.addr", "a*\nz*\n*b\nm@x\nb@x\nz@x\na@x\n");
     group_settings.directory.set(dir.path());
     group_settings.hash_size = 4;
-    const AddressGroup group = read_addrsgrp({"g"});
-    EXPECT_EQ(print_addrsgrp(group.get()), 7);
+    EXPECT_EQ(print_addrsgrp(read_addrsgrp({"g"}).get()), 7);
     EXPECT_EQ(print_addrsgrp(nullptr), 0);
 }
 

@@ -81,7 +81,6 @@ TEST(Validate, WordsOfTheTables) {
     EXPECT_EQ(listing, "; strong weak; none all out in rule; none all out in; none all out in;"
                        " none all out in rule; cont nega no yes; none header envelope both;"
                        " sendmail postfix qmail;;");
-    EXPECT_EQ(val_vtab(LogLevelTable, "NONE"), 9999);
 }
 
 TEST(Validate, Sizes) {
