@@ -1,194 +1,221 @@
-// Every key: what it is by default, when it is read, what it takes, and how it is shown.
+// Every key and every right: what it is by default, when it is read, what it takes, and how it is
+// shown.
 #include "answer/check_config.h"
 #include "answer/get_vals.h"
-#include "catalogue/rights.h"
-#include "fake_host.h"
+#include "catalogue/reset.h"
 #include "installation.h"
 #include "load/configuration.h"
 #include "load/roles.h"
 #include "load/setdir.h"
 #include "util/log.h"
 
+#include <array>
 #include <gtest/gtest.h>
 #include <regex>
 #include <set>
+#include <sstream>
 
 namespace ov {
 namespace {
 
 using test::Installation;
 using test::Result;
-using Names = std::set<std::string>; // "Section.Key"
 
 struct Key {
     std::string section;
     std::string key;
-    std::string kind;    // as the sample says it
-    std::string initial; // as the sample has it
-    std::string checked; // as the manual says
+    std::string kind;
+    std::string checked; // "-": cannot be
     std::string shown;
+    std::string initial;
     std::string name() const { return section + "." + key; }
+    std::string rule() const { return kind + " | " + checked + " | " + shown; }
 };
 
-// What a key's item of the manual says behind a name; what it does not mention the key lacks.
-std::string said_of(const std::string& item, const std::string& name) {
-    const std::size_t at = item.find("\n" + name + ": ") + name.size() + 3;
-    return at < name.size() + 3 ? "no." : item.substr(at, item.find('\n', at) - at);
-}
-
-// All keys, from the installed sample and the manual.
+// All keys of the installed list, those of rights aside.
 std::vector<Key> all_keys() {
-    const std::string page =
-        test::replaced(test::read_file(OV_SHARE_DIR "/man/man5/Tessary.conf.5"), "\\(dq", "\"");
+    static const std::regex columns("(.*)\t(.*)\t(.*)\t(.*)\t(.*)\t(.*)");
     std::vector<Key> keys;
-    std::string section;
-    std::string comment;
-    for (const std::string& line :
-         test::lines_of(test::read_file(OV_SHARE_DIR "/doc/defaults.conf"))) {
-        const std::size_t equal = line.find(" =");
-        if (line.starts_with('[')) {
-            section = line.substr(1, line.size() - 2);
-        } else if (equal != line.npos && line.find(' ') == equal) {
-            const std::string key = line.substr(1, equal - 1);
-            std::size_t at = page.find("\n.Ss \\&[" + section + "]");
-            at = page.find("\n.It Ic \"\\&" + key + "\"\n", at) + 1;
-            EXPECT_NE(at, 0U) << key << " is not in the manual";
-            const std::string item =
-                page.substr(at, std::min(page.find("\n.It ", at), page.find("\n.El", at)) + 1 - at);
-            keys.push_back({section, key, comment.substr(2), line.substr(equal + 2),
-                            said_of(item, "Check"), said_of(item, "Show")});
+    for (const std::string& line : test::lines_of(test::read_file(OV_SHARE_DIR "/ov-conf/keys"))) {
+        std::smatch row;
+        if (std::regex_match(line, row, columns) && find_row(row.str(1), row.str(2))) {
+            keys.push_back({row[1], row[2], row[3], row[4], row[5], row[6]});
         }
-        comment = line;
     }
+    EXPECT_EQ(keys.size(), catalogue().size());
     return keys;
 }
 
-// A file with every key at its default, in the installation, and with the directories that it
-// names. Lookups are logged.
-std::string with_defaults(const Installation& gateway, const std::vector<Key>& keys) {
-    const std::map<std::string, std::string> own = {
-        {"RootDirectory", gateway.path()},
-        {"AdmDirectory", gateway.path()},
-        {"QueueDirectory", gateway.path()},
-        {"LogFacility", "8192"},
-        {"LogLevel", "90"},
-        {"InternalDomains", "example.com"}, // and those that are not set, but cannot be empty
-        {"UnrarProgram", "/bin/sh"},
-        {"DomainConfFile", gateway.path("none")},
-    };
+using Texts = std::map<std::string, std::string>; // by the names of keys
+
+// A value that the key takes, and that is neither its default nor, where that can be, another's.
+std::string own_value(const Installation& gateway, const Key& key) {
+    const std::string kind = key.kind.substr(0, key.kind.find(':'));
+    if (kind == "digits" || kind == "number") {
+        const long number = std::stol(key.initial);
+        return std::to_string(number == 1 ? 2 : number ^ 1); // both within the bounds
+    }
+    if (kind == "word") {
+        return key.kind.substr(key.kind.rfind(' ') + 1);
+    }
+    if (kind == "path" || kind == "file" || kind == "directory") {
+        return gateway.path("template/");
+    }
+    const Texts values = {{"boolean", key.initial == "yes" ? "no" : "yes"},
+                          {"level", "7"},
+                          {"size", "7"},
+                          {"IP addresses", "10.7."}};
+    const auto found = values.find(kind);
+    return found == values.end() ? key.key : found->second;
+}
+
+Texts own_values(const Installation& gateway, const std::string& program) {
+    Texts values;
+    for (const Key& key : all_keys()) {
+        values[key.name()] = own_value(gateway, key);
+    }
+    values["Log.LogFacility"] = "8192"; // lookups are logged, once the log has been told
+    values["Log.LogLevel"] = "90";
+    values["SMTP.MailSubmissionProgram"] = program;
+    return values;
+}
+
+void write_keys(const Installation& gateway, const Texts& values) {
     std::string text;
-    for (const Key& key : keys) {
-        const auto found = own.find(key.key);
-        const std::string value = found == own.end() ? key.initial : " " + found->second;
-        text += "[" + key.section + "]\n" + key.key + " =" + value + "\n";
-        if (value.ends_with('/') && !value.starts_with(" /")) {
-            std::filesystem::create_directories(gateway.path(value.substr(1)));
-        }
+    for (const auto& [name, value] : values) {
+        text += "[" + test::replaced(name, ".", "] ") + " = " + value + "\n";
     }
-    return text;
+    test::write_file(gateway.file, text);
 }
 
-// Which keys are read by `load`, as the log tells.
-template <class Load>
-Names read_by(Load load) {
-    test::write_file(logfile, "");
-    load();
-    Names names;
-    for (const std::string& line : test::lines_of(test::read_file(logfile))) {
-        const std::size_t section = line.find("DEBUG sec=") + 10;
-        const std::size_t key = line.find(" key=", section);
-        names.insert(line.substr(section, key - section) + "." +
-                     line.substr(key + 5, line.find("  val=") - key - 5));
+// Items under what they have in common, on lines that can be read.
+using Groups = std::map<std::string, std::string>;
+void add(Groups& groups, const std::string& common, const std::string& item) {
+    constexpr std::size_t Longest = 98;
+    std::string& lines = groups[common];
+    const std::size_t last = lines.size() - (lines.rfind('\n') + 1);
+    lines += lines.empty() || last + item.size() > Longest ? "\n    " + item : " " + item;
+}
+std::string listing_of(const Groups& groups) {
+    std::string listing;
+    for (const auto& [common, lines] : groups) {
+        listing += common + lines + "\n";
     }
-    return names;
+    return listing;
 }
 
-TEST(Keys, AllOfThem) {
-    const std::vector<Key> keys = all_keys();
+// By rule: which keys are of a kind, and are checked and shown alike, and from which key on others
+// are read.
+TEST(Keys, ByRule) {
     const Installation gateway;
-    for (const char* name : {"mss.mtype.d", "mss.keywd.d", "etc/group"}) {
-        std::filesystem::create_directory(gateway.path(name));
-    }
-    for (const char* name : {"mss.mtype.d/main.mtype", "mss.keywd.d/main.keywd", "template/note"}) {
-        gateway.dir.file(name, "");
-    }
-    test::host = {"mx1", "mx1.example.net", nullptr};
-    const std::string text = with_defaults(gateway, keys);
-    const std::string file = gateway.dir.file("sample", text);
-    const auto load = [&](unsigned mask) { read_config(file.c_str(), mask | RC_NOCHECK); };
-    const auto search = [&] { read_config_search(file.c_str(), RC_NOCHECK); };
-    const auto shown = [&](const Key& key) {
-        return get_vals(file.c_str(), key.section.c_str(), key.key.c_str(), 1).value_or("-");
+    const char* file = gateway.file.c_str();
+    Texts passed;
+    const auto pass = [&](const std::string& code, const auto& load) {
+        static const std::regex looked_up("DEBUG sec=(\\S*) key=(\\S*) ");
+        test::write_file(logfile, "");
+        load();
+        const std::string log = test::read_file(logfile);
+        for (std::sregex_iterator at(log.begin(), log.end(), looked_up), end; at != end; ++at) {
+            std::string& codes = passed[at->str(1) + "." + at->str(2)];
+            codes += codes.ends_with(code) ? "" : code;
+        }
     };
-    std::vector<std::string> initial(keys.size());
-    std::transform(keys.begin(), keys.end(), initial.begin(), shown);
-    setconfig(file.c_str(), 0xff | RC_NOCHECK, NoRole, nullptr); // lookups are logged from now on
-    search();
-    load(0);
+    const auto pass_main = [&](const std::string& code, unsigned mask) {
+        pass(code, [&] { read_config(file, mask | RC_NOCHECK); });
+    };
+    write_keys(gateway, own_values(gateway, "sendmail"));
+    setconfig(file, 0xff | RC_NOCHECK, NoRole, nullptr);
 
     // The keys that are read for each group, for the search, when no directory is to be looked at,
     // when only the auxiliary sections are wanted, and for the other programs.
-    std::vector<std::pair<std::string, Names>> passes;
     for (int bit = 0; bit < 8; ++bit) {
-        passes.emplace_back(std::to_string(bit), read_by([&] { load(1U << bit); }));
+        pass_main(std::to_string(bit), 1U << bit);
     }
-    passes.emplace_back("S", read_by(search));
-    passes.emplace_back("d", read_by([&] { load(1 | RC_NODIRCHECK); }));
-    passes.emplace_back("a", read_by([&] { load(0xff | RC_AUXONLY); }));
-    std::vector<std::string> loaded(keys.size());
-    std::transform(keys.begin(), keys.end(), loaded.begin(), shown);
+    pass("S", [&] { read_config_search(file, RC_NOCHECK); });
+    pass_main("d", 1 | RC_NODIRCHECK);
+    pass_main("a", 0xff | RC_AUXONLY);
     for (const std::string program : {"postfix", "qmail"}) {
-        test::write_file(file, test::replaced(text, "Program = sendmail", "Program = " + program));
-        passes.emplace_back(program.substr(0, 1), read_by([&] { load(1); }));
+        write_keys(gateway, own_values(gateway, program));
+        pass_main(program.substr(0, 1), 1);
     }
 
-    // clang-format off
-    const std::string probes[] = {"", "0", "1", "10", "99999", "-1", "4294967296", "yes", "none", "weak", "in", "sendmail",
-                                  "a b", "a:b", "/", ".", "main", "note", "10.1", "x@y", "5K", "h:25", gateway.path("template/note")};
-    // clang-format on
-    std::string listing = "Read: with which bits of the load mask (*: all); S: by the search; d: "
-                          "no directories; a: auxiliary sections only; p, q: postfix, qmail\n";
-    std::string section;
-    for (std::size_t i = 0; i < keys.size(); ++i) {
-        const Key& key = keys[i];
-        if (key.section != section) {
-            section = key.section;
-            listing += "[" + section + "]\n";
+    Groups groups;
+    Groups changes;
+    std::string before;
+    std::map<std::string, std::string> sections; // the last one of each group
+    for (const Key& key : all_keys()) {
+        std::string& section = sections[key.rule()];
+        const std::string heading = section == key.section ? "" : "[" + key.section + "] ";
+        section = key.section;
+        add(groups, key.rule(), heading + key.key + (key.initial == "-" ? "" : "=" + key.initial));
+        const std::string& codes = passed[key.name()];
+        if (std::exchange(before, codes) != codes) {
+            add(changes,
+                "Read: with bits of the load mask (*: all), S: by the search, d: without "
+                "directories,\na: auxiliary sections only, p, q: for postfix, qmail",
+                key.name() + ":" + test::replaced(codes, "01234567", "*"));
         }
-        std::string passed;
-        for (const auto& [pass, names] : passes) {
-            passed += names.contains(key.name()) ? pass : "";
-        }
-        listing += key.key + " =" + key.initial + "\n    " +
-                   test::replaced(key.kind + ". Read: ", "..", ".") +
-                   test::replaced(passed, "01234567", "*") + ". Check: " + key.checked;
-        for (const std::string& probe : probes) {
-            const bool good = check_config(section.c_str(), key.key.c_str(), probe.c_str()) == 0;
-            listing += good ? " \"" + probe + '"' : "";
-        }
-        listing += " Show: " + key.shown;
-        listing += initial[i] == "-" ? "" : " \"" + initial[i] + '"';
-        listing += loaded[i] == initial[i] ? "\n" : ", once loaded \"" + loaded[i] + "\"\n";
     }
-    test::expect_golden("keys.txt", test::replaced(listing, gateway.path(), "ROOT/"));
+    test::expect_golden("keys.txt", listing_of(groups) + listing_of(changes));
 }
 
-// What is generated, in parts: the rest is made alike.
-TEST(Keys, Generated) {
-    const std::tuple<const char*, const char*, const char*> parts[] = {
-        {"/man/man5/Tessary.conf.5", ".Ss Kinds of values", "\n.Sh"},
-        {"/man/man5/Tessary.conf.5", ".Ss \\&[Queue]", "\n.Ss \\&[Log]"},
-        {"/man/man8/ov_admconf.8", ".It Ic Hold\n", "\n.Sh"},
-        {"/doc/defaults.conf", "[Queue]", "\n[Log]"},
-        {"/bash-completion/completions/ov_conf", "_ov_conf_sections=", "declare -gA _ov_conf_keys"},
-        {"/bash-completion/completions/ov_conf", "declare -gA _ov_conf_values", "\n\n"},
-        {"/ov-conf/keys", "Admin\tRealName", "Manager\tRealName"},
+// Each key with a value of its own loads and is shown, and what is shown loads to the same, be it
+// with each of the programs.
+TEST(Keys, ShownAndLoadedAgain) {
+    const std::vector<Key> keys = all_keys();
+    const Installation gateway;
+    const auto loaded = [&](const Texts& values) {
+        write_keys(gateway, values);
+        reset_settings();
+        read_config(gateway.file.c_str(), 0xff);
+        read_config_search(gateway.file.c_str(), 0);
+        Texts shown;
+        for (const Key& key : keys) {
+            shown[key.name()] =
+                get_vals(gateway.file.c_str(), key.section.c_str(), key.key.c_str(), 1)
+                    .value_or("-");
+        }
+        return shown;
     };
+    const Texts initial = loaded(
+        {{"Directories.RootDirectory", gateway.path()}, {"Mail.InternalDomains", "example.com"}});
+    for (const char* program : {"sendmail", "postfix", "qmail"}) {
+        Texts values = own_values(gateway, program);
+        const Texts once = loaded(values);
+        for (const Key& key : keys) {
+            const std::string& text = once.at(key.name());
+            const int only = find_row(key.section, key.key)->gate.program;
+            EXPECT_EQ(text == "-", key.shown == "-") << key.name();
+            EXPECT_TRUE(key.shown == "-" || text == program || text != initial.at(key.name()) ||
+                        (only != 0 && !is_chosen(only)))
+                << key.name() << " keeps its default";
+            // Without its unit, or in hexadecimal digits, a number is read as another one.
+            if (key.shown != "-" && key.shown.find("hexadecimal") == std::string::npos &&
+                !(key.kind.starts_with("size") && key.shown == "number")) {
+                values[key.name()] = text;
+            }
+        }
+        EXPECT_EQ(loaded(values), once) << program;
+    }
+}
+
+// What is generated, in parts: the rest is made alike. Behind the name of a file ("== NAME") stand
+// parts of it in their order, an empty line between them; each begins where its first line is next.
+TEST(Keys, Generated) {
     std::string listing;
-    for (const auto& [file, from, to] : parts) {
-        const std::string text = test::read_file(std::string(OV_SHARE_DIR) + file);
-        const std::size_t start = text.find(from);
-        listing += text.substr(start, text.find(to, start) - start) + "\n";
+    std::istringstream file;
+    bool begins = false;
+    for (const std::string& line :
+         test::lines_of(test::read_file(test::golden_path("generated.txt")))) {
+        const bool separates = line.empty() || line.starts_with("== ");
+        if (separates && !line.empty()) {
+            file = std::istringstream(test::read_file(OV_SHARE_DIR "/" + line.substr(3)));
+        }
+        std::string found = line;
+        while (!separates && std::getline(file, found) && begins && found != line) {
+        }
+        listing += separates || file ? found + "\n" : "";
+        begins = separates;
     }
     test::expect_golden("generated.txt", listing);
 }
@@ -208,105 +235,127 @@ TEST(Keys, Values) {
     const std::string head = test::read_file(gateway.file);
     std::string section;
     std::string key;
-    const auto run = [&](std::vector<std::string> words) {
-        words.insert(words.begin(), {"ov_conf", "-f", gateway.file, "-s", section, "-k", key});
-        return test::run(words);
+    const auto run = [&](const char* mode) {
+        return test::run({"ov_conf", "-f", gateway.file, "-s", section, "-k", key, mode});
     };
-    // One of a refused value is "no" when it is the usual one of the section's reader.
+    // What is said of a refused value: "no" when that is what its section's reader says.
     const auto verdict = [&](const Result& result, const std::string& value) -> std::string {
         const std::string named = "[" + section + "] " + key;
         const std::string at = gateway.file + ":2: ";
         const std::string main = at + named + ": \"" + value + "\" invalid value";
-        if (result.status == 0 || result.err == "501 ??? default value get failed\n") {
-            return "yes" + (result.err.empty() ? "" : " " + test::escaped(result.err));
-        }
-        for (const std::string& usual :
-             {main + " \n", main + "\n", at + "invalid value, " + named + ": " + value + "\n"}) {
-            if (result == Result{1, "", usual}) {
-                return usual == main + " \n" ? "no" : usual == main + "\n" ? "no (S)" : "no (A)";
-            }
-        }
-        return "no " + test::escaped(test::replaced(result.err, at, "AT "));
+        const Texts usual = {{"", "yes"},
+                             {"501 ??? default value get failed\n", "yes"}, // and cannot be shown
+                             {main + " \n", "no"},
+                             {main + "\n", "no (S)"},
+                             {at + "invalid value, " + named + ": " + value + "\n", "no (A)"}};
+        EXPECT_EQ(result.status == 0, result.err.empty());
+        const auto found = usual.find(result.err);
+        return found != usual.end() ? found->second
+                                    : "no " + test::escaped(test::replaced(result.err, at, "AT "));
     };
     std::string listing;
-    Names seen;
+    std::set<std::string> tried;
     for (const std::string& line :
          test::lines_of(test::read_file(test::golden_path("values.txt")))) {
         if (!line.starts_with("|")) {
             section = line.substr(1, line.find(']') - 1);
             key = line.substr(line.find(']') + 2);
             listing += line + "\n";
-            seen.insert(section + "." + key);
+            tried.insert(section + "." + key);
             continue;
         }
         const std::string given = line.substr(1, line.find('|', 1) - 1);
         const std::string value = test::unescaped(test::replaced(given, "ROOT/", gateway.path()));
         test::write_file(gateway.file, "[" + section + "]\n" + key + " = " + value + "\n" + head);
-        Result loaded = section == "Search" ? Result{0, "", ""} : run({"-m"});
-        std::string shown = "-";
-        if (loaded.status == 0) {
-            const Result printed = run({"-a"}); // loads the search, too
-            shown = printed.status == 0 ? test::escaped(test::lines_of(printed.out)[0].substr(3))
-                                        : shown;
-            loaded = section == "Search" ? printed : loaded;
-        }
+        const Result loaded = run("-m");
+        const Result printed = loaded.status == 0 ? run("-a") : loaded; // loads the search, too
+        const std::string shown =
+            printed.status == 0 ? test::escaped(test::lines_of(printed.out)[0].substr(3)) : "-";
         test::write_file(gateway.file, head);
         const bool good = setdir(gateway.file.c_str()) == 0 &&
                           check_config(section.c_str(), key.c_str(), value.c_str()) == 0;
-        listing += "|" + given + "| " + verdict(loaded, value) + (good ? ", yes, " : ", no, ") +
-                   shown + "\n";
+        listing += "|" + given + "| " + verdict(section == "Search" ? printed : loaded, value) +
+                   (good ? ", yes, " : ", no, ") + shown + "\n";
     }
     test::expect_golden("values.txt", test::replaced(listing, gateway.path(), "ROOT/"));
-    for (const Key& shown : all_keys()) {
-        EXPECT_TRUE(shown.shown == "no." || seen.contains(shown.name())) << shown.name();
+    // Without what the keys have of their own: bounds, and names of other keys.
+    static const std::regex own("[0-9]+|\\w+(_MIN|_MAX|Directory|Queue)\\b");
+    Texts with_values;
+    Texts without;
+    for (const Key& each : all_keys()) {
+        Texts& rules = tried.contains(each.name()) ? with_values : without;
+        for (const std::string& rule : {each.kind, each.checked, each.shown}) {
+            rules[std::regex_replace(rule, own, "")] = each.name();
+        }
+    }
+    for (const auto& [rule, name] : without) {
+        EXPECT_TRUE(with_values.contains(rule))
+            << "add values of the key to golden/values.txt: " << name << ", " << rule;
     }
 }
 
-// Every right: what the manual says of it (its kind, the defaults of the roles, whether it can be
-// asked for and how it can be changed), which values it takes from a file, what the query of it
-// then answers, and which values it can be given from the command line.
+// By rule: which values rights take from a file, what the query of them then answers, and which
+// values they can be given from the command line. The manual has a row for each right: its name,
+// its kind, the defaults of the roles, whether it can be asked for and how it can be changed.
 TEST(Keys, Rights) {
     const Installation gateway;
     const std::string file = gateway.path("admin/taro.conf");
     const std::string values[] = {"", "0", "yes", "3", "envelope", "2008/02/31", "99999"};
-    const auto run = [&](std::vector<std::string> words) {
-        words.insert(words.begin(), {"ov_admconf", "-f", gateway.file, "-u", "taro"});
+    const auto run = [&](const std::string& role, std::vector<std::string> words) {
+        words.insert(words.begin(), {role, "-f", gateway.file});
         return test::run(words);
     };
-    std::string listing;
-    std::size_t tried = 0;
-    const std::string page = test::read_file(OV_SHARE_DIR "/man/man8/ov_admconf.8");
-    for (const std::string& line : test::lines_of(page)) {
-        static const std::regex row("\\.It Ic (\\w+) Ta [^|]+ Ta .* Ta (yes|no) Ta [^|]+");
+    Groups groups;
+    std::array<std::string, Roles> initial;
+    for (const std::string& line :
+         test::lines_of(test::read_file(OV_SHARE_DIR "/man/man8/ov_admconf.8"))) {
+        static const std::regex row("\\.It Ic (\\w+) Ta ([^|]+) Ta (.*) Ta (yes|no) Ta ([^|]+)");
         std::smatch parts;
         if (!std::regex_match(line, parts, row)) {
             continue;
         }
         const std::string key = parts[1];
-        ++tried;
         std::string taken;
-        std::set<std::string> answers;
+        std::string answers;
         std::string given;
         for (const std::string& value : values) {
-            const std::string entry = key + " = " + value + "\n";
-            test::write_file(file, "[Admin]\n" + entry + "HoldFreeze = no\nHoldConfirm = no\n" +
+            test::write_file(file, "[Admin]\n" + key + " = " + value +
+                                       "\nHoldFreeze = no\nHoldConfirm = no\n"
                                        "SelectGroupList = 1\n");
-            const Result asked = run({key});
+            const Result asked = run("ov_admconf", {"-u", "taro", key});
             if (asked.err.empty()) {
                 taken += " \"" + value + '"';
-                answers.insert(test::escaped(asked.out));
+                const std::string answer = " \"" + test::escaped(asked.out) + '"';
+                answers += answers.find(answer) == answers.npos ? answer : "";
             }
-            given += run({"-m", key + "=" + value}).status == 0 ? " \"" + value + '"' : "";
+            const bool is_given =
+                run("ov_admconf", {"-u", "taro", "-m", key + "=" + value}).status == 0;
+            given += is_given ? " \"" + value + '"' : "";
         }
-        listing +=
-            test::replaced(line.substr(7), " Ta ", " | ") + "\n    Takes" + taken + ", answers";
-        for (const std::string& answer : answers) {
-            listing += " \"" + answer + '"';
+        add(groups,
+            parts.str(2) + ", asked for: " + parts.str(4) + ", changed: " + parts.str(5) +
+                "\n  Takes" + taken + ", answers" + answers + ", is given" + given,
+            key + "=" + test::replaced(parts[3], " ", ","));
+        std::istringstream defaults(parts[3]);
+        std::string text;
+        for (std::string& entries : initial) {
+            defaults >> text; // what is the same for all roles stands there once
+            entries += key + " = " + (text == "-" ? "" : text) + "\n";
         }
-        listing += ", is given" + given + "\n";
     }
-    EXPECT_EQ(tried, rights().size());
-    test::expect_golden("rights.txt", listing);
+    EXPECT_EQ(test::lines_of(initial[0]).size(), rights().size());
+    test::expect_golden("rights.txt", listing_of(groups));
+
+    // With the defaults of a role, the listing of a user is that of the role.
+    const auto listed = [](const Result& result) {
+        return result.err + "\n" + result.out.substr(result.out.find("--"));
+    };
+    const char* roles[] = {"ov_admconf",   "ov_mgrconf",   "ov_sysadmconf",
+                           "srch_admconf", "srch_mgrconf", "srch_sysadmconf"};
+    for (std::size_t i = 0; i < Roles; ++i) {
+        test::write_file(file, "[Admin]\n" + initial[i]);
+        EXPECT_EQ(listed(run(roles[i], {})), listed(run("ov_admconf", {"-u", "taro"}))) << roles[i];
+    }
 }
 
 } // namespace

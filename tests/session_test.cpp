@@ -58,12 +58,8 @@ TEST_P(Session, AnswersAsWritten) {
         if (command.empty()) {
             return;
         }
-        test::Setting setting;
-        if (unprivileged) {
-            setting.unprivileged = true;
-        } else {
-            setting = test::as_root();
-        }
+        const test::Setting setting =
+            unprivileged ? test::Setting{.unprivileged = true} : test::as_root();
         const test::Result result =
             test::run({"/bin/sh", "-c", Prelude + root + "'\n" + command}, setting);
         const auto lines = [&](const std::string& output, const std::string& mark) {
@@ -98,7 +94,6 @@ std::vector<std::string> sessions() {
     for (const auto& file : std::filesystem::directory_iterator(test::golden_path("sessions"))) {
         names.push_back(file.path().filename().string());
     }
-    std::sort(names.begin(), names.end());
     return names;
 }
 
