@@ -104,18 +104,23 @@ TEST_F(Concurrent, TwoEditorsMeet) {
     }
 }
 
-// Two loads find a log directory missing; whoever comes second goes on.
-TEST(Loads, TwoMakeOneDirectory) {
+// Two loads find a log directory missing; whoever comes second goes on. And what has been looked at
+// for a file is not looked at again for its supplement.
+TEST(Loads, DirectoriesThatComeAndGo) {
     const test::Installation gateway;
-    gateway.configure("[Directories]\nViewerLogDirectory = viewer\n");
+    const std::string supplement = gateway.dir.file("etc/local.conf", "");
+    gateway.configure("[Directories]\nViewerLogDirectory = viewer\n[Files]\nLocalConfFile = " +
+                      supplement + "\n");
     const std::string made = gateway.path("viewer");
-    const Words load = {"ov_conf", "-f", gateway.file, "-s", "Log", "-k", "LogLevel"};
+    const Words load = {"ov_conf", "-f", gateway.file, "-m"};
     Running first(load, test::failing(made, "mkdir", 1, test::Stop));
     ASSERT_TRUE(first.stops());
-    EXPECT_EQ(test::run(load), (Result{0, "0: not found\n", ""}));
+    EXPECT_EQ(test::run(load), Done);
     first.go_on();
-    EXPECT_EQ(first.result(), (Result{0, "0: not found\n", ""}));
+    EXPECT_EQ(first.result(), Done);
     EXPECT_TRUE(std::filesystem::is_directory(made));
+    const test::Setting gone = test::failing(gateway.path("template/"), "stat", 2, ENOENT);
+    EXPECT_EQ(test::run(load, gone), Done);
 }
 
 } // namespace

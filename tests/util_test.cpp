@@ -11,19 +11,17 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <utility>
-#include <vector>
 
 #ifndef OV_SANITIZE // the sanitizers ask for limits of their own before anything else
 namespace {
-
-std::vector<std::pair<int, rlim_t>> limits_set;
-
+std::string limits_set;
 } // namespace
 
 // The limits that are asked for are kept in mind: what comes of them depends on the host.
 extern "C" int setrlimit(__rlimit_resource_t resource, const rlimit* limit) noexcept {
-    limits_set.emplace_back(resource, limit->rlim_cur);
-    return ::prlimit(0, static_cast<__rlimit_resource>(resource), limit, nullptr);
+    const auto asked = static_cast<long>(limit->rlim_cur); // -1: none
+    limits_set += std::to_string(resource) + ":" + std::to_string(asked) + " ";
+    return -1;
 }
 #endif
 
@@ -32,19 +30,14 @@ namespace {
 
 #ifndef OV_SANITIZE
 TEST(Util, LimitsAreLifted) {
-    using Limits = std::vector<std::pair<int, rlim_t>>;
-    Limits expected = {
-        {RLIMIT_CPU, RLIM_INFINITY}, {RLIMIT_FSIZE, RLIM_INFINITY}, {RLIMIT_NOFILE, RLIM_INFINITY}};
-    limits_set.clear();
     services.no_core = false;
     errno = EDOM;
     resetlimits();
     EXPECT_EQ(errno, 0);
-    EXPECT_EQ(std::exchange(limits_set, {}), expected);
+    EXPECT_EQ(std::exchange(limits_set, ""), "0:-1 1:-1 7:-1 "); // time, size, open files
     services.no_core = true;
     resetlimits();
-    expected.insert(expected.begin() + 2, {RLIMIT_CORE, 0});
-    EXPECT_EQ(limits_set, expected);
+    EXPECT_EQ(std::exchange(limits_set, ""), "0:-1 1:-1 4:0 7:-1 ");
 }
 #endif
 
