@@ -112,15 +112,16 @@ TEST(Loads, DirectoriesThatComeAndGo) {
     gateway.configure("[Directories]\nViewerLogDirectory = viewer\n[Files]\nLocalConfFile = " +
                       supplement + "\n");
     const std::string made = gateway.path("viewer");
-    const Words load = {"ov_conf", "-f", gateway.file, "-m"};
+    const Words load = {"ov_conf", "-f", gateway.file, "-s", "Log", "-k", "LogLevel"};
+    const Result loaded = {0, "0: not found\n", ""};
     Running first(load, test::failing(made, "mkdir", 1, test::Stop));
     ASSERT_TRUE(first.stops());
-    EXPECT_EQ(test::run(load), Done);
+    EXPECT_EQ(test::run(load), loaded);
     first.go_on();
-    EXPECT_EQ(first.result(), Done);
+    EXPECT_EQ(first.result(), loaded);
     EXPECT_TRUE(std::filesystem::is_directory(made));
-    const test::Setting gone = test::failing(gateway.path("template/"), "stat", 2, ENOENT);
-    EXPECT_EQ(test::run(load, gone), Done);
+    EXPECT_EQ(test::run(load, test::failing(gateway.path(), "stat", 2, ENOENT)), loaded);
+    EXPECT_EQ(test::run(load, test::failing(gateway.path(), "stat", 1, ENOENT)).status, 1);
 }
 
 } // namespace
