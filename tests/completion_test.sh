@@ -66,7 +66,6 @@ expect 'NoCore' ov_conf -s '"Debug"' -k no
 expect 'NoCore' ov_conf -sDebug -k no
 expect '' ov_conf -s NoSuchSection -k ''
 expect '' ov_conf -k ''
-expect "$root/conf" ov_conf -f "$root/co"
 expect 'hanako i.9-Z_ taro' ov_mgrconf -f "$root/conf" -u ''
 expect 'taro' "$bin/ov_mgrconf" -f "$root/conf" -u T
 expect 'jiro' ov_admconf "-f$root/conf" -gu ''
@@ -79,7 +78,6 @@ expect 'HoldList= HoldMessage= HoldReason= HoldForward= HoldApprove= HoldCancel=
     ov_sysadmconf -u taro -m Hold
 expect 'no' ov_admconf -m HoldList = n
 expect 'HoldList=yes HoldList=no' ov_admconf -gm HoldList=
-expect '' ov_conf -s SMTP -k SmtpPort -c ''
 # Values where they can be listed; those that a check takes may be fewer.
 expect 'postfix' ov_conf -s SMTP -k MailSubmissionProgram -r P
 expect 'yes no' ov_conf -r -s SMTP -k Limit2GB -- ''

@@ -20,11 +20,11 @@ constexpr std::array<const char*, 4> keys = {"NeedMailHelo", "MailHost", "SmtpPo
 constexpr std::array<std::string_view, 2> sections = {"Other section", "SMTP"};
 constexpr std::array<KeyIndex::Bucket, 8> buckets = [] {
     std::array<KeyIndex::Bucket, 8> filled{};
-    for (std::uint16_t number = 0; number < keys.size(); ++number) {
+    for (std::size_t number = 0; number < keys.size(); ++number) {
         std::size_t at = KeyIndex::place(1, keys[number], filled.size());
         for (; filled[at].number != KeyIndex::Free; at = (at + 1) % filled.size()) {
         }
-        filled[at] = {number, 1};
+        filled[at] = {static_cast<std::uint16_t>(number), 1};
     }
     return filled;
 }();
