@@ -5,12 +5,12 @@
 // or "r" and a role for the rights; and the file.
 #include "catalogue/reset.h"
 #include "catalogue/settings.h"
+#include "conf/lookup.h"
 #include "kinds/kinds.h"
 #include "kinds/loading.h"
 #include "load/configuration.h"
 #include "load/roles.h"
 #include "load/setdir.h"
-#include "model.h"
 #include "support.h"
 #include "util/disk.h"
 
@@ -27,7 +27,7 @@ namespace {
 
 struct File {
     std::string path;
-    SlowFile slow;
+    std::string text;
     char kind;     // the first character of the input
     unsigned mask; // of the load
     unsigned role; // whose rights they are
@@ -45,10 +45,13 @@ void start() {
     ArchiveHardLink = QuarantineHardLink = 0;
 }
 
-// The lookup of a key in the mode of its row; booleans are tokens.
-const SlowEntry* entry_of(const File& file, const char* section, const Columns& row) {
+// The lookup of one key in the mode of its row; booleans are tokens. Returns its line, or 0.
+int entry_of(const File& file, const char* section, const Columns& row, std::string& value) {
     const bool token = &kind_of(row.load) == &kinds::Boolean;
-    return file.slow.lookup(section, key_of(row), token ? TokenMode : manner_of(row.load).mode);
+    Source source{std::string_view(file.text)};
+    _getprofile(source, section, key_of(row), value, MaxText + 1,
+                token ? TokenMode : manner_of(row.load).mode);
+    return scan_linenumber;
 }
 
 // Loads the file. Returns the refusal as text, empty when there is none.
@@ -70,9 +73,9 @@ std::string loaded(const File& file) {
     const Row* of_key = find_row(given_section ? given_section : "", key);
     const Columns* row = of_key ? static_cast<const Columns*>(of_key) : find_right(key);
     if (row && name == load.file) { // and no local supplement
-        const SlowEntry* entry = entry_of(file, given_section, *row);
-        require_equal(line, entry ? entry->line : 0, "line of a refusal");
-        require_equal(value, entry ? entry->value : "", "value of a refusal");
+        std::string refused;
+        require_equal(line, entry_of(file, given_section, *row, refused), "line of a refusal");
+        require_equal(value, refused, "value of a refusal");
     }
     return std::to_string(static_cast<int>(verdict)) + ' ' + key + ' ' + std::to_string(line) +
            ' ' + value;
@@ -94,8 +97,9 @@ void check_values(const std::vector<std::string>& initial, const File& file) {
         const Variable setting = variable_of(row);
         const Kind& kind = kind_of(row.load);
         const std::string once = shown(setting);
-        if (const SlowEntry* entry = entry_of(file, section_of(row), row)) {
-            const Value value{manner_of(row.load), setting, entry->value};
+        std::string text;
+        if (entry_of(file, section_of(row), row, text) > 0) {
+            const Value value{manner_of(row.load), setting, text};
             require(kind.load({value, load, reader, section_of(row), 0}) == Verdict::Taken, key);
             require_equal(once, shown(setting), key);
         } else if (kind.absent == keep_default) {
@@ -175,11 +179,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string line = input.line() + ' ';
     const auto number = static_cast<unsigned>(std::strtoul(line.c_str() + 1, nullptr, 10));
     const std::string text = input.rest();
-    const File file{scratch("main.conf"), SlowFile(text), line[0], number & 0x230ff,
-                    number % Roles};
-    if (file.slow.lookup("Directories", "ArchiveHardLink", TokenMode) ||
-        file.slow.lookup("Directories", "QuarantineHardLink", TokenMode)) {
-        return -1;
+    const File file{scratch("main.conf"), text, line[0], number & 0x230ff, number % Roles};
+    for (const char* key : {"ArchiveHardLink", "QuarantineHardLink"}) {
+        std::string value;
+        if (entry_of(file, "Directories", *find_row("Directories", key), value) > 0) {
+            return -1;
+        }
     }
 
     write_file(file.path, text);

@@ -1,11 +1,11 @@
 // The scanner, the lookup of one key and that of all keys, on any file: from memory, in pieces of
-// any size, and from a snapshot, against the slow ones.
+// any size, with the keys in quotes, and from a snapshot, each against the entries one by one.
 //
 // Input: the size of the answer, how much a read of the file gives at most (0: all), a section and
 // a key, each on its line, and the file.
 #include "conf/snapshot.h"
-#include "model.h"
 #include "support.h"
+#include "util/text.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -16,7 +16,6 @@ using namespace ov::fuzz;
 
 namespace {
 
-// Large files take long: of their names only the one that is asked for is looked up.
 constexpr std::size_t MostNames = 12;
 constexpr std::size_t LargeFile = 4000;
 
@@ -35,68 +34,75 @@ Source in_pieces(std::string_view text, std::size_t longest) {
     return Source(std::move(file));
 }
 
-// Every `skipping`-th token is followed by the rest of its line.
-void check_tokens(Source& source, std::string_view text, std::size_t skipping) {
-    SlowScanner slow{text};
+// The tokens with their lines. Every `skipping`-th one is followed by the rest of its line.
+std::string tokens_of(Source& source, int skipping) {
+    std::string tokens;
+    scan_num = 0;
     init_scan(source);
-    int after_end = 0;
-    for (std::size_t count = 1; after_end < 2; ++count) {
-        const int expected = slow.scan();
-        after_end += expected == TokenEof;
-        require_equal(int{ini_scan(source)}, expected, "token");
-        require(expected != TokenNumber || scan_num == slow.number, "number");
+    for (int token = 0, count = 1; token != TokenEof; ++count) {
+        token = ini_scan(source);
         if (skipping > 0 && count % skipping == 0) {
-            slow.skip_line();
             skip_eol(source);
         }
-        require_equal(scan_str, slow.token, "text of a token");
-        require_equal(scan_linenumber, slow.line, "line of a token");
+        tokens += std::to_string(token) + ' ' + std::string(scan_str) + ' ' +
+                  std::to_string(scan_num) + ' ' + std::to_string(scan_linenumber) + '\n';
     }
+    return tokens;
 }
 
-// A file, read slowly, and in all the other ways.
-struct File {
-    std::string text;
-    SlowFile slow;
-    Snapshot snapshot;
-    Source memory;
-    Source pieces;
-};
+// The text with its keys in quotes, where one stands at the beginning of a line.
+std::string with_quotes(std::string_view text) {
+    std::string quoted;
+    for (const std::string& line : lines_of(text)) {
+        const std::size_t start = blanks_end(line, 0);
+        const std::size_t end = word_end(line, start);
+        const std::string key = line.substr(start, end - start);
+        const bool is_key = line[blanks_end(line, end)] == '=' && !is_number(key);
+        quoted += is_key && !key.empty() && key.find('"') == key.npos
+                      ? '"' + key + '"' + line.substr(end)
+                      : line;
+    }
+    return quoted;
+}
 
-// `asked` is the key that the snapshot was made for, beside those of the index.
-void check_lookup(File& file, const std::string& section, const std::string& key, std::size_t size,
-                  bool asked) {
+// The file in memory, and read in the other ways.
+void check_lookup(std::vector<Source>& sources, const std::string& section, const std::string& key,
+                  std::size_t size) {
     const char* sec = section.c_str();
     const char* name = key.c_str();
-    const int number = key_index().find(section, key);
     for (const int mode : {LineMode, TokenMode}) {
-        const SlowEntry* entry = file.slow.lookup(section, key, mode);
-        const std::string whole = entry ? entry->value : "";
+        std::string whole;
+        int at = 0;
+        EntryScan entries(sources[0]);
+        for (auto entry = entries.next(); entry && at == 0; entry = entries.next()) {
+            const bool found = same_word(c_text(entry->section), section) &&
+                               same_word(c_text(entry->key), key) &&
+                               take_value(*entry, sec, name, whole, MaxText + 1, mode);
+            at = found ? entry->line : 0;
+        }
         std::string value;
         const auto check = [&](int result, std::size_t room, const char* way, const int& line) {
-            require_equal(result, entry ? 0 : -1, way);
-            require_equal(line, entry ? entry->line : 0, way);
+            require_equal(result, at > 0 ? 0 : -1, way);
+            require_equal(line, at, way);
             require_equal(value, whole.substr(0, room > 0 ? room - 1 : 0), way);
             value = "stale";
         };
-        check(_getprofile(file.memory, sec, name, value, size, mode), size, "from memory",
-              scan_linenumber);
-        check(_getprofile(file.pieces, sec, name, value, size, mode), size, "in pieces",
-              scan_linenumber);
-        for (const int row : {number, asked ? static_cast<int>(file.snapshot.wanted()) : -1}) {
-            if (row != -1) {
+        for (Source& source : sources) {
+            check(_getprofile(source, sec, name, value, size, mode), size, "one", scan_linenumber);
+            const Snapshot snapshot(source, key_index(), {section, key});
+            for (const int number :
+                 {key_index().find(section, key), static_cast<int>(snapshot.wanted())}) {
+                const auto of_key = static_cast<std::size_t>(number);
                 int line = -1;
-                check(file.snapshot.lookup(static_cast<std::size_t>(row), sec, name, value, mode,
-                                           line),
-                      MaxText + 1, "scanned", line);
+                if (number != -1) {
+                    check(snapshot.lookup(of_key, sec, name, value, mode, line), MaxText + 1, "all",
+                          line);
+                }
             }
         }
     }
-    const int header = slow_header(file.text, section);
-    for (Source* source : {&file.memory, &file.pieces}) {
-        require_equal(get_sec(*source, section), header > 0 ? 0 : -1, "header");
-        require(header == 0 || header == scan_linenumber, "line of a header");
-    }
+    const int header = get_sec(sources[0], section) == 0 ? scan_linenumber : -1;
+    require_equal(get_sec(sources[1], section) == 0 ? scan_linenumber : -1, header, "header");
 }
 
 } // namespace
@@ -129,17 +135,27 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string key = input.line();
     const std::string text = input.rest();
 
-    Source whole = in_pieces(text, longest);
-    Snapshot snapshot(whole, key_index(), {section, key});
-    File file{text, SlowFile(text), std::move(snapshot), Source(std::string_view(text)),
-              in_pieces(text, longest)};
-    check_tokens(file.memory, text, room % 5);
-    check_tokens(file.pieces, text, room % 5);
-    check_lookup(file, section, key, room, true);
-    const std::vector<SlowEntry>& entries = file.slow.entries[LineMode];
-    const std::size_t names = text.size() > LargeFile ? 0 : std::min(entries.size(), MostNames);
-    for (std::size_t i = 0; i < names; ++i) {
-        check_lookup(file, entries[i].section, entries[i].key, room, false);
+    const std::string quoted = with_quotes(text);
+    std::vector<Source> sources;
+    sources.emplace_back(std::string_view(text));
+    sources.push_back(in_pieces(text, longest));
+    sources.emplace_back(std::string_view(quoted));
+    const int skipping = static_cast<int>(room % 5);
+    const std::string tokens = tokens_of(sources[0], skipping);
+    require_equal(tokens_of(sources[1], skipping), tokens, "tokens");
+    // A line feed at the very start is not counted.
+    const auto feeds = std::count(text.begin(), text.end(), '\n') - text.starts_with('\n');
+    require_equal(scan_linenumber, static_cast<int>(feeds) + 1, "the last line");
+
+    // Large files take long: of their names only the one that is asked for is looked up.
+    std::vector<std::pair<std::string, std::string>> names{{section, key}};
+    EntryScan entries(sources[0]);
+    const std::size_t most = text.size() > LargeFile ? 1 : MostNames;
+    for (auto entry = entries.next(); entry && names.size() < most; entry = entries.next()) {
+        names.emplace_back(c_text(entry->section), c_text(entry->key));
+    }
+    for (const auto& [of_section, name] : names) {
+        check_lookup(sources, of_section, name, room);
     }
     pieces.descriptor = -1;
     return 0;

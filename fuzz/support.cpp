@@ -45,6 +45,10 @@ std::string text_of(const Type& value) {
         text = std::to_string(value);
     } else if constexpr (std::is_same_v<Type, std::string>) {
         text = value;
+    } else if constexpr (std::is_pointer_v<Type>) {
+        text = text_of(*value);
+    } else if constexpr (requires { value.valueless_by_exception(); }) {
+        text = std::visit([](const auto& held) { return text_of(held); }, value);
     } else if constexpr (std::is_same_v<Type, Text>) {
         text = value ? '=' + std::string(value.view()) : "unset";
     } else if constexpr (std::is_same_v<Type, IPADDRCOND>) {
@@ -70,7 +74,7 @@ std::string text_of(const Type& value) {
 std::string Input::line() {
     const std::string_view line = left_.substr(0, left_.find('\n'));
     left_.remove_prefix(std::min(line.size() + 1, left_.size()));
-    return c_string(expanded(line));
+    return std::string(c_text(expanded(line)));
 }
 
 unsigned Input::number() {
@@ -79,10 +83,6 @@ unsigned Input::number() {
 
 std::string Input::rest() {
     return expanded(std::exchange(left_, {}));
-}
-
-std::string c_string(std::string text) {
-    return text.substr(0, text.find('\0'));
 }
 
 void require(bool holds, std::string_view what) {
@@ -131,15 +131,7 @@ std::vector<std::string> lines_of(std::string_view text) {
 }
 
 std::string shown(const Variable& setting) {
-    return std::visit(
-        [](const auto& pointer) -> std::string {
-            if constexpr (std::is_same_v<std::remove_cvref_t<decltype(pointer)>, Number>) {
-                return std::visit([](const auto* number) { return text_of(*number); }, pointer);
-            } else {
-                return text_of(*pointer);
-            }
-        },
-        setting);
+    return text_of(setting);
 }
 
 std::vector<std::string> shown_settings() {

@@ -31,9 +31,6 @@ class Input {
     std::string_view left_;
 };
 
-// A text as far as those see it who take it for a C string.
-std::string c_string(std::string text);
-
 // End the run, with the input as its reproducer, unless all is as it should be.
 void require(bool holds, std::string_view what);
 void require_equal(std::string_view found, std::string_view expected, std::string_view what);

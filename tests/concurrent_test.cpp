@@ -104,18 +104,24 @@ TEST_F(Concurrent, TwoEditorsMeet) {
     }
 }
 
-// Two loads find a log directory missing; whoever comes second goes on.
-TEST(Loads, TwoMakeOneDirectory) {
+// Two loads find a log directory missing; whoever comes second goes on. And what has been looked at
+// for a file is not looked at again for its supplement.
+TEST(Loads, DirectoriesThatComeAndGo) {
     const test::Installation gateway;
-    gateway.configure("[Directories]\nViewerLogDirectory = viewer\n");
+    const std::string supplement = gateway.dir.file("etc/local.conf", "");
+    gateway.configure("[Directories]\nViewerLogDirectory = viewer\n[Files]\nLocalConfFile = " +
+                      supplement + "\n");
     const std::string made = gateway.path("viewer");
     const Words load = {"ov_conf", "-f", gateway.file, "-s", "Log", "-k", "LogLevel"};
+    const Result loaded = {0, "0: not found\n", ""};
     Running first(load, test::failing(made, "mkdir", 1, test::Stop));
     ASSERT_TRUE(first.stops());
-    EXPECT_EQ(test::run(load), (Result{0, "0: not found\n", ""}));
+    EXPECT_EQ(test::run(load), loaded);
     first.go_on();
-    EXPECT_EQ(first.result(), (Result{0, "0: not found\n", ""}));
+    EXPECT_EQ(first.result(), loaded);
     EXPECT_TRUE(std::filesystem::is_directory(made));
+    EXPECT_EQ(test::run(load, test::failing(gateway.path(), "stat", 2, ENOENT)), loaded);
+    EXPECT_EQ(test::run(load, test::failing(gateway.path(), "stat", 1, ENOENT)).status, 1);
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include <csignal>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <regex>
 #include <sys/mount.h>
 #include <sys/ptrace.h>
 #include <sys/stat.h>
@@ -21,6 +22,19 @@ using test::read_file;
 using test::TempDir;
 
 constexpr std::nullopt_t Deleted = std::nullopt;
+
+// The owner, the group and the mode of a file.
+std::string possession_of(const std::string& path) {
+    struct stat info = {};
+    ::stat(path.c_str(), &info);
+    return std::to_string(info.st_uid) + ":" + std::to_string(info.st_gid) + " " +
+           std::to_string(info.st_mode);
+}
+
+void give(const std::string& path, mode_t mode) {
+    ASSERT_EQ(::chmod(path.c_str(), mode), 0);
+    ASSERT_TRUE(!test::is_root() || ::chown(path.c_str(), 12, 34) == 0);
+}
 
 TEST(Edit, EveryOtherByteStays) {
     struct Case {
@@ -65,41 +79,22 @@ TEST(Edit, EveryOtherByteStays) {
         EXPECT_EQ(std::string(edit->head) + edit->insertion + std::string(edit->tail), c.after)
             << testing::PrintToString(c.before.substr(0, 200));
     }
-    // And so in a file: the last one of each kind, which is the strangest.
+    // And so in a file, which keeps its owner, mode and links: the last one of each kind, which is
+    // the strangest.
     for (const Case& c : {cases[6], cases[11], std::end(cases)[-1]}) {
         const TempDir dir;
-        const std::string path = dir.file("conf", c.before);
+        give(dir.file("conf", c.before), 0604);
+        const std::string before = possession_of(dir.path("conf"));
+        std::filesystem::create_hard_link(dir.path("conf"), dir.path("hard"));
+        std::filesystem::create_symlink("conf", dir.path("soft"));
+        const std::string path = dir.path("soft");
         EXPECT_EQ(c.value ? conf_modify(path.c_str(), "Log", "LogLevel", c.value->c_str())
                           : conf_delete(path.c_str(), "Log", "LogLevel"),
                   0);
-        EXPECT_EQ(read_file(path), c.after);
-        EXPECT_EQ(dir.names(), std::vector<std::string>{"conf"});
+        EXPECT_EQ(read_file(dir.path("hard")), c.after);
+        EXPECT_EQ(possession_of(dir.path("hard")), before);
+        EXPECT_EQ(dir.names(), (std::vector<std::string>{"conf", "hard", "soft"}));
     }
-}
-
-TEST(Edit, TheFileItselfIsRewritten) {
-    const TempDir dir;
-    const std::string path = dir.file("conf", "[s]\nk = 1\n");
-    ASSERT_EQ(::chmod(path.c_str(), 0604), 0);
-    if (test::is_root()) {
-        ASSERT_EQ(::chown(path.c_str(), 12, 34), 0);
-    }
-    ASSERT_EQ(::link(path.c_str(), dir.path("hard").c_str()), 0);
-    ASSERT_EQ(::symlink("conf", dir.path("soft").c_str()), 0);
-    struct stat before = {};
-    ::stat(path.c_str(), &before);
-
-    EXPECT_EQ(conf_modify(dir.path("soft").c_str(), "s", "k", "2"), 0);
-    EXPECT_EQ(read_file(dir.path("hard")), "[s]\nk = 2\n");
-    EXPECT_EQ(conf_delete(dir.path("soft").c_str(), "s", "k"), 0);
-    EXPECT_EQ(read_file(dir.path("hard")), "[s]\n");
-
-    struct stat after = {};
-    ::stat(path.c_str(), &after);
-    EXPECT_EQ(after.st_ino, before.st_ino);
-    EXPECT_EQ(after.st_mode, before.st_mode);
-    EXPECT_EQ(after.st_uid, before.st_uid);
-    EXPECT_EQ(after.st_gid, before.st_gid);
 }
 
 TEST(Edit, ATemporaryNameLongerThanAPathIsRefused) {
@@ -137,20 +132,20 @@ struct Gateway {
     }
     // The temporary file's path; empty when there is none.
     std::string temporary() const {
-        for (const std::string& name : dir.names()) {
-            if (name.starts_with("conf.tmp.")) {
-                return dir.path(name);
-            }
-        }
-        return "";
+        const std::vector<std::string> names = dir.names();
+        const auto found = std::find_if(names.begin(), names.end(), [](const std::string& name) {
+            return name.starts_with("conf.tmp.");
+        });
+        return found == names.end() ? "" : dir.path(*found);
+    }
+    // The file's text when its entry is changed, which is at the end.
+    std::string changed(std::string_view entry = "k = 222\n") const {
+        return old.substr(0, old.size() - 6) + std::string(entry);
     }
     // A message with "CONF" and "TEMP" for the two files.
-    std::string masked(std::string text) const {
-        if (const std::size_t named = text.find(file + ".tmp."); named != text.npos) {
-            return text.replace(named, file.size() + 11, "TEMP");
-        }
-        const std::size_t named = text.find(file);
-        return named == text.npos ? text : text.replace(named, file.size(), "CONF");
+    std::string masked(const std::string& text) const {
+        const std::regex temporary_name("CONF[.]tmp[.].{6}");
+        return std::regex_replace(test::replaced(text, file, "CONF"), temporary_name, "TEMP");
     }
 
     TempDir dir;
@@ -164,7 +159,7 @@ struct Gateway {
 TEST(Edit, FailingSystemCalls) {
     enum File { Conf, Temp };
     enum Left { Untouched, Emptied, Changed, WithTemporary = 4 };
-    struct Outcome {
+    struct Told {
         std::string message;
         const char* log; // behind the name of the function; empty: nothing is logged
     };
@@ -172,70 +167,69 @@ TEST(Edit, FailingSystemCalls) {
         File file;
         int error;
         const char* call;
-        Outcome modified;
-        Outcome deleted;
         int left;
-        int number = 1; // which call of it fails
+        std::optional<Told> told = {};     // none: the edit is done
+        std::optional<Told> deleting = {}; // when that is told otherwise
+        int number = 1;                    // which call of it fails
     };
     // clang-format off
     const Case cases[] = {
-        {Conf, 13, "open+", {"cannot open: CONF (13)", ""}, {"cannot open: CONF", ""}, Untouched},
-        {Conf, 13, "fcntl+", {"cannot lock: CONF", ""}, {"cannot lock: CONF", ""}, Untouched},
-        {Conf, 5, "read+", {"read error: CONF", "read error: CONF (5)"}, {"read error: CONF", "read error: CONF (5)"}, Untouched},
-        {Temp, 13, "open+", {"cannot create tmp file: TEMP", ""}, {"cannot create tmp file: TEMP", "cannot create tmp file: TEMP (13)"}, Untouched},
-        {Temp, 12, "fdopen", {"cannot open tmp file: TEMP", ""}, {"cannot open tmp file: TEMP", "cannot open tmp file: TEMP (12)\n"}, Untouched | WithTemporary},
-        {Temp, 28, "fwrite", {"", ""}, {"", ""}, Untouched},
-        {Temp, 28, "fflush", {"", ""}, {"", ""}, Untouched},
-        {Temp, 5, "fdatasync", {"", ""}, {"", ""}, Untouched},
-        {Temp, 28, "fclose", {"", ""}, {"", ""}, Untouched},
-        {Conf, 13, "open>", {"cannot open: CONF", "cannot open: CONF (13)"}, {"cannot open: CONF", "cannot open: CONF (13)"}, Untouched | WithTemporary},
-        {Conf, 2, "open>", {"cannot open: CONF", "cannot open: CONF (17)"}, {"cannot open: CONF", "cannot open: CONF (17)"}, Untouched | WithTemporary}, // it is there again
-        {Conf, 5, "ftruncate", {"cannot open: CONF", "cannot open: CONF (5)"}, {"cannot open: CONF", "cannot open: CONF (5)"}, Untouched | WithTemporary},
-        {Conf, 5, "fstat>", {"cannot open: CONF", "cannot open: CONF (5)"}, {"cannot open: CONF", "cannot open: CONF (5)"}, Untouched | WithTemporary},
-        {Conf, 5, "fstat>", {"cannot open: CONF", "cannot open: CONF (5)"}, {"cannot open: CONF", "cannot open: CONF (5)"}, Untouched | WithTemporary, 2},
-        {Conf, 11, "fcntl>", {"cannot lock: CONF", "cannot lock: CONF (11)"}, {"cannot lock: CONF", "cannot lock: CONF (11)"}, Emptied},
-        {Temp, 24, "open<", {"cannot open: TEMP", "cannot open: TEMP (24)"}, {"cannot open: TEMP", "cannot open: TEMP (24)"}, Untouched},
-        {Temp, 5, "read<", {"read error: CONF", "read error CONF (5)"}, {"read error: TEMP", "read error: TEMP (5)"}, Untouched},
-        {Conf, 28, "write>", {"write error: TEMP", "write error: TEMP (28)"}, {"write error: TEMP", "write error: TEMP (28)"}, Untouched},
-        {Conf, 5, "fdatasync", {"write error: TEMP", "write error: TEMP (5)"}, {"write error: TEMP", "write error: TEMP (5)"}, Changed | WithTemporary},
-        {Conf, 0, "write>", {"write error: TEMP", "write error: TEMP (0)"}, {"write error: TEMP", "write error: TEMP (0)"}, Untouched},
-        {Conf, EROFS, "fdatasync", {"write error: TEMP", "write error: TEMP (30)"}, {"write error: TEMP", "write error: TEMP (30)"}, Changed | WithTemporary},
-        {Conf, 28, "close>", {"write error: TEMP", "write error: TEMP (28)"}, {"write error: TEMP", "write error: TEMP (28)"}, Changed | WithTemporary},
+        {Conf, 13, "open+", Untouched, Told{"cannot open: CONF (13)", ""}, Told{"cannot open: CONF", ""}},
+        {Conf, 13, "fcntl+", Untouched, Told{"cannot lock: CONF", ""}},
+        {Conf, 5, "read+", Untouched, Told{"read error: CONF", "read error: CONF (5)"}},
+        {Temp, 13, "open+", Untouched, Told{"cannot create tmp file: TEMP", ""}, Told{"cannot create tmp file: TEMP", "cannot create tmp file: TEMP (13)"}},
+        {Temp, 12, "fdopen", Untouched | WithTemporary, Told{"cannot open tmp file: TEMP", ""}, Told{"cannot open tmp file: TEMP", "cannot open tmp file: TEMP (12)\n"}},
+        {Temp, 28, "fwrite", Untouched, Told{"", ""}},
+        {Temp, 28, "fflush", Untouched, Told{"", ""}},
+        {Temp, 5, "fdatasync", Untouched, Told{"", ""}},
+        {Temp, 28, "fclose", Untouched, Told{"", ""}},
+        {Conf, 13, "open>", Untouched | WithTemporary, Told{"cannot open: CONF", "cannot open: CONF (13)"}},
+        {Conf, 2, "open>", Untouched | WithTemporary, Told{"cannot open: CONF", "cannot open: CONF (17)"}}, // it is there again
+        {Conf, 5, "ftruncate", Untouched | WithTemporary, Told{"cannot open: CONF", "cannot open: CONF (5)"}},
+        {Conf, 5, "fstat>", Untouched | WithTemporary, Told{"cannot open: CONF", "cannot open: CONF (5)"}},
+        {Conf, 5, "fstat>", Untouched | WithTemporary, Told{"cannot open: CONF", "cannot open: CONF (5)"}, {}, 2},
+        {Conf, 11, "fcntl>", Emptied, Told{"cannot lock: CONF", "cannot lock: CONF (11)"}},
+        {Temp, 24, "open<", Untouched, Told{"cannot open: TEMP", "cannot open: TEMP (24)"}},
+        {Temp, 5, "read<", Untouched, Told{"read error: CONF", "read error CONF (5)"}, Told{"read error: TEMP", "read error: TEMP (5)"}},
+        {Conf, 28, "write>", Untouched, Told{"write error: TEMP", "write error: TEMP (28)"}},
+        {Conf, 5, "fdatasync", Changed | WithTemporary, Told{"write error: TEMP", "write error: TEMP (5)"}},
+        {Conf, 0, "write>", Untouched, Told{"write error: TEMP", "write error: TEMP (0)"}},
+        {Conf, EROFS, "fdatasync", Changed | WithTemporary, Told{"write error: TEMP", "write error: TEMP (30)"}},
+        {Conf, 28, "close>", Changed | WithTemporary, Told{"write error: TEMP", "write error: TEMP (28)"}},
         // What is only interrupted, or cannot be done by nature, is overlooked.
-        {Conf, EINTR, "fcntl+", {}, {}, Changed}, {Conf, EINVAL, "fcntl>", {}, {}, Changed}, {Conf, EINTR, "read+", {}, {}, Changed},
-        {Temp, EINTR, "fwrite", {}, {}, Changed}, {Temp, EINTR, "fdatasync", {}, {}, Changed}, {Temp, EINVAL, "fdatasync", {}, {}, Changed},
-        {Temp, EINTR, "read<", {}, {}, Changed}, {Conf, EINTR, "write>", {}, {}, Changed}, {Conf, EINVAL, "fdatasync", {}, {}, Changed},
-        {Conf, 5, "close+", {}, {}, Changed}, {Temp, 5, "unlink", {}, {}, Changed | WithTemporary},
+        {Conf, EINTR, "fcntl+", Changed}, {Conf, EINVAL, "fcntl>", Changed}, {Conf, EINTR, "read+", Changed},
+        {Temp, EINTR, "fwrite", Changed}, {Temp, EINTR, "fdatasync", Changed}, {Temp, EINVAL, "fdatasync", Changed},
+        {Temp, EINTR, "read<", Changed}, {Conf, EINTR, "write>", Changed}, {Conf, EINVAL, "fdatasync", Changed},
+        {Conf, 5, "close+", Changed}, {Temp, 5, "unlink", Changed | WithTemporary},
     };
     // clang-format on
     for (const Case& c : cases) {
         for (const bool removing : {false, true}) {
             const Gateway gateway;
-            SCOPED_TRACE(std::string(c.call) + " " + std::to_string(c.error));
-            const std::string changed =
-                gateway.old.substr(0, gateway.old.size() - 6) + (removing ? "" : "k = 222\n");
+            SCOPED_TRACE(std::string(c.call) + "} " + std::to_string(c.error));
+            const std::string changed = gateway.changed(removing ? "" : "k = 222\n");
             const test::Result result =
                 test::run(removing ? gateway.remove() : gateway.replace(),
                           test::failing(c.file == Conf ? gateway.file : gateway.any_temporary,
                                         c.call, c.number, c.error));
 
-            const Outcome& outcome = removing ? c.deleted : c.modified;
-            const bool done = !outcome.log;
+            const Told* told = removing && c.deleting ? &*c.deleting : c.told ? &*c.told : nullptr;
+            const auto line = [](const std::string& text) {
+                return text + (text.empty() ? "" : "\n");
+            };
             const std::string reply =
-                removing ? "552 entry delete failed\n" : "553 entry replace failed\n";
-            const std::string message = outcome.message + (outcome.message.empty() ? "" : "\n");
-            EXPECT_EQ(gateway.masked(result.err), done ? "" : message + reply);
-            EXPECT_EQ(result.status, done ? 0 : 1);
+                removing ? "552 entry delete failed" : "553 entry replace failed";
+            const std::string log = gateway.masked(test::logged_errors(gateway.dir.path("logs")));
+            const std::string name = removing ? "conf_delete: " : "conf_modify: ";
+            EXPECT_EQ(gateway.masked(result.err), told ? line(told->message) + line(reply) : "");
+            EXPECT_EQ(log, told && *told->log ? line(name + told->log) : "");
+            EXPECT_EQ(result.status, told ? 1 : 0);
             const std::string left[] = {gateway.old, "", changed};
             EXPECT_EQ(read_file(gateway.file), left[c.left & 3]);
             EXPECT_EQ(!gateway.temporary().empty(), (c.left & WithTemporary) != 0);
             if ((c.left & WithTemporary) && std::string_view(c.call) != "fdopen") {
                 EXPECT_EQ(read_file(gateway.temporary()), changed);
             }
-
-            const std::string log = gateway.masked(test::logged_errors(gateway.dir.path("logs")));
-            const std::string name = removing ? "conf_delete: " : "conf_modify: ";
-            EXPECT_EQ(log, done || !*outcome.log ? "" : name + outcome.log + "\n");
         }
     }
 }
@@ -243,57 +237,41 @@ TEST(Edit, FailingSystemCalls) {
 // Somebody who may write into the directory puts another file in the place of one, while the
 // command is on its way. Nothing of his is emptied, or gets into the file.
 TEST(Edit, FilesThatAreSwapped) {
-    enum Swap { Replaced, Linked, Piped, Removed };
-    for (const Swap swap : {Replaced, Linked, Piped, Removed}) {
+    for (const std::string swap : {"other file", "link", "pipe", "nothing"}) {
         for (const bool temporary : {false, true}) {
-            SCOPED_TRACE(swap * 10 + temporary);
+            SCOPED_TRACE(swap + (temporary ? " TEMP" : " CONF"));
             const Gateway gateway;
-            struct stat before = {};
-            ::chmod(gateway.file.c_str(), 0640);
-            if (test::is_root()) {
-                ASSERT_EQ(::chown(gateway.file.c_str(), 12, 34), 0);
-            }
-            ::stat(gateway.file.c_str(), &before);
+            give(gateway.file, 0640);
+            const std::string before = possession_of(gateway.file);
             test::Running editor(gateway.replace(),
                                  test::failing(temporary ? gateway.any_temporary : gateway.file,
                                                temporary ? "open<" : "open>", 1, test::Stop));
             ASSERT_TRUE(editor.stops());
+            EXPECT_TRUE(
+                possession_of(gateway.temporary()).ends_with(std::to_string(S_IFREG | 0600)));
             const std::string name = temporary ? gateway.temporary() : gateway.file;
-            struct stat info = {};
-            EXPECT_EQ(::stat(gateway.temporary().c_str(), &info), 0);
-            EXPECT_EQ(info.st_mode & 07777U, 0600U);
             const std::string secret = gateway.dir.file("secret", "secret\n");
             std::filesystem::remove(name);
-            if (swap == Replaced) {
+            if (swap == "other file") {
                 test::write_file(name, "other\n");
-            } else if (swap == Linked) {
+            } else if (swap == "link") {
                 std::filesystem::create_symlink(secret, name);
-            } else if (swap == Piped) {
+            } else if (swap == "pipe") {
                 ASSERT_EQ(::mkfifo(name.c_str(), 0666), 0);
             }
             editor.go_on();
-            const test::Result result = editor.result();
-            const bool anew = swap == Removed && !temporary;
-            EXPECT_EQ(gateway.masked(result.err), anew ? ""
-                                                       : std::string("cannot open: ") +
-                                                             (temporary ? "TEMP" : "CONF") +
-                                                             "\n553 entry replace failed\n");
+            const std::string told = gateway.masked(editor.result().err);
             EXPECT_EQ(read_file(secret), "secret\n");
-            EXPECT_EQ(gateway.temporary().empty(), temporary || anew);
-            const std::string changed = gateway.old.substr(0, gateway.old.size() - 6) + "k = 222\n";
-            if (swap != Piped || temporary) {
-                EXPECT_EQ(read_file(gateway.file), temporary          ? gateway.old
-                                                   : swap == Replaced ? "other\n"
-                                                   : anew             ? changed
-                                                                      : "secret\n");
-            }
-            if (!temporary && !anew) {
-                EXPECT_EQ(read_file(gateway.temporary()), changed);
-            } else { // the same file, or one like it
-                ::stat(gateway.file.c_str(), &info);
-                EXPECT_EQ(info.st_mode, before.st_mode);
-                EXPECT_EQ(info.st_uid, before.st_uid);
-                EXPECT_EQ(info.st_gid, before.st_gid);
+            const bool anew = swap == "nothing" && !temporary; // the file is made again
+            if (temporary || anew) {
+                EXPECT_EQ(told, anew ? "" : "cannot open: TEMP\n553 entry replace failed\n");
+                EXPECT_EQ(read_file(gateway.file), anew ? gateway.changed() : gateway.old);
+                EXPECT_EQ(possession_of(gateway.file), before);
+                EXPECT_EQ(gateway.temporary(), "");
+            } else {
+                EXPECT_EQ(told, "cannot open: CONF\n553 entry replace failed\n");
+                EXPECT_EQ(read_file(gateway.temporary()), gateway.changed());
+                EXPECT_TRUE(swap != "other file" || read_file(name) == "other\n");
             }
         }
     }
@@ -371,9 +349,7 @@ TEST(Edit, KilledAtEverySystemCall) {
             int late = 0;
             for (std::optional<int> status = 0; status; ++calls) {
                 const Gateway gateway(head + lines);
-                const std::string changed =
-                    gateway.old.substr(0, gateway.old.size() - head.size() - lines.size()) + entry +
-                    lines;
+                const std::string changed = test::replaced(gateway.old, head, entry);
                 status =
                     interrupt(*key ? gateway.replace(key) : gateway.remove(), calls + 1, signal);
                 const std::string text = read_file(gateway.file);
@@ -399,23 +375,23 @@ TEST(Edit, ASmallStack) {
 #ifdef OV_SANITIZE
     GTEST_SKIP() << "the sanitizers take more";
 #endif
-    // The log, too, is written on it.
+    // The log, too, is written on it. A line whose writing is interrupted is written again.
     const Gateway gateway("[Log]\nLogFacility = 8192\nLogLevel = 90\n[s]\nk = 1\n");
-    test::Setting setting = test::as_root();
     std::vector<std::string> words = gateway.replace();
     words[0] = OV_BIN_DIR "/ov_conf";
     words.insert(words.begin(), {"/bin/sh", "-c", "ulimit -s 64; exec \"$@\"", "sh"});
-    EXPECT_EQ(test::run(words, setting), (test::Result{0, "", ""}));
-    EXPECT_FALSE(std::filesystem::is_empty(gateway.dir.path("logs")));
+    const std::string logs = gateway.dir.path("logs");
+    EXPECT_EQ(test::run(words, test::failing(logs + "/*", "write>", 2, EINTR)),
+              (test::Result{0, "", ""}));
+    const std::string log = read_file(std::filesystem::directory_iterator(logs)->path());
+    EXPECT_NE(log.find("CONF SCAN: DEBUG sec=s key=k  val=1\n"), log.npos) << log;
+}
 
-    // A line whose writing is interrupted is written again.
-    std::filesystem::remove_all(gateway.dir.path("logs"));
-    std::filesystem::create_directory(gateway.dir.path("logs"));
-    words = {"ov_conf", "-f", gateway.file, "-s", "s", "-k", "k"};
-    EXPECT_EQ(test::run(words, test::failing(gateway.dir.path("logs/*"), "write>", 2, EINTR)),
-              (test::Result{0, "1: 222\n", ""}));
-    const std::filesystem::directory_iterator log(gateway.dir.path("logs"));
-    EXPECT_EQ(test::lines_of(read_file(log->path().string())).size(), 3U);
+// Runs a role command for a user.
+test::Result admin(const test::Installation& gateway, std::vector<std::string> words,
+                   const test::Setting& setting = {}) {
+    words.insert(words.begin(), {"ov_admconf", "-f", gateway.file, "-u"});
+    return test::run(words, setting);
 }
 
 // A pipe in the place of a rights file, a group or a supplement is not waited for.
@@ -427,22 +403,20 @@ TEST(Edit, PipesInThePlaceOfFiles) {
     }
     gateway.dir.file("admin/jiro.conf", "[Admin]\nGroup = g\n");
     const std::string rights = gateway.path("admin//taro.conf");
-    EXPECT_EQ(test::run({"ov_admconf", "-f", gateway.file, "-u", "taro", "HoldList"}),
-              (test::Result{0, "1\n", ""}));
-    EXPECT_EQ(test::run({"ov_admconf", "-f", gateway.file, "-u", "taro", "-m", "HoldList=no"}),
+    EXPECT_EQ(admin(gateway, {"taro", "HoldList"}), (test::Result{0, "1\n", ""}));
+    EXPECT_EQ(admin(gateway, {"taro", "-m", "HoldList=no"}),
               (test::Result{1, "", "cannot open: " + rights + " (22)\nHoldList\n"}));
-    EXPECT_EQ(test::run({"ov_admconf", "-f", gateway.file, "-u", "jiro", "-g"}).status, 0);
+    EXPECT_EQ(admin(gateway, {"jiro", "-g"}).status, 0);
+    const std::string unreadable = "cannot open configfile \"" + rights + "\" (22)\n";
+    EXPECT_EQ(test::logged_errors(gateway.path("logs")),
+              unreadable + unreadable + "WARNING: GROUP \"g\" cannot open: \"" +
+                  gateway.path("etc/group//g.addr") + "\" (22) - ignored\n");
     // A lease is waited for: it is given up when the command comes.
     static int leased = ::open(gateway.path("admin/jiro.conf").c_str(), O_RDONLY | O_CLOEXEC);
     std::signal(SIGIO, [](int) { ::close(leased); });
     if (::fcntl(leased, F_SETLEASE, F_WRLCK) == 0) {
-        EXPECT_EQ(test::run({"ov_admconf", "-f", gateway.file, "-u", "jiro", "Group"}).out, "g\n");
+        EXPECT_EQ(admin(gateway, {"jiro", "Group"}).out, "g\n");
     }
-    const std::string group = gateway.path("etc/group//g.addr");
-    const std::string unreadable = "cannot open configfile \"" + rights + "\" (22)\n";
-    EXPECT_EQ(test::logged_errors(gateway.path("logs")),
-              unreadable + unreadable + "WARNING: GROUP \"g\" cannot open: \"" + group +
-                  "\" (22) - ignored\n");
 }
 
 // A link is followed when it is the super-user's, or that of the owner of what it leads to.
@@ -471,33 +445,25 @@ TEST(Edit, LinksBelowTheInstallation) {
             std::filesystem::create_symlink("etc", gateway.path("way"));
             ASSERT_EQ(::lchown(place.c_str(), link, 0), 0);
 
-            const auto run = [&](std::vector<std::string> words) {
-                words.insert(words.begin(), {"ov_admconf", "-f", gateway.file, "-u", "taro"});
-                return test::run(words);
-            };
-            const bool rights = at.starts_with("admin");
-            const std::string path = gateway.path("admin//taro.conf");
-            EXPECT_EQ(run({"HoldList"}).out, rights && !followed ? "1\n" : "0\n");
-            EXPECT_EQ(run({"-m", "HoldList=yes"}),
-                      rights && !followed
-                          ? (test::Result{1, "", "cannot open: " + path + " (40)\nHoldList\n"})
-                          : (test::Result{0, "", ""}));
-            EXPECT_EQ(run({"-g"}).out.find("'a@x'") != std::string::npos, followed || at == "logs");
+            const bool no_rights = !followed && at.starts_with("admin");
+            const std::string message =
+                "cannot open: " + gateway.path("admin//taro.conf") + " (40)\nHoldList\n";
+            EXPECT_EQ(admin(gateway, {"taro", "HoldList"}).out, no_rights ? "1\n" : "0\n");
+            EXPECT_EQ(admin(gateway, {"taro", "-m", "HoldList=yes"}).err, no_rights ? message : "");
+            const std::string groups = admin(gateway, {"taro", "-g"}).out;
+            EXPECT_EQ(groups.find("'a@x'") != groups.npos, followed || at == "logs");
             const bool listed = followed || at == "etc/group/g.addr" || at == "logs";
-            EXPECT_EQ(run({"SelectGroup"}).out, listed ? "g\n" : "");
+            EXPECT_EQ(admin(gateway, {"taro", "SelectGroup"}).out, listed ? "g\n" : "");
+            const bool logged = followed || at != "logs";
             const std::string log =
                 test::logged_errors(at == "logs" ? moved : gateway.path("logs"));
-            EXPECT_EQ(log.find("(40)") != std::string::npos, !followed && at != "logs") << log;
-            EXPECT_EQ(log.empty(), !followed && at == "logs");
-            const int made =
-                test::run({"ov_admconf", "-f", gateway.file, "-u", "jiro", "-m"}).status;
-            EXPECT_EQ(made, at == "admin" && !followed);
+            EXPECT_EQ(log.find("(40)") != log.npos, !followed && logged) << log;
+            EXPECT_EQ(log.empty(), !logged) << log;
+            EXPECT_EQ(admin(gateway, {"jiro", "-m"}).status, at == "admin" && !followed);
             // Whoever has made a link follows it himself.
             ASSERT_EQ(::lchown(place.c_str(), test::Nobody, 0), 0);
-            EXPECT_EQ(test::run({"ov_admconf", "-f", gateway.file, "-u", "taro", "SelectGroup"},
-                                {.unprivileged = true})
-                          .out,
-                      "g\n");
+            const test::Setting as_nobody{.unprivileged = true};
+            EXPECT_EQ(admin(gateway, {"taro", "SelectGroup"}, as_nobody).out, "g\n");
         }
     }
 }
@@ -507,11 +473,7 @@ TEST(Edit, LinksBelowTheInstallation) {
 TEST(Edit, ANewRightsFileBehindLinks) {
     const test::Installation gateway;
     std::filesystem::rename(gateway.path("admin"), gateway.path("link0"));
-    if (test::is_root()) {
-        ASSERT_EQ(::chown(gateway.path("link0").c_str(), 12, 34), 0);
-    }
-    struct stat directory = {};
-    ::stat(gateway.path("link0").c_str(), &directory);
+    give(gateway.path("link0"), 0755);
     for (int i = 1; i <= 40; ++i) {
         std::filesystem::create_symlink("link" + std::to_string(i - 1),
                                         gateway.path("link" + std::to_string(i)));
@@ -526,38 +488,36 @@ TEST(Edit, ANewRightsFileBehindLinks) {
     };
     EXPECT_EQ(go_by("link40"), 1);
     EXPECT_EQ(go_by("link39"), 0);
-    struct stat made = {};
-    ASSERT_EQ(::stat(gateway.path("admin/taro.conf").c_str(), &made), 0);
-    EXPECT_EQ(made.st_mode & 07777U, 0644U);
-    EXPECT_EQ(made.st_uid, directory.st_uid);
-    EXPECT_EQ(made.st_gid, directory.st_gid);
+    const std::string made = gateway.path("link0/taro.conf");
+    const std::string like_made = gateway.dir.file("like", "");
+    give(like_made, 0644);
+    EXPECT_EQ(possession_of(made), possession_of(like_made));
 
-    std::filesystem::rename(gateway.path("link0/taro.conf"), gateway.path("real.conf"));
-    std::filesystem::create_symlink("../real.conf", gateway.path("link0/taro.conf"));
+    std::filesystem::rename(made, gateway.path("real.conf"));
+    std::filesystem::create_symlink("../real.conf", made);
     EXPECT_EQ(go_by("link39"), 1);
     EXPECT_EQ(go_by("link38"), 0);
     EXPECT_EQ(read_file(gateway.path("real.conf")), "[Admin]\nHoldList = no\n");
-    const test::Result refused =
-        test::run(words, test::failing(gateway.path("link0/taro.conf.tmp.*"), "open+", 1, EACCES));
-    EXPECT_TRUE(
-        refused.err.starts_with("cannot create tmp file: " + gateway.path("admin//taro.conf.tmp.")))
-        << refused.err;
-    EXPECT_EQ(refused.err.find("XXXXXX"), std::string::npos);
+    const std::string refused =
+        test::run(words, test::failing(made + ".tmp.*", "open+", 1, EACCES)).err;
+    const std::string message = "cannot create tmp file: " + gateway.path("admin//taro.conf.tmp.");
+    EXPECT_TRUE(refused.starts_with(message)) << refused;
+    EXPECT_EQ(refused.find("XXXXXX"), refused.npos);
 
     // What takes the place of the file that a link leads to, on the way there, is not opened.
+    const std::string real = gateway.path("real.conf");
     for (const auto& [swap, error] : {std::pair{"other", "(116)"}, {"link", "(40)"}}) {
-        test::Running editor(words,
-                             test::failing(gateway.path("real.conf"), "open+", 1, test::Stop));
+        test::Running editor(words, test::failing(real, "open+", 1, test::Stop));
         ASSERT_TRUE(editor.stops());
-        std::filesystem::rename(gateway.path("real.conf"), gateway.path(swap));
+        std::filesystem::rename(real, gateway.path(swap));
         if (swap == std::string("other")) {
-            gateway.dir.file("real.conf", "");
+            test::write_file(real, "");
         } else {
-            std::filesystem::create_symlink(swap, gateway.path("real.conf"));
+            std::filesystem::create_symlink(swap, real);
         }
         editor.go_on();
         EXPECT_NE(editor.result().err.find(error), std::string::npos);
-        EXPECT_EQ(read_file(gateway.path("real.conf")), "");
+        EXPECT_EQ(read_file(real), "");
     }
 }
 

@@ -2,9 +2,9 @@
 // the error 0 writes one byte less than asked for; with the error -1 nothing fails, but the process
 // stops itself in front of the call.
 //   OV_FAULT_FILE    the file; with "*" at its end any file whose path begins so
-//   OV_FAULT_CALL    fdopen, fwrite, fflush, fdatasync, fclose, open, fcntl, fstat, read, write,
-//                    ftruncate, close, mkdir or unlink; with "<", ">" or "+" behind it only for a
-//                    file that is open for reading, for writing or for both
+//   OV_FAULT_CALL    fdopen, fwrite, fflush, fdatasync, fclose, open, fcntl, stat, fstat, read,
+//                    write, ftruncate, close, mkdir or unlink; with "<", ">" or "+" behind it only
+//                    for a file that is open for reading, for writing or for both
 //   OV_FAULT_NUMBER  which call of it fails, counted from 1
 //   OV_FAULT_ERROR   its errno
 // Or allocations fail, and OV_FAULT_FILE is made to tell that there was one:
@@ -15,7 +15,6 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
-#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -68,12 +67,17 @@ bool fails(const char* name, const char* path, int flags = -1) {
     return true;
 }
 
-bool fails(const char* name, int fd) {
+// The path of an open file.
+std::array<char, 4096> path_of(int fd) {
     char link[64];
-    char path[4096] = {};
+    std::array<char, 4096> path{};
     std::snprintf(link, sizeof link, "/proc/self/fd/%d", fd);
-    return ::readlink(link, path, sizeof path - 1) > 0 &&
-           fails(name, path, static_cast<int>(::syscall(SYS_fcntl, fd, F_GETFL)));
+    [[maybe_unused]] const ssize_t length = ::readlink(link, path.data(), path.size() - 1);
+    return path;
+}
+
+bool fails(const char* name, int fd) {
+    return fails(name, path_of(fd).data(), static_cast<int>(::syscall(SYS_fcntl, fd, F_GETFL)));
 }
 
 bool fails(const char* name, FILE* stream) {
@@ -82,16 +86,16 @@ bool fails(const char* name, FILE* stream) {
 
 // The whole path of a name in an open directory.
 std::array<char, 8192> in_directory(int directory, const char* name) {
-    std::array<char, 4096> front{};
-    if (directory != AT_FDCWD && *name != '/') {
-        char link[64];
-        std::snprintf(link, sizeof link, "/proc/self/fd/%d", directory);
-        const ssize_t length = ::readlink(link, front.data(), front.size() - 2);
-        front[static_cast<std::size_t>(length > 0 ? length : 0)] = '/';
-    }
     std::array<char, 8192> path{};
-    std::snprintf(path.data(), path.size(), "%s%s", front.data(), name);
+    const bool whole = *name == '/';
+    std::snprintf(path.data(), path.size(), "%s%s%s", whole ? "" : path_of(directory).data(),
+                  whole ? "" : "/", name);
     return path;
+}
+
+int refused(int error) {
+    errno = error;
+    return -1;
 }
 
 template <class Function>
@@ -107,48 +111,29 @@ FILE* fdopen(int fd, const char* mode) {
     return fails("fdopen", fd) ? nullptr : real<FILE*(int, const char*)>("fdopen")(fd, mode);
 }
 
-int open(const char* path, int flags, ...) {
-    std::va_list args;
-    va_start(args, flags);
-    const int mode = va_arg(args, int);
-    va_end(args);
-    return fails("open", path, flags) ? -1
-                                      : real<int(const char*, int, ...)>("open")(path, flags, mode);
+// Those that may have one more argument are taken to have it.
+int open_as(const char* path, int flags, mode_t mode) __asm__("open");
+int openat_as(int directory, const char* path, int flags, mode_t mode) __asm__("openat");
+int fcntl_as(int fd, int command, void* argument) __asm__("fcntl");
+
+int open_as(const char* path, int flags, mode_t mode) {
+    auto* real_open = real<int(const char*, int, ...)>("open");
+    return fails("open", path, flags) ? -1 : real_open(path, flags, mode);
 }
 
-// What the fortified headers make of an open that makes no file.
-int __open_2(const char* path, int flags) {
-    return open(path, flags);
-}
-
-int openat(int directory, const char* path, int flags, ...) {
-    std::va_list args;
-    va_start(args, flags);
-    const int mode = va_arg(args, int);
-    va_end(args);
+int openat_as(int directory, const char* path, int flags, mode_t mode) {
     if (!(flags & O_PATH) && fails("open", in_directory(directory, path).data(), flags)) {
         return -1;
     }
     return real<int(int, const char*, int, ...)>("openat")(directory, path, flags, mode);
 }
 
+// What the fortified headers make of one that makes no file.
 int __openat_2(int directory, const char* path, int flags) {
-    return openat(directory, path, flags);
+    return openat_as(directory, path, flags, 0);
 }
 
-int fcntl64(int fd, int command, ...) {
-    std::va_list args;
-    va_start(args, command);
-    void* argument = va_arg(args, void*);
-    va_end(args);
-    return fails("fcntl", fd) ? -1 : real<int(int, int, ...)>("fcntl64")(fd, command, argument);
-}
-
-int fcntl(int fd, int command, ...) {
-    std::va_list args;
-    va_start(args, command);
-    void* argument = va_arg(args, void*);
-    va_end(args);
+int fcntl_as(int fd, int command, void* argument) {
     return fails("fcntl", fd) ? -1 : real<int(int, int, ...)>("fcntl")(fd, command, argument);
 }
 
@@ -188,31 +173,29 @@ int fflush(FILE* stream) {
 
 // What is not closed without an error is closed all the same.
 int fclose(FILE* stream) {
-    const bool failing = fails("fclose", stream);
-    const int error = errno;
+    const int error = fails("fclose", stream) ? errno : 0;
     const int result = real<int(FILE*)>("fclose")(stream);
-    errno = failing ? error : errno;
-    return failing ? EOF : result;
+    return error == 0 ? result : refused(error);
 }
 
 int close(int fd) {
-    const bool failing = fails("close", fd);
-    const int error = errno;
+    const int error = fails("close", fd) ? errno : 0;
     const int result = real<int(int)>("close")(fd);
-    errno = failing ? error : errno;
-    return failing ? -1 : result;
+    return error == 0 ? result : refused(error);
 }
 
 int mkdirat(int directory, const char* path, mode_t mode) noexcept {
-    return fails("mkdir", in_directory(directory, path).data())
-               ? -1
-               : real<int(int, const char*, mode_t)>("mkdirat")(directory, path, mode);
+    const bool failing = fails("mkdir", in_directory(directory, path).data());
+    return failing ? -1 : real<int(int, const char*, mode_t)>("mkdirat")(directory, path, mode);
 }
 
 int unlinkat(int directory, const char* path, int flags) noexcept {
-    return fails("unlink", in_directory(directory, path).data())
-               ? -1
-               : real<int(int, const char*, int)>("unlinkat")(directory, path, flags);
+    const bool failing = fails("unlink", in_directory(directory, path).data());
+    return failing ? -1 : real<int(int, const char*, int)>("unlinkat")(directory, path, flags);
+}
+
+int stat(const char* path, struct stat* info) noexcept {
+    return fails("stat", path) ? -1 : real<int(const char*, struct stat*)>("stat")(path, info);
 }
 
 int fstat(int fd, struct stat* info) noexcept {
@@ -230,7 +213,6 @@ uid_t getuid() noexcept {
 #ifndef OV_SANITIZE
 
 extern "C" void* __libc_malloc(size_t size);
-extern "C" void* __libc_calloc(size_t count, size_t size);
 extern "C" void* __libc_realloc(void* old, size_t size);
 
 namespace {
@@ -250,14 +232,11 @@ __attribute__((constructor)) void set_up_memory() {
 }
 
 bool allocation_fails() {
-    if (memory.number == 0) {
+    const long behind = memory.number == 0 ? -1 : ++memory.calls - memory.number;
+    if (behind < 0 || (behind > 0 && !memory.all)) {
         return false;
     }
-    ++memory.calls;
-    if (memory.calls < memory.number || (memory.calls > memory.number && !memory.all)) {
-        return false;
-    }
-    if (memory.calls == memory.number) {
+    if (behind == 0) {
         ::syscall(SYS_close, ::syscall(SYS_creat, std::getenv("OV_FAULT_FILE"), 0666));
     }
     errno = ENOMEM;
@@ -270,10 +249,6 @@ extern "C" {
 
 void* malloc(size_t size) {
     return allocation_fails() ? nullptr : __libc_malloc(size);
-}
-
-void* calloc(size_t count, size_t size) {
-    return allocation_fails() ? nullptr : __libc_calloc(count, size);
 }
 
 void* realloc(void* old, size_t size) {

@@ -11,11 +11,8 @@ namespace {
 
 using test::Result;
 
-enum Effect { Reads, EditsMainFile, ChangesRights };
-
 struct Command {
     const char* name;
-    Effect effect;
     std::vector<std::string> words;
     std::set<std::string> tellers; // who tells of it, as teller_of says
 };
@@ -55,12 +52,10 @@ class Memory : public testing::TestWithParam<Command> {
     // Takes away what an edit left beside the file. Returns whether each of it was empty.
     bool leftovers_are_empty() const {
         bool empty = true;
-        for (const std::string folder : {"", "manager"}) {
-            for (const auto& file : std::filesystem::directory_iterator(gateway.path(folder))) {
-                if (file.path().string().find(".tmp.") != std::string::npos) {
-                    empty = empty && file.file_size() == 0;
-                    std::filesystem::remove(file.path());
-                }
+        for (const auto& file : std::filesystem::recursive_directory_iterator(gateway.path())) {
+            if (file.path().string().find(".tmp.") != std::string::npos) {
+                empty = empty && file.file_size() == 0;
+                std::filesystem::remove(file.path());
             }
         }
         return empty;
@@ -101,24 +96,6 @@ std::string teller_of(const std::string& line) {
     return line.substr(0, line.find(':'));
 }
 
-// What a lack of memory may lead to.
-bool is_consequence(const std::string& line) {
-    static const std::regex consequences(
-        ".*/Tessary[.]conf:[0-9]+: \\[[^\\]]*\\] [^ ]+: \".*\" (invalid value ?|cannnot "
-        "configuration )|"
-        ".*[.]conf:[0-9]+: invalid value, \\[[^\\]]*\\] [^ ]+: .*|"
-        "ERROR: (fatal|invalid value)|552 entry delete failed|553 entry replace failed|HoldList");
-    return std::regex_match(line, consequences);
-}
-
-bool is_log_line(const std::string& line) {
-    static const std::regex lines(
-        "((read_addrsgrp3|add_addrtree|add_addrlist): ERROR: malloc failed \\(12\\)|"
-        "ERROR: GROUP \"[a-z]*\" out of memory): [a-z_.]+ [0-9]+|"
-        "conf_delete: cannot open tmp file: .* \\(12\\)|");
-    return std::regex_match(line, lines);
-}
-
 TEST_P(Memory, EveryAllocationMayFail) {
 #ifdef OV_SANITIZE
     GTEST_SKIP() << "the sanitizers have an allocator of their own";
@@ -127,7 +104,6 @@ TEST_P(Memory, EveryAllocationMayFail) {
     const Result whole = run(test::as_root());
     const std::string after = files();
     ASSERT_EQ(whole.status, 0) << whole.err;
-    ASSERT_EQ(before == after, GetParam().effect == Reads);
 
     std::set<std::string> tellers;
     for (const char* kind : {"malloc", "memory"}) {
@@ -145,17 +121,14 @@ TEST_P(Memory, EveryAllocationMayFail) {
                     told += (told.empty() ? "" : " > ") + teller_of(line);
                     tellers.insert(told);
                 }
-                EXPECT_TRUE(is_message(line) || is_consequence(line)) << line;
             }
             // Of a path that cannot be joined the loader has the last word; a check loads none.
             EXPECT_TRUE((told != "mk_dirpath" && told != "mk_filepath") ||
                         GetParam().tellers.contains(told))
                 << told;
             const std::vector<std::string> log = test::lines_of(take_log());
-            for (const std::string& line : log) {
-                EXPECT_TRUE(is_log_line(line)) << line;
-                tellers.insert(teller_of(line));
-            }
+            std::transform(log.begin(), log.end(), std::inserter(tellers, tellers.end()),
+                           teller_of);
             const std::string text = files();
             // The addresses of groups come last; they may be left out, and the log tells why.
             EXPECT_TRUE(whole.out.starts_with(result.out)) << result.out;
@@ -188,12 +161,12 @@ std::set<std::string> with(std::set<std::string> tellers, const std::set<std::st
 const std::set<std::string> Loading = with(RoleLoad, {"ipaddr_makeaddr > Out of memory!"});
 
 const Command Commands[] = {
-    {"ShowLoaded", Reads, {"ov_conf", "-s", "Cypher", "-k", "UserGroup", "-a"}, Loading},
-    {"Check", Reads, {"ov_conf", "-s", "SMTP", "-k", "ServerHost", "-c", "mx1.a-rather-long-domain.example.com:25 mx2"}, {Main, "mk_dirpath", "split_str"}},
-    {"Replace", EditsMainFile, {"ov_conf", "-s", "Screening", "-k", "Note", "-r", Text}, with(Loading, {Temporary})},
-    {"Delete", EditsMainFile, {"ov_conf", "-s", "Screening", "-k", "Note", "-d"}, with(Loading, {Temporary, "conf_delete"})},
-    {"Listing", Reads, {"ov_mgrconf", "-u", "taro", "-g"}, with(RoleLoad, {"malloc error", "read_addrsgrp3", "add_addrtree", "add_addrlist", "ERROR"})},
-    {"Change", ChangesRights, {"ov_mgrconf", "-u", "taro", "-m", "HoldList=no"}, with(RoleLoad, {"malloc error", Temporary})},
+    {"ShowLoaded", {"ov_conf", "-s", "Cypher", "-k", "UserGroup", "-a"}, Loading},
+    {"Check", {"ov_conf", "-s", "SMTP", "-k", "ServerHost", "-c", "mx1.a-rather-long-domain.example.com:25 mx2"}, {Main, "mk_dirpath", "split_str"}},
+    {"Replace", {"ov_conf", "-s", "Screening", "-k", "Note", "-r", Text}, with(Loading, {Temporary})},
+    {"Delete", {"ov_conf", "-s", "Screening", "-k", "Note", "-d"}, with(Loading, {Temporary, "conf_delete"})},
+    {"Listing", {"ov_mgrconf", "-u", "taro", "-g"}, with(RoleLoad, {"malloc error", "read_addrsgrp3", "add_addrtree", "add_addrlist", "ERROR"})},
+    {"Change", {"ov_mgrconf", "-u", "taro", "-m", "HoldList=no"}, with(RoleLoad, {"malloc error", Temporary})},
 };
 // clang-format on
 

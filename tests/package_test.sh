@@ -8,6 +8,7 @@ root=$(mktemp -d)
 trap 'rm -rf "$root"' EXIT
 trap 'echo "package_test.sh: line $LINENO: not so" >&2' ERR
 cd "$root"
+same() { [ "$1" = "$2" ] || ! printf 'found:  %s\nwanted: %s\n' "$@" >&2; }
 
 # Makes a package in a folder, and refuses when there is nobody to write to.
 pack() {
@@ -32,42 +33,36 @@ version_of() { dpkg-deb -f "$1" Version; }
 dpkg --compare-versions "$(version_of "$package")" gt "$(version_of old/*.deb)"
 dpkg --compare-versions "$(version_of old/*.deb)" gt 7.1.02
 # Later releases of the libraries will do.
-[ "$(dpkg-deb -f "$package" Depends | sed 's/libc[0-9.]* (>= [0-9.]*)\(, \)*//g')" = '' ]
+same "$(dpkg-deb -f "$package" Depends | sed 's/libc[0-9.]* (>= [0-9.]*)\(, \)*//g')" ''
 # Folders, files and links; the links are not counted as copies of the program.
-modes=$(dpkg-deb -c "$package" | cut -c 1-10 | sort -u | tr '\n' ' ')
-[ "$modes" = '-rw-r--r-- -rwxr-xr-x drwxr-xr-x lrwxrwxrwx ' ]
+same "$(dpkg-deb -c "$package" | cut -c 1-10 | sort -u | xargs)" '-rw-r--r-- -rwxr-xr-x drwxr-xr-x lrwxrwxrwx'
 [ "$(dpkg-deb -f "$package" Installed-Size)" -lt "$(($(du -sk --apparent-size "$usr" | cut -f 1) + 50))" ]
 
-# One executable, and six links to it.
-[ "$(find "$usr/sbin" -type f)" = "$usr/sbin/ov_conf" ]
-[ "$(find "$usr/sbin" -type l -lname ov_conf | wc -l)" -eq 6 ]
-[ "$(find "$usr/sbin" | wc -l)" -eq 8 ]
+# One executable, and six links to it: the search side has a version of its own.
+same "$(find "$usr/sbin" -type f)" "$usr/sbin/ov_conf"
+same "$(find "$usr/sbin" -type l -lname ov_conf | wc -l)" 6
+same "$(for name in "$usr"/sbin/*; do "$name" -v | head -n 1; done | sort | uniq -c | xargs)" \
+    '4 ORVANTA 3 ORVANTA/S'
 # A compressed page for each of the names, and one for the file.
-[ "$(find "$usr"/share/man/man[58]/* -exec gzip -t {} \; -print | wc -l)" -eq 8 ]
-
-# Each name is a command: the search side has a version of its own.
-for name in ov_conf ov_admconf ov_mgrconf ov_sysadmconf; do
-    [ "$("$usr/sbin/$name" -v | head -n 1)" = ORVANTA ]
-done
-for name in srch_admconf srch_mgrconf srch_sysadmconf; do
-    [ "$("$usr/sbin/$name" -v | head -n 1)" = ORVANTA/S ]
-done
+same "$(find "$usr"/share/man/man[58]/* -exec gzip -t {} \; -print | wc -l)" 8
+[ -f "$usr/share/zsh/vendor-completions/_ov_conf" ]
+[ -f "$usr/share/fish/vendor_completions.d/ov_admconf.fish" ]
 
 # The script for typing errors finds the list of keys, and none in the sample.
 "$usr/share/doc/ov-conf/examples/check-names" "$usr/share/doc/ov-conf/examples/Tessary.conf"
 
 # The samples are configurations: one entry of each is found, the commented one is not.
 mkdir etc template logs mqueue pqueue aqueue
-for sample in Tessary.conf defaults.conf; do
+answer() {
     {
         printf '[Directories]\nRootDirectory = %s\nQueueDirectory = %s\n' "$root" "$root"
         sed 's|^PostfixQueueDirectory = .*|PostfixQueueDirectory = /tmp|' \
-            "$usr/share/doc/ov-conf/examples/$sample"
+            "$usr/share/doc/ov-conf/examples/$1"
         printf '[Mail]\nInternalDomains = example.com\n'
-    } >"$sample"
-done
-[ "$("$usr/sbin/ov_conf" -f Tessary.conf -s SMTP -k MaxMessageSize)" = '1: 20M' ]
-[ "$("$usr/sbin/ov_conf" -f defaults.conf -s SMTP -k SmtpPort)" = '0: not found' ]
-[ "$("$usr/sbin/ov_conf" -f defaults.conf -s SMTP -k SmtpPort -a)" = '1: 25' ]
+    } >"$1"
+    "$usr/sbin/ov_conf" -f "$1" -s SMTP -k "$2"
+}
+same "$(answer Tessary.conf MaxMessageSize)" '1: 20M'
+same "$(answer defaults.conf SmtpPort)" '0: not found'
 
 "$tests/completion_test.sh" "$usr/sbin" "$usr/share"

@@ -2,6 +2,7 @@
 
 #include "catalogue/reset.h"
 #include "fake_host.h"
+#include "util/handle.h"
 #include "util/log.h"
 
 #include <array>
@@ -21,21 +22,6 @@
 namespace ov::test {
 
 namespace {
-
-// A file that collects what a command prints.
-class Collector {
-  public:
-    Collector() : file_(std::tmpfile()) {}
-    ~Collector() { std::fclose(file_); }
-    Collector(const Collector&) = delete;
-    Collector& operator=(const Collector&) = delete;
-
-    int fd() const { return ::fileno(file_); }
-    std::string text() const { return read_file("/proc/self/fd/" + std::to_string(fd())); }
-
-  private:
-    std::FILE* file_;
-};
 
 [[noreturn]] void become(const std::vector<std::string>& words, const Setting& setting, int out,
                          int err) {
@@ -169,15 +155,16 @@ Result run(const std::vector<std::string>& words, const Setting& setting) {
     return Running(words, setting).result();
 }
 
+// Files in memory that collect what the command prints.
 struct Running::Output {
-    Collector out;
-    Collector err;
+    Fd out{::memfd_create("out", MFD_CLOEXEC)};
+    Fd err{::memfd_create("err", MFD_CLOEXEC)};
 };
 
 Running::Running(const std::vector<std::string>& words, const Setting& setting)
     : output_(std::make_unique<Output>()), process_(::fork()) {
     if (process_ == 0) {
-        become(words, setting, output_->out.fd(), output_->err.fd());
+        become(words, setting, output_->out.get(), output_->err.get());
     }
 }
 
@@ -203,8 +190,11 @@ Result Running::result() {
         ::waitpid(process_, &status_, 0);
         ended_ = true;
     }
-    return {WIFEXITED(status_) ? WEXITSTATUS(status_) : 256 + WTERMSIG(status_),
-            output_->out.text(), output_->err.text()};
+    const auto text = [](const Fd& file) {
+        return read_file("/proc/self/fd/" + std::to_string(file.get()));
+    };
+    return {WIFEXITED(status_) ? WEXITSTATUS(status_) : 256 + WTERMSIG(status_), text(output_->out),
+            text(output_->err)};
 }
 
 void Running::ended(int status) {

@@ -80,8 +80,10 @@ TEST_P(Completion, OnATerminal) {
     }
     const test::TempDir dir;
     std::filesystem::create_directories(dir.path("etc/group"));
-    dir.file("etc/group/sales.addr", "");
-    dir.file("etc/group/support.addr", "");
+    std::filesystem::create_directory(dir.path("admin"));
+    for (const char* file : {"etc/group/sales.addr", "etc/group/support.addr", "admin/jiro.conf"}) {
+        dir.file(file, "");
+    }
     const std::string file =
         dir.file("gateway.conf", "[Directories]\nRootDirectory = " + dir.path() + "\n");
     const Terminal shell("env --chdir=" OV_SHARE_DIR " TERM=dumb HOME=" + dir.path() + " " + name +
@@ -90,6 +92,9 @@ TEST_P(Completion, OnATerminal) {
     const std::pair<std::string, std::string> cases[] = {
         {"ov_conf -s deb\t-k noc\t", "<-s><Debug><-k><NoCore>"},
         {"ov_conf -f " + dir.path("gate") + "\t-m", "<-f><" + file + "><-m>"},
+        {"ov_conf -s Screening -k MIMEngLevel -r w\t", "<-r><weak>"},
+        {"ov_conf -s SMTP -k SmtpPort -c \t9", "<-c><9>"},
+        {"ov_admconf -f " + file + " -u j\t", "<-u><jiro>"},
         {"ov_admconf -m HoldR\ty\t", "<-m><HoldReason=yes>"},
         {"ov_admconf -f " + file + " -m Group=sales:su\t", "<Group=sales:support>"},
     };
