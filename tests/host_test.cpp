@@ -1,5 +1,5 @@
 #include "answer/get_vals.h"
-#include "catalogue/defaults.h"
+#include "catalogue/reset.h"
 #include "fake_host.h"
 #include "installation.h"
 #include "load/configuration.h"

@@ -2,7 +2,9 @@
 // shown.
 #include "answer/check_config.h"
 #include "answer/get_vals.h"
+#include "catalogue/catalogue.h"
 #include "catalogue/reset.h"
+#include "catalogue/rights.h"
 #include "installation.h"
 #include "load/configuration.h"
 #include "load/roles.h"
