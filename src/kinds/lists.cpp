@@ -1,5 +1,5 @@
 #include "kinds/loading.h"
-#include "kinds/tools.h"
+#include "kinds/values.h"
 #include "util/host.h"
 
 #include <algorithm>
@@ -8,6 +8,21 @@
 namespace ov::kinds {
 
 namespace {
+
+// The texts that `text_of` gives for the items of a list, with ":" between them.
+template <class List, class TextOf>
+std::string joined(const List& list, TextOf text_of) {
+    std::string text;
+    bool first = true;
+    for (const auto& item : list) {
+        if (!first) {
+            text += ':';
+        }
+        first = false;
+        text += text_of(item);
+    }
+    return text;
+}
 
 bool are_domain_names(const Loading& value, const std::vector<std::string>& words) {
     for (const std::string& word : words) {

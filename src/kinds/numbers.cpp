@@ -1,5 +1,5 @@
 #include "kinds/loading.h"
-#include "kinds/tools.h"
+#include "kinds/values.h"
 #include "util/disk.h"
 #include "util/text.h"
 #include "value/convert.h"

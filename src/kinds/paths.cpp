@@ -1,7 +1,7 @@
 #include "util/paths.h"
 #include "kinds/loading.h"
 #include "kinds/sets.h"
-#include "kinds/tools.h"
+#include "kinds/values.h"
 #include "util/disk.h"
 #include "util/place.h"
 #include "value/convert.h"

@@ -1,7 +1,7 @@
 #include "manual/vocabulary.h"
 
 #include "kinds/loading.h"
-#include "kinds/words.h"
+#include "kinds/wording.h"
 
 #include <algorithm>
 #include <limits>

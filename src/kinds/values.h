@@ -1,4 +1,4 @@
-// What the functions of the kinds share.
+// What a value is for, and what it is made of, for the functions of the kinds.
 #pragma once
 
 #include "kinds/kinds.h"
@@ -22,21 +22,6 @@ Type& other(const Other& name) {
 
 inline const char* separators_of(const Value& value) {
     return value.manner.separators.data();
-}
-
-// The texts that `text_of` gives for the items of a list, with ":" between them.
-template <class List, class TextOf>
-std::string joined(const List& list, TextOf text_of) {
-    std::string text;
-    bool first = true;
-    for (const auto& item : list) {
-        if (!first) {
-            text += ':';
-        }
-        first = false;
-        text += text_of(item);
-    }
-    return text;
 }
 
 // Whether all words of the value pass the test.
