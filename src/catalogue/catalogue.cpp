@@ -58,7 +58,7 @@ bool accepts(const Columns& row, const Variable& variable, const std::string& te
 }
 
 std::optional<std::string> shown(const Columns& row, const Variable& variable) {
-    static const std::string no_text;
+    const std::string no_text;
     return form_of(row.show).text_of({manner_of(row.show), variable, no_text});
 }
 

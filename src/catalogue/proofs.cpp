@@ -1,5 +1,7 @@
 // What is wrong with a row, or does not fit together, does not compile. This file is compiled
 // before all that needs the rows, so that a fault is named once, by its row.
+#include "catalogue/ends.h" // first: without ends there are no rows
+
 #include "catalogue/pack.h"
 #include "kinds/wording.h"
 
@@ -106,33 +108,55 @@ constexpr std::int64_t highest(const Rule<Record>& rule) {
     return is_within(rule) ? default_of(rule.manner.second) : rule.manner.highest;
 }
 
-template <class Record>
-constexpr bool is_sound(const Rule<Record>& rule) {
-    return lowest(rule) <= highest(rule) && rule.manner.table < Tables;
-}
-// In order, and none that the setting cannot hold, or that is beyond the tables.
-template <class Type>
-constexpr bool has_sound_bounds(const Rules& rules) {
-    if constexpr (std::is_integral_v<Type>) {
-        if (highest(rules.load) != NoBound && !std::in_range<Type>(highest(rules.load))) {
-            return false;
-        }
-    }
-    return is_sound(rules.load) && is_sound(rules.check);
-}
-
-// A key that can be written without quotes, and is no number.
-constexpr bool is_bare_name(std::string_view key) {
-    return std::all_of(key.begin(), key.end(), is_name_character) &&
-           !std::all_of(key.begin(), key.end(), is_digit);
-}
-
 constexpr std::size_t digits_of(std::int64_t number) {
     std::size_t digits = 1;
     for (; number > 9; number /= 10) {
         ++digits;
     }
     return digits;
+}
+
+// In order, none that the setting cannot hold, or that takes more digits than may be written, and
+// none that is beyond the tables.
+template <class Type, class Record>
+constexpr bool is_sound(const Rule<Record>& rule) {
+    const void* record = rule.record;
+    const bool is_digits = record == &kinds::Digits || record == &kinds::AreDigits;
+    if (highest(rule) != NoBound) {
+        if constexpr (std::is_integral_v<Type>) {
+            if (!std::in_range<Type>(highest(rule))) {
+                return false;
+            }
+        }
+        if (is_digits && digits_of(highest(rule)) > rule.manner.longest) {
+            return false;
+        }
+    }
+    return lowest(rule) <= highest(rule) && (!is_digits || lowest(rule) >= 0) &&
+           rule.manner.table < Tables;
+}
+template <class Type>
+constexpr bool has_sound_bounds(const Rules& rules) {
+    return is_sound<Type>(rules.load) && is_sound<Type>(rules.check);
+}
+
+// The kind, the check and the form know the same words, where they know words at all, and a size
+// has one of the units.
+constexpr bool agree(const Manner& one, const Manner& other) {
+    return one.table == -1 || other.table == -1 || one.table == other.table;
+}
+constexpr bool agrees(const Rules& rules) {
+    const char unit = rules.load.manner.unit;
+    return agree(rules.load.manner, rules.check.manner) &&
+           agree(rules.load.manner, rules.show.manner) &&
+           agree(rules.check.manner, rules.show.manner) &&
+           (unit == '\0' || std::string_view("BKMG").find(unit) != std::string_view::npos);
+}
+
+// A key that can be written without quotes, and is no number.
+constexpr bool is_bare_name(std::string_view key) {
+    return std::all_of(key.begin(), key.end(), is_name_character) &&
+           !std::all_of(key.begin(), key.end(), is_digit);
 }
 
 constexpr bool has_word(const Manner& manner, std::int64_t number) {
@@ -208,6 +232,7 @@ constexpr bool is_listed_as_shown(Right right) {
     static_assert(has_words(row.rules), name ": its kind, check or form has no words");            \
     static_assert(has_sound_bounds<type>(row.rules),                                               \
                   name ": its bounds are the wrong way round, or beyond its type or the tables");  \
+    static_assert(agrees(row.rules), name ": has words of two tables, or no unit of a size");      \
     static_assert(has_sound_default(row.rules, row.initial),                                       \
                   name ": its default is outside its bounds, or no value of its kind or check");
 

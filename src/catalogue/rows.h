@@ -40,9 +40,13 @@ inline constexpr Gate MainAndAux{.readers = MainReader | CypherReader | SearchRe
 constexpr Gate gate(Gate given) {
     return given;
 }
-constexpr Gate gate(int any) {
+consteval Gate gate(int any) {
+    if ((any & ~(REC | ARC | MAN | EXT | BRW)) != 0) {
+        throw "no bits of the load mask that rows are read for";
+    }
     return {.any = static_cast<std::uint16_t>(any)};
 }
+Gate gate(bool) = delete;
 
 // The columns behind the kind of a row: each with a rule of its own, or as the kind has it.
 struct OwnCheck {

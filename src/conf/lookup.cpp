@@ -30,10 +30,10 @@ enum class Header {
 // Reads a header behind its "[". The name, when there is one, goes to `name` even when the header
 // turns out to be malformed.
 Header read_header(Source& source, std::string& name) {
-    Token token = ini_scan(source);
+    Token token = next_token(source);
     if (token == TokenString) {
         name = scan_str;
-        token = ini_scan(source);
+        token = next_token(source);
         if (token == TokenClose) {
             return Header::Valid;
         }
@@ -76,7 +76,7 @@ std::optional<Entry> EntryScan::next() {
         if (std::optional<Entry> entry = plain_entry()) {
             return entry;
         }
-        switch (ini_scan(source_)) {
+        switch (next_token(source_)) {
         case TokenEof:
             return std::nullopt;
         case TokenEol:
@@ -90,7 +90,7 @@ std::optional<Entry> EntryScan::next() {
         case TokenString: {
             const int line = source_.line();
             const std::string_view key = scan_str; // on the same line as all that is read here
-            const Token token = section_seen_ ? ini_scan(source_) : TokenString;
+            const Token token = section_seen_ ? next_token(source_) : TokenString;
             if (token == TokenEqual) {
                 return Entry{section_, headers_, key, line, rest_of_line(source_)};
             }
@@ -161,7 +161,7 @@ std::string_view line_value(const Entry& entry) {
 
 std::optional<std::string_view> token_value(const Entry& entry) {
     Source rest(entry.rest);
-    switch (ini_scan(rest)) {
+    switch (next_token(rest)) {
     case TokenString:
     case TokenNumber:
         return c_text(scan_str);
@@ -226,9 +226,9 @@ int conf_fetch(const char* path, const char* sec, const char* key, std::string& 
 }
 
 int line_of_header(Source& source, std::string_view sec) {
-    init_scan(source);
+    source.rewind();
     for (;;) {
-        const Token token = ini_scan(source);
+        const Token token = next_token(source);
         if (token == TokenEof) {
             return 0;
         }

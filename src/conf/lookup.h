@@ -27,7 +27,7 @@ struct Entry {
 // The entries of a file from its first byte on, in file order.
 class EntryScan {
   public:
-    explicit EntryScan(Source& source) : source_(source) { init_scan(source_); }
+    explicit EntryScan(Source& source) : source_(source) { source_.rewind(); }
     // The next entry; nothing at the end of the file. A header that lacks its "]" still renames
     // the section that the entries behind it belong to.
     std::optional<Entry> next();

@@ -77,7 +77,14 @@ Token bare_word(Source& source) {
     return TokenNumber;
 }
 
-Token read_token(Source& source) {
+} // namespace
+
+void init_scan(Source& source) {
+    source.rewind();
+    scan_linenumber = source.line();
+}
+
+Token next_token(Source& source) {
     for (;;) {
         const std::string_view text = source.window();
         const std::size_t position = blanks_end(text, source.position());
@@ -105,15 +112,8 @@ Token read_token(Source& source) {
     }
 }
 
-} // namespace
-
-void init_scan(Source& source) {
-    source.rewind();
-    scan_linenumber = source.line();
-}
-
 Token ini_scan(Source& source) {
-    const Token token = read_token(source);
+    const Token token = next_token(source);
     scan_linenumber = source.line();
     return token;
 }

@@ -31,12 +31,16 @@ extern int scan_num;
 // The editor counts truly.
 extern int scan_linenumber;
 
-// Goes back to the first byte of the file. To be called before the first ini_scan.
+// Goes back to the first byte of the file. To be called before the first token.
 void init_scan(Source& source);
 
-// Reads the next token. Blanks and comments are skipped; the end of the file is returned for ever.
-// A quoted string knows no escapes and ends with its line at the latest.
+// Reads the next token, with its line in scan_linenumber. Blanks and comments are skipped; the end
+// of the file is returned for ever. A quoted string knows no escapes and ends with its line at the
+// latest.
 Token ini_scan(Source& source);
+
+// The same for those who ask the source for the line.
+Token next_token(Source& source);
 
 // The pieces of the grammar: where the blanks that begin at `from` end, where the bare word that
 // begins there ends, and whether a bare word is a number.

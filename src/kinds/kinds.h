@@ -1,6 +1,6 @@
 // The kinds of values. A row of the catalogue, or of the rights, names one by its function, with
 // what is special about the row; so it names a check, or a form, that is not that of its kind. What
-// the kinds do is in records.h, and what people are told of them in words.h.
+// the kinds do is in records.h, and what people are told of them in wording.h.
 //
 // Unless a kind says otherwise, a number that does not fit the type of its setting is invalid; a
 // setting without a sign takes a negative number that fits an int and wraps it.

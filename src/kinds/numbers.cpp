@@ -16,10 +16,6 @@ namespace ov::kinds {
 
 namespace {
 
-std::int64_t number_of(const Value& value) {
-    return number_in(std::get<Number>(value.variable));
-}
-
 // Whether a setting can hold `number`. One without a sign takes a negative number that fits an int,
 // and wraps it.
 bool fits(const Number& setting, std::int64_t number) {

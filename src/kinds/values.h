@@ -20,6 +20,11 @@ Type& other(const Other& name) {
     return setting_of(std::get<SettingOf<Type>>(name));
 }
 
+// The number in it.
+inline std::int64_t number_of(const Value& value) {
+    return number_in(std::get<Number>(value.variable));
+}
+
 inline const char* separators_of(const Value& value) {
     return value.manner.separators.data();
 }

@@ -1,6 +1,7 @@
 #include "kinds/written.h"
 
 #include "kinds/kinds.h"
+#include "kinds/values.h"
 
 #include <algorithm>
 #include <utility>
@@ -8,10 +9,6 @@
 namespace ov::kinds {
 
 namespace {
-
-std::int64_t number_of(const Value& value) {
-    return number_in(std::get<Number>(value.variable));
-}
 
 // In the shortest form that is exact.
 std::string size(std::int64_t bytes) {

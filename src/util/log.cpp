@@ -19,7 +19,6 @@
 
 namespace ov {
 
-constinit ServiceSettings services;
 
 const char* ProgName = nullptr;
 std::string logfile;

@@ -18,6 +18,6 @@ struct ServiceSettings {
     unsigned long alternate_host_id = 0; // to use instead of the system's; 0: none
     bool no_core = true;                 // core files are forbidden
 };
-extern ServiceSettings services;
+inline constinit ServiceSettings services;
 
 } // namespace ov
