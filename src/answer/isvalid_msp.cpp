@@ -1,7 +1,8 @@
 #include "answer/isvalid_msp.h"
 
-#include "catalogue/settings.h"
+#include "catalogue/catalogue.h"
 #include "conf/lookup.h"
+#include "kinds/tables.h"
 #include "load/configuration.h"
 #include "util/disk.h"
 #include "util/paths.h"
@@ -10,24 +11,16 @@ namespace ov {
 
 namespace {
 
-// What makes up a mail submission program: its keys in [SMTP], and the settings that hold while
-// the file lacks them.
+// The keys in [SMTP] that make up a mail submission program.
 struct Program {
-    const char* program_key;
-    const Text& program;
-    const char* queue_key;
-    const Text& queue;
-    const char* list_key;
-    const Text& list;
+    const char* program;
+    const char* queue;
+    const char* list;
 };
-
-const Program programs[] = {
-    {"SendmailProgram", SendmailProgram, "SendmailQueueDirectory", SendmailQueueDirectory,
-     "SendmailQueueListProgram", SendmailQueueListProgram},
-    {"PostfixProgram", PostfixProgram, "PostfixQueueDirectory", PostfixQueueDirectory,
-     "PostfixQueueListProgram", PostfixQueueListProgram},
-    {"QmailProgram", QmailProgram, "QmailQueueDirectory", QmailQueueDirectory,
-     "QmailQueueListProgram", QmailQueueListProgram},
+constexpr Program programs[] = {
+    {"SendmailProgram", "SendmailQueueDirectory", "SendmailQueueListProgram"},
+    {"PostfixProgram", "PostfixQueueDirectory", "PostfixQueueListProgram"},
+    {"QmailProgram", "QmailQueueDirectory", "QmailQueueListProgram"},
 };
 
 // The value of a key of [SMTP]; nothing when the file lacks it.
@@ -39,9 +32,10 @@ std::optional<std::string> written(Source& file, const char* key) {
     return value;
 }
 
-// The value of a key of [SMTP], or the setting in its place.
-std::optional<std::string> in_force(Source& file, const char* key, const Text& setting) {
+// The value of a key of [SMTP], or its setting while the file lacks it.
+std::optional<std::string> in_force(Source& file, const char* key) {
     std::optional<std::string> value = written(file, key);
+    const Text& setting = *std::get<Text*>(variable_of(*find_row("SMTP", key)));
     if (!value && setting) {
         value.emplace(setting.view());
     }
@@ -66,13 +60,13 @@ int isvalid_msp(const char* file) {
         return 0;
     }
     const Program& chosen = programs[choice == 2 || choice == 3 ? choice - 1 : 0];
-    const auto program = in_force(*source, chosen.program_key, chosen.program);
-    const auto queue = in_force(*source, chosen.queue_key, chosen.queue);
+    const auto program = in_force(*source, chosen.program);
+    const auto queue = in_force(*source, chosen.queue);
     if (!program || !isvalid_program(program->c_str()) || !queue ||
         !isvalid_full_dir(queue->c_str())) {
         return 0;
     }
-    const auto list = in_force(*source, chosen.list_key, chosen.list);
+    const auto list = in_force(*source, chosen.list);
     if (!list) {
         return 1;
     }

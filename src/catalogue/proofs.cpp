@@ -1,7 +1,5 @@
 // What is wrong with a row, or does not fit together, does not compile. This file is compiled
 // before all that needs the rows, so that a fault is named once, by its row.
-#include "catalogue/ends.h" // first: without ends there are no rows
-
 #include "catalogue/pack.h"
 #include "kinds/wording.h"
 

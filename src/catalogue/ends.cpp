@@ -1,10 +1,7 @@
 // Whether each row ends. A macro whose call does not takes the rest of the file, and GCC says no
 // line of it. Here the rows are attributes that mean nothing: the compiler itself finds their ends.
 
-#pragma once
-
 // clang-format off
-#pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wattributes"
 [[ov::rows
 #define SECTION ]]; [[ov::row
@@ -15,5 +12,3 @@
 #define LISTED RIGHT
 #include "catalogue/rights.def"
 ]];
-#pragma GCC diagnostic pop
-// clang-format on
