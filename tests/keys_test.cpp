@@ -31,7 +31,10 @@ struct Key {
     std::string shown;
     std::string initial;
     std::string name() const { return section + "." + key; }
-    std::string rule() const { return kind + " | " + checked + " | " + shown; }
+    // Without the key's own name, in those of its limits.
+    std::string rule() const {
+        return test::replaced(kind, key + "_", "KEY_") + " | " + checked + " | " + shown;
+    }
 };
 
 // All keys of the installed list, those of rights aside.
