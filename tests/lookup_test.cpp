@@ -1,9 +1,9 @@
 // The file itself: tokens, entries, and the lookup of one key, wherever the text comes from.
+#include "catalogue/catalogue.h"
 #include "conf/lookup.h"
 #include "conf/snapshot.h"
 #include "support.h"
 
-#include <array>
 #include <gtest/gtest.h>
 
 namespace ov {
@@ -11,23 +11,6 @@ namespace {
 
 using namespace std::string_literals;
 using Lookup = std::pair<int, std::string>; // the line of the entry, 0 without one, and its value
-
-// An index of four keys in as few buckets as can be.
-constexpr std::size_t Wanted = 2;
-constexpr std::array<const char*, 4> keys = {"NeedMailHelo", "MailHost", "SmtpPort", "SmtpDate"};
-constexpr std::array<std::string_view, 2> sections = {"Other section", "SMTP"};
-constexpr std::array<KeyIndex::Bucket, 8> buckets = [] {
-    std::array<KeyIndex::Bucket, 8> filled{};
-    for (std::size_t number = 0; number < keys.size(); ++number) {
-        std::size_t at = KeyIndex::place(1, keys[number], filled.size());
-        for (; filled[at].number != KeyIndex::Free; at = (at + 1) % filled.size()) {
-        }
-        filled[at] = {static_cast<std::uint16_t>(number), 1};
-    }
-    return filled;
-}();
-constexpr KeyIndex index_of_keys(
-    sections, [](std::size_t number) { return keys[number]; }, keys.size(), buckets);
 
 // The tokens of a text, each as "token:text@line " with the line of the character behind it.
 std::string tokens_of(std::string_view text) {
@@ -85,8 +68,9 @@ void expect_found(const std::string& text, int mode, const Lookup& expected) {
     EXPECT_EQ(look_up(*file, "SMTP", "SMTPPORT", mode), expected) << "again " << message;
     // Of a scan for loading: as a key of the index, and as one that is wanted beside them.
     Source whole(text);
-    const Snapshot snapshot(whole, index_of_keys, {"SMTP", "SMTPport"});
-    for (const std::size_t number : {Wanted, snapshot.wanted()}) {
+    const Snapshot snapshot(whole, key_index(), {"SMTP", "SMTPport"});
+    const auto indexed = static_cast<std::size_t>(key_index().find("smtp", "smtpport"));
+    for (const std::size_t number : {indexed, snapshot.wanted()}) {
         std::string value = "stale";
         int line = -1;
         const int result = snapshot.lookup(number, "SMTP", "SmtpPort", value, mode, line);
