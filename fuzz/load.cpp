@@ -4,6 +4,7 @@
 // Input: on its line "m" and the load mask, or "s" and the mask for the rows of the search service,
 // or "r" and a role for the rights; and the file.
 #include "catalogue/reset.h"
+#include "catalogue/rights.h"
 #include "catalogue/settings.h"
 #include "conf/lookup.h"
 #include "kinds/kinds.h"

@@ -1,5 +1,6 @@
 #include "support.h"
 
+#include "catalogue/rights.h"
 #include "catalogue/settings.h"
 
 #include <algorithm>

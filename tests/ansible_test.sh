@@ -138,7 +138,6 @@ cat >broken/ov_mgrconf <<END
 cd $root/gw01/manager
 case \$* in
 *"-u early -m "*) sed -i s/yes/no/ early.conf ;;
-"-f $root/gw01/Tessary.conf -u late") grep -q T late.conf && echo >>late.conf ;;
 "-f $root/gw01/Tessary.conf -u lost") grep -q T lost.conf && ln -sf /dev/null lost.conf ;;
 esac
 exec $build/bin/ov_mgrconf "\$@"
@@ -150,18 +149,17 @@ touch held.lock gw01/header.lock
 exec 9>held.lock
 flock 9
 fleet >before
-for user in early late lost; do
+for user in early lost; do
     printf '[Manager]\nHoldMessage = yes\n' >gw01/manager/$user.conf
 done
-cp gw01/manager/late.conf rights
+cp gw01/manager/early.conf rights
 play 0 "$tests/ansible/refusals.yml" -e broken_commands="$root/broken" -e gateway_keys="$keys" \
     -e held_lock="$root/held.lock"
 recap 1 'ok=7 .*failed=0'
 # What another editor did before is left, and rights whose file is no more are in the copy.
 sed s/yes/no/ rights | cmp - gw01/manager/early.conf
-cmp rights gw01/manager/late.conf
 cmp rights gw01/manager/.lost.conf.before.*
-rm gw01/manager/{{early,late,lost}.conf,.lost.conf.before.*}
+rm gw01/manager/{{early,lost}.conf,.lost.conf.before.*}
 unchanged
 
 # What the modules do and answer, and that they read a file as check-names does.

@@ -69,7 +69,6 @@ expect '' ov_conf -k ''
 expect 'hanako i.9-Z_ taro' ov_mgrconf -f "$root/conf" -u ''
 expect 'taro' "$bin/ov_mgrconf" -f "$root/conf" -u T
 expect 'jiro' ov_admconf "-f$root/conf" -gu ''
-expect 'jiro' ov_admconf -f "'$root/conf'" -u j
 expect '' srch_mgrconf -f "$root/conf" -u ''
 expect '' ov_mgrconf -f "$root/none" -u ''
 expect 'Hold Hold+ HoldList+ HoldList HoldMessage HoldAttach HoldReason HoldForward HoldApprove HoldCancel' \
@@ -77,7 +76,6 @@ expect 'Hold Hold+ HoldList+ HoldList HoldMessage HoldAttach HoldReason HoldForw
 expect 'HoldList= HoldMessage= HoldReason= HoldForward= HoldApprove= HoldCancel=' \
     ov_sysadmconf -u taro -m Hold
 expect 'no' ov_admconf -m HoldList = n
-expect 'HoldList=yes HoldList=no' ov_admconf -gm HoldList=
 # Values where they can be listed; those that a check takes may be fewer.
 expect 'postfix' ov_conf -s SMTP -k MailSubmissionProgram -r P
 expect 'yes no' ov_conf -r -s SMTP -k Limit2GB -- ''
@@ -92,7 +90,6 @@ expect "$root/conf" ov_conf -s SMTP -k SmtpPort -l "$root/co"
 expect "$root/conf" ov_conf -a -s SMTP -k SmtpPort "$root/co"
 # Groups, one after the other.
 expect 'sales support' ov_admconf -f "$root/conf" -u taro -m ExcludeGroup = sales : s
-expect 'SelectGroup=sales:support' ov_admconf -f "$root/conf" -m SelectGroup=sales:sU
 expect '' ov_admconf -f "$root/conf" -m RealName = s
 
 # Names of files that mean something else among the arguments of awk, which has no input to wait for.

@@ -55,6 +55,9 @@ TEST(Edit, EveryOtherByteStays) {
         {"[Log]\nLogLevel = 1\n", std::string(9000, 'v'), "[Log]\nLogLevel = " + std::string(8191, 'v') + "\n"},
         // inserted behind the first header of the section
         {"[a]\n[Log] # x\ny = 2\n[LOG]\nz = 3\n", "5", "[a]\n[Log] # x\nLogLevel = 5\ny = 2\n[LOG]\nz = 3\n"},
+        {"[[Log]\n[1][Log]\n[Log x]\n[Log\n[Log]\n", "5", "[[Log]\n[1][Log]\n[Log x]\n[Log\n[Log]\nLogLevel = 5\n"},
+        {"[a]\nx = \"[Log]\"\n# [Log]\n[Log]\n", "5", "[a]\nx = \"[Log]\"\n# [Log]\n[Log]\nLogLevel = 5\n"},
+        {"[a]\nx = y [Log]\n[Log]\n", "5", "[a]\nx = y [Log]\nLogLevel = 5\n[Log]\n"},
         {"[a]\n[Log]", "5", "[a]\n[Log]LogLevel = 5\n"},
         // appended with a new section
         {"", "5", "[Log]\nLogLevel = 5\n"},
@@ -108,11 +111,12 @@ TEST(Edit, ATemporaryNameLongerThanAPathIsRefused) {
     for (const auto& [length, result] : {std::pair{4084U, 0}, {4085U, -1}, {4095U, -1}}) {
         const std::string file = path + "/" + std::string(length - path.size() - 1, 'f');
         test::write_file(file, "");
-        test::CapturedErrors errors;
+        testing::internal::CaptureStderr();
         EXPECT_EQ(conf_modify(file.c_str(), "s", "k", "v"), result) << length;
         EXPECT_EQ(read_file(file), result == 0 ? "[s]\nk = v\n" : "");
         const std::string name = (file + ".tmp.XXXXXX").substr(0, 4095);
-        EXPECT_EQ(errors.text(), result == 0 ? "" : "cannot create tmp file: " + name + "\n");
+        EXPECT_EQ(testing::internal::GetCapturedStderr(),
+                  result == 0 ? "" : "cannot create tmp file: " + name + "\n");
     }
 }
 

@@ -8,7 +8,6 @@
 namespace ov::test {
 
 FakeHost host;
-int host_id_questions = 0;
 
 } // namespace ov::test
 
@@ -36,6 +35,5 @@ extern "C" hostent* gethostbyname(const char* name) {
 }
 
 extern "C" long gethostid() {
-    ++ov::test::host_id_questions;
     return 4711;
 }

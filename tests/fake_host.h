@@ -1,4 +1,5 @@
-// The host that this process runs on, as the test wants it: no test asks the real one's name.
+// The host that this process runs on, as the test wants it: no test asks the real one's name. Its
+// identifier is 4711.
 #pragma once
 
 namespace ov::test {
@@ -9,8 +10,5 @@ struct FakeHost {
     const char* alias = nullptr;
 };
 extern FakeHost host;
-
-// How often the host's identifier has been asked for. It is 4711.
-extern int host_id_questions;
 
 } // namespace ov::test

@@ -31,7 +31,10 @@ struct Key {
     std::string shown;
     std::string initial;
     std::string name() const { return section + "." + key; }
-    std::string rule() const { return kind + " | " + checked + " | " + shown; }
+    // Without the key's own name, in those of its limits.
+    std::string rule() const {
+        return test::replaced(kind, key + "_", "KEY_") + " | " + checked + " | " + shown;
+    }
 };
 
 // All keys of the installed list, those of rights aside.
@@ -188,6 +191,9 @@ TEST(Keys, ShownAndLoadedAgain) {
             const std::string& text = once.at(key.name());
             const int only = find_row(key.section, key.key)->gate.program;
             EXPECT_EQ(text == "-", key.shown == "-") << key.name();
+            EXPECT_TRUE(key.checked != "-" ||
+                        check_config(key.section.c_str(), key.key.c_str(), "1") != 0)
+                << key.name();
             EXPECT_TRUE(key.shown == "-" || text == program || text != initial.at(key.name()) ||
                         (only != 0 && !is_chosen(only)))
                 << key.name() << " keeps its default";
@@ -346,6 +352,9 @@ TEST(Keys, Rights) {
         }
     }
     EXPECT_EQ(test::lines_of(initial[0]).size(), rights().size());
+    for (const std::string& line : test::lines_of(run("ov_admconf", {}).out)) {
+        add(groups, "The listing, in its order", line.substr(0, line.find(':')));
+    }
     test::expect_golden("rights.txt", listing_of(groups));
 
     // With the defaults of a role, the listing of a user is that of the role.

@@ -1,35 +1,16 @@
 // The file itself: tokens, entries, and the lookup of one key, wherever the text comes from.
+#include "catalogue/catalogue.h"
 #include "conf/lookup.h"
 #include "conf/snapshot.h"
 #include "support.h"
 
-#include <array>
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 namespace ov {
 namespace {
 
 using namespace std::string_literals;
 using Lookup = std::pair<int, std::string>; // the line of the entry, 0 without one, and its value
-
-// An index of four keys in as few buckets as can be.
-constexpr std::size_t Wanted = 2;
-constexpr std::array<const char*, 4> keys = {"NeedMailHelo", "MailHost", "SmtpPort", "SmtpDate"};
-constexpr std::array<std::string_view, 2> sections = {"Other section", "SMTP"};
-constexpr std::array<KeyIndex::Bucket, 8> buckets = [] {
-    std::array<KeyIndex::Bucket, 8> filled{};
-    for (std::size_t number = 0; number < keys.size(); ++number) {
-        std::size_t at = KeyIndex::place(1, keys[number], filled.size());
-        for (; filled[at].number != KeyIndex::Free; at = (at + 1) % filled.size()) {
-        }
-        filled[at] = {static_cast<std::uint16_t>(number), 1};
-    }
-    return filled;
-}();
-constexpr KeyIndex index_of_keys(
-    sections, [](std::size_t number) { return keys[number]; }, keys.size(), buckets);
 
 // The tokens of a text, each as "token:text@line " with the line of the character behind it.
 std::string tokens_of(std::string_view text) {
@@ -75,8 +56,7 @@ Lookup look_up(Source& source, const char* section, const char* key, int mode,
     return {scan_linenumber, value};
 }
 
-// The same lookup in memory, in a file, in a pipe that gives one byte a read, and in the scan of a
-// whole file for loading.
+// The same lookup in memory, in a file, and in the scan of a whole file for loading.
 void expect_found(const std::string& text, int mode, const Lookup& expected) {
     const test::TempDir dir;
     const std::string path = dir.file("conf", text);
@@ -86,21 +66,11 @@ void expect_found(const std::string& text, int mode, const Lookup& expected) {
     std::optional<Source> file = Source::open(path.c_str());
     EXPECT_EQ(look_up(*file, "smtp", "smtpport", mode), expected) << "file " << message;
     EXPECT_EQ(look_up(*file, "SMTP", "SMTPPORT", mode), expected) << "again " << message;
-    if (text.size() < 100) {
-        std::array<int, 2> ends{};
-        ASSERT_EQ(::pipe2(ends.data(), O_DIRECT), 0); // a write is a packet, for one read
-        ASSERT_GE(::fcntl(ends[1], F_SETPIPE_SZ, 1 << 19), 1 << 19);
-        for (const char& c : text) {
-            ASSERT_EQ(::write(ends[1], &c, 1), 1);
-        }
-        ::close(ends[1]);
-        Source bytes{Fd(ends[0])};
-        EXPECT_EQ(look_up(bytes, "SMTP", "SmtpPort", mode), expected) << "bytes " << message;
-    }
     // Of a scan for loading: as a key of the index, and as one that is wanted beside them.
     Source whole(text);
-    const Snapshot snapshot(whole, index_of_keys, {"SMTP", "SMTPport"});
-    for (const std::size_t number : {Wanted, snapshot.wanted()}) {
+    const Snapshot snapshot(whole, key_index(), {"SMTP", "SMTPport"});
+    const auto indexed = static_cast<std::size_t>(key_index().find("smtp", "smtpport"));
+    for (const std::size_t number : {indexed, snapshot.wanted()}) {
         std::string value = "stale";
         int line = -1;
         const int result = snapshot.lookup(number, "SMTP", "SmtpPort", value, mode, line);
@@ -176,21 +146,6 @@ TEST(Lookup, ValueModes) {
     Source source("[s]\nk = 12345\n");
     EXPECT_EQ(look_up(source, "s", "k", LineMode, 4), (Lookup{2, "123"}));
     EXPECT_EQ(look_up(source, "s", "k", LineMode, 1), (Lookup{2, ""}));
-}
-
-TEST(Lookup, FirstHeaderOfASection) {
-    // clang-format off
-    const std::pair<std::string, int> cases[] = {
-        {"[a]\n[b]\n[B]\n", 2}, {"[a]\nKey = \"[b]\"\n# [b]\n[b]\n", 4},
-        {"[a]\nKey = x [b]\n[b]\n", 2}, // a bracket in a value starts a header
-        {"[[b]\n[1][b]\n[b x]\n[b\n[b]\n", 5}, {"\n[b]\n", 1}, {"[b]x", 1}, {"[b", -1},
-    };
-    // clang-format on
-    for (const auto& [text, line] : cases) {
-        Source source(text);
-        const int result = get_sec(source, "b");
-        EXPECT_EQ(result == 0 ? scan_linenumber : result, line) << text;
-    }
 }
 
 } // namespace

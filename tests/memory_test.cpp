@@ -17,11 +17,15 @@ struct Command {
     std::set<std::string> tellers; // who tells of it, as teller_of says
 };
 
+const std::string Step = ": [<null>] <null>: "; // a step of the load, which has no value
 const std::string Text = "a text that is too long to be held without an allocation";
 
 // A setting of every form that is held in memory of its own.
 const std::string Settings =
-    "[SMTP]\nDenyIP = 10.0.0.1:192.168.0.0/16\nServerHost = "
+    "[SMTP]\nMailSubmissionProgram = qmail\nQmailProgram = /bin/sh\nQmailQueueDirectory = /\n"
+    "QmailNullFrom = " +
+    Text +
+    "\nCheckSendmailMqueue = yes\nDenyIP = 10.0.0.1:192.168.0.0/16\nServerHost = "
     "mx1.a-rather-long-domain.example.com:25 _MSP_\n"
     "[Admin]\nAdminMailAddress = first.administrator@example.com,second@example.com\n"
     "[check_mail]\nDenyFromAddress = first.one.of.these@example.com;second@example.com\n"
@@ -120,6 +124,9 @@ TEST_P(Memory, EveryAllocationMayFail) {
                 if (is_message(line)) {
                     told += (told.empty() ? "" : " > ") + teller_of(line);
                     tellers.insert(told);
+                } else if (line.find(Step) != line.npos) {
+                    EXPECT_TRUE(line.ends_with(R"(: "" invalid value )")) << line;
+                    tellers.insert(Step);
                 }
             }
             // Of a path that cannot be joined the loader has the last word; a check loads none.
@@ -158,7 +165,7 @@ std::set<std::string> with(std::set<std::string> tellers, const std::set<std::st
     tellers.insert(more.begin(), more.end());
     return tellers;
 }
-const std::set<std::string> Loading = with(RoleLoad, {"ipaddr_makeaddr > Out of memory!"});
+const std::set<std::string> Loading = with(RoleLoad, {"ipaddr_makeaddr > Out of memory!", Step});
 
 const Command Commands[] = {
     {"ShowLoaded", {"ov_conf", "-s", "Cypher", "-k", "UserGroup", "-a"}, Loading},

@@ -65,7 +65,6 @@ class Beginning : public testing::EmptyTestEventListener {
         ProgName = nullptr;
         ::umask(022);
         host = {};
-        host_id_questions = 0;
     }
 };
 const bool each_begins = [] {
@@ -136,14 +135,6 @@ std::string logged_errors(const std::string& directory) {
         }
     }
     return errors;
-}
-
-CapturedErrors::CapturedErrors() {
-    testing::internal::CaptureStderr();
-}
-
-std::string CapturedErrors::text() {
-    return std::exchange(active_, false) ? testing::internal::GetCapturedStderr() : "";
 }
 
 void PrintTo(const Result& result, std::ostream* stream) {

@@ -36,18 +36,6 @@ std::vector<std::string> lines_of(const std::string& text);
 // What stands behind "program[pid]: " on the error lines of the daily log in `directory`.
 std::string logged_errors(const std::string& directory);
 
-// Standard error of this process while the object lives.
-class CapturedErrors {
-  public:
-    CapturedErrors();
-    ~CapturedErrors() { text(); }
-    // What has been written so far; ends the capture.
-    std::string text();
-
-  private:
-    bool active_ = true;
-};
-
 struct Result {
     int status = -1; // the exit status, or 256 plus the number of the signal that ended it
     std::string out;
