@@ -49,6 +49,7 @@ TEST(Util, Texts) {
     EXPECT_EQ(buffer[0], 'x');
     EXPECT_EQ(strlcpy(buffer.data(), "abcdef", buffer.size()), 6U);
     EXPECT_STREQ(buffer.data(), "abc");
+    EXPECT_EQ(shortenstring("abcde", 5) + shortenstring("abcdef", 5), "abcdeab...");
     int month = 7; // a part that is not asked for may be anything
     EXPECT_EQ(date_str("2008/13/40", nullptr, nullptr, nullptr), 0);
     EXPECT_EQ(date_str("2008/13/40", nullptr, &month, nullptr), -1);
