@@ -39,7 +39,7 @@ struct Key {
 
 // All keys of the installed list, those of rights aside.
 std::vector<Key> all_keys() {
-    static const std::regex columns("(.*)\t(.*)\t(.*)\t(.*)\t(.*)\t(.*)");
+    static const std::regex columns("([^\t]*)\t([^\t]*)\t([^\t]*)\t([^\t]*)\t([^\t]*)\t([^\t]*)\t.*");
     std::vector<Key> keys;
     for (const std::string& line : test::lines_of(test::read_file(OV_SHARE_DIR "/ov-conf/keys"))) {
         std::smatch row;
@@ -165,12 +165,11 @@ TEST(Keys, ByRule) {
 }
 
 // Each key with a value of its own loads and is shown, and what is shown loads to the same, be it
-// with each of the programs.
+// with each of the programs: what ov_conf shows of a key, and what ov_confctl shows of all.
 TEST(Keys, ShownAndLoadedAgain) {
     const std::vector<Key> keys = all_keys();
     const Installation gateway;
-    const auto loaded = [&](const Texts& values) {
-        write_keys(gateway, values);
+    const auto in_force = [&] {
         reset_settings();
         read_config(gateway.file.c_str(), 0xff);
         read_config_search(gateway.file.c_str(), 0);
@@ -181,6 +180,10 @@ TEST(Keys, ShownAndLoadedAgain) {
                     .value_or("-");
         }
         return shown;
+    };
+    const auto loaded = [&](const Texts& values) {
+        write_keys(gateway, values);
+        return in_force();
     };
     const Texts initial = loaded(
         {{"Directories.RootDirectory", gateway.path()}, {"Mail.InternalDomains", "example.com"}});
@@ -204,6 +207,17 @@ TEST(Keys, ShownAndLoadedAgain) {
             }
         }
         EXPECT_EQ(loaded(values), once) << program;
+        const Result shown = test::run({"ov_confctl", "-f", gateway.file, "show", "--secrets"});
+        test::write_file(gateway.file, shown.out);
+        EXPECT_EQ(in_force(), once) << program;
+        EXPECT_EQ(test::run({"ov_confctl", "-f", gateway.file, "show", "--secrets"}), shown);
+        const auto is_unread = [](const Key& key) {
+            const int only = find_row(key.section, key.key)->gate.program;
+            return only != 0 && !is_chosen(only);
+        };
+        EXPECT_EQ(std::count(shown.out.begin(), shown.out.end(), '#'),
+                  std::count_if(keys.begin(), keys.end(), is_unread))
+            << "the other programs' keys, and they only, keep their defaults";
     }
 }
 

@@ -21,6 +21,7 @@ PATH=.:)" OV_BIN_DIR R"(:$PATH
 umask 022
 conf() { ov_conf -f Tessary.conf "$@"; }
 check() { conf -c -s "$1" -k "$2" -- "$3"; }
+ctl() { ov_confctl -f Tessary.conf "$@"; }
 as() { command=$1; shift; $command -f Tessary.conf "$@"; } # a role command
 rights() { mkdir -p admin manager; cat >$1/taro.conf; }
 configure() { # puts text behind what every main file has

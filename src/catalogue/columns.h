@@ -38,6 +38,7 @@ struct Columns {
     CheckNumber check;
     FormNumber show;
     Empty empty; // for the check
+    bool secret; // the value is not shown unless it is asked for
 };
 
 // One key of the main file.

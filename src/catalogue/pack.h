@@ -58,9 +58,12 @@ struct Tables {
     DistinctRules<Form> forms;
 
     constexpr Columns columns(std::uint16_t name, const Rules& of_row) {
-        return {name, KindNumber{kinds.number_of(of_row.load)},
+        return {name,
+                KindNumber{kinds.number_of(of_row.load)},
                 CheckNumber{checks.number_of(of_row.check)},
-                FormNumber{forms.number_of(of_row.show)}, of_row.empty};
+                FormNumber{forms.number_of(of_row.show)},
+                of_row.empty,
+                of_row.secret};
     }
 };
 constexpr Tables build() {

@@ -85,6 +85,12 @@ constexpr Shown shown(FormRule rule) {
     return {rule};
 }
 
+// The value is not shown unless it is asked for.
+struct Secret {};
+constexpr Secret secret() {
+    return {};
+}
+
 // A column of a row whose kind is `load`. There is none of the kind's own when it has no check, or
 // no form.
 template <const Kind& kind>
@@ -104,21 +110,30 @@ constexpr Shown column(KindRule, Shown given) {
     return given;
 }
 
+constexpr Secret column(KindRule, Secret given) {
+    return given;
+}
+
 // The rules of a row.
 struct Rules {
     KindRule load;
     CheckRule check;
     FormRule show;
     Empty empty; // for the check
+    bool secret = false;
 
     constexpr explicit Rules(KindRule kind, Checked checked = {}, Shown shown = {})
         : load(kind), check(checked.rule), show(shown.rule), empty(checked.empty) {}
     constexpr Rules(KindRule kind, Shown shown) : Rules(kind, {}, shown) {}
+    constexpr Rules(KindRule kind, Checked checked, Shown shown, Secret)
+        : Rules(kind, checked, shown) {
+        secret = true;
+    }
 
     constexpr bool is_checked() const { return check.record != &NoCheck; }
     constexpr bool is_shown() const { return show.record != &NoForm; }
 };
-// Of a kind and, once at most and in this order, a check and a form.
+// Of a kind and, once at most and in this order, a check, a form, and that it is secret.
 template <const Kind& kind, class... Columns>
 requires requires(KindOf<kind> load, Columns... columns) {
     Rules(load, column(load, columns)...);

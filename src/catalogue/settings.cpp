@@ -26,11 +26,10 @@ constinit LastingSettings lasting_settings{{
 #include "catalogue/rights.def"
 }};
 
-void reset_settings() {
-    services = {};
-    group_settings = {};
-    std::destroy_at(&settings);
-    ::new (&settings) Settings{
+namespace {
+
+Settings defaults() {
+    return {
         .ConfigFile = DefaultConfigFile,
 #define SETTING(section, key, variable, type, initial, ...) .variable = initial,
 #include "catalogue/keys.def"
@@ -39,7 +38,21 @@ void reset_settings() {
     };
 }
 
+} // namespace
+
 // clang-format on
+
+void reset_settings() {
+    services = {};
+    group_settings = {};
+    std::destroy_at(&settings);
+    ::new (&settings) Settings(defaults());
+}
+
+const Settings& initial_settings() {
+    static const Settings initial = defaults();
+    return initial;
+}
 
 Text& ConfigFile = lasting_settings.value.ConfigFile;
 

@@ -35,6 +35,9 @@ union LastingSettings {
 extern LastingSettings lasting_settings;
 inline constexpr Settings& settings = lasting_settings.value;
 
+// The settings as the rows have them, whatever has been loaded.
+const Settings& initial_settings();
+
 // The numbers of the rows by their settings.
 enum class RowOf : std::uint16_t {
 #define SETTING(section, key, variable, ...) variable,

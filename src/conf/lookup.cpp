@@ -72,62 +72,78 @@ std::string_view trim_blanks(std::string_view text) {
 } // namespace
 
 std::optional<Entry> EntryScan::next() {
+    std::optional<Entry> entry(std::in_place);
     for (;;) {
-        if (std::optional<Entry> entry = plain_entry()) {
+        switch (next_piece(*entry)) {
+        case Piece::Entry:
             return entry;
-        }
-        switch (next_token(source_)) {
-        case TokenEof:
-            return std::nullopt;
-        case TokenEol:
-            break;
-        case TokenOpen:
-            ++headers_;
-            if (read_header(source_, section_) == Header::Valid) {
-                section_seen_ = true;
-            }
-            break;
-        case TokenString: {
-            const int line = source_.line();
-            const std::string_view key = scan_str; // on the same line as all that is read here
-            const Token token = section_seen_ ? next_token(source_) : TokenString;
-            if (token == TokenEqual) {
-                return Entry{section_, headers_, key, line, rest_of_line(source_)};
-            }
-            if (token != TokenEol) {
-                skip_eol(source_);
-            }
-            break;
-        }
+        case Piece::End:
+            entry.reset();
+            return entry;
         default:
-            skip_eol(source_);
+            break;
         }
     }
 }
 
-// The entry on the next line when that is of the common form, "Key = value" without quotes and
-// comments around the key: the same as the tokens would give, only faster.
-std::optional<Entry> EntryScan::plain_entry() {
+Piece EntryScan::next_piece(Entry& entry) {
+    if (plain_entry(entry)) {
+        return Piece::Entry;
+    }
+    switch (next_token(source_)) {
+    case TokenEof:
+        return Piece::End;
+    case TokenEol:
+        return Piece::EmptyLine;
+    case TokenOpen:
+        ++headers_;
+        if (read_header(source_, section_) != Header::Valid) {
+            return Piece::BrokenHeader;
+        }
+        section_seen_ = true;
+        return Piece::Header;
+    case TokenString: {
+        const int line = source_.line();
+        const std::string_view key = scan_str; // on the same line as all that is read here
+        const Token token = section_seen_ ? next_token(source_) : TokenString;
+        if (token == TokenEqual) {
+            entry = {section_, headers_, key, line, rest_of_line(source_)};
+            return Piece::Entry;
+        }
+        if (token != TokenEol) {
+            skip_eol(source_);
+        }
+        return Piece::Skipped;
+    }
+    default:
+        skip_eol(source_);
+        return Piece::Skipped;
+    }
+}
+
+// Takes the entry on the next line when that is of the common form, "Key = value" without quotes
+// and comments around the key: the same as the tokens would give, only faster.
+bool EntryScan::plain_entry(Entry& entry) {
     const std::string_view text = source_.window();
     std::size_t start = source_.position();
     if (!section_seen_ || start == text.size() || text[start] != '\n') {
-        return std::nullopt;
+        return false;
     }
     start = blanks_end(text, start + 1);
     const std::size_t end = word_end(text, start);
     const std::size_t equal = blanks_end(text, end);
     if (start == end || text[start] == '"' || equal == text.size() || text[equal] != '=') {
-        return std::nullopt;
+        return false;
     }
     const std::string_view key = text.substr(start, std::min(end - start, MaxText));
     if (text[start] <= '9' && is_number(key)) {
-        return std::nullopt;
+        return false;
     }
     const std::size_t feed = std::min(text.find('\n', equal), text.size());
     source_.move_to(feed);
-    const int line = source_.line();
+    entry = {section_, headers_, key, source_.line(), text.substr(equal + 1, feed - equal - 1)};
     source_.add_lines(feed < text.size());
-    return Entry{section_, headers_, key, line, text.substr(equal + 1, feed - equal - 1)};
+    return true;
 }
 
 void EntryScan::skip_section() {

@@ -9,6 +9,7 @@
 #include "conf/scan.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -24,6 +25,16 @@ struct Entry {
     std::string_view rest; // all that stands behind the "=" on its line
 };
 
+// What a file is made of.
+enum class Piece : std::uint8_t {
+    Entry,
+    Header,
+    BrokenHeader, // without a name or its "]": the rest of its line is skipped
+    EmptyLine,    // nothing, or a comment
+    Skipped,      // neither an entry nor a header: the rest of its line is skipped
+    End,          // of the file
+};
+
 // The entries of a file from its first byte on, in file order.
 class EntryScan {
   public:
@@ -32,12 +43,18 @@ class EntryScan {
     // the section that the entries behind it belong to.
     std::optional<Entry> next();
 
+    // The next piece, whatever it is; an entry is given to `entry`.
+    Piece next_piece(Entry& entry);
+    // The section that the next entry belongs to, and whether there has been a header at all.
+    std::string_view section() const { return section_; }
+    bool section_seen() const { return section_seen_; }
+
     // Passes over the other entries of the section of the entry that next has just given: to the
     // next line that begins with a "[".
     void skip_section();
 
   private:
-    std::optional<Entry> plain_entry();
+    bool plain_entry(Entry& entry);
 
     Source& source_;
     std::string section_;

@@ -78,35 +78,12 @@ std::optional<Target> open_locked(const Editor& editor, const char* path, FileKi
 }
 
 // Reads the locked file. One that cannot be read to its end must not be written back.
-std::optional<std::string> read_whole(const Editor& editor, const Target& target) {
-    struct stat info = {};
-    const bool sized = ::fstat(target.locked.get(), &info) == 0 && S_ISREG(info.st_mode);
-    const auto size = sized ? static_cast<std::size_t>(info.st_size) : 0;
-    const auto refuse = [&](int error) {
-        report(editor, "read error", target.path, error);
-        return std::nullopt;
-    };
-    if (size >= TooLong) {
-        return refuse(EFBIG);
+std::optional<std::string> read_target(const Editor& editor, const Target& target) {
+    std::optional<std::string> text = read_whole(target.locked.get());
+    if (!text) {
+        report(editor, "read error", target.path, errno);
     }
-    // A file that does not grow is read at once, with room to see its end.
-    std::string text(size + BufferSize, '\0');
-    std::size_t used = 0;
-    for (;;) {
-        if (used == text.size()) {
-            text.resize(2 * used);
-        }
-        const ssize_t got = retried(
-            [&] { return ::read(target.locked.get(), text.data() + used, text.size() - used); });
-        if (got == 0) {
-            text.resize(used);
-            return text;
-        }
-        used += got > 0 ? static_cast<std::size_t>(got) : 0;
-        if (got < 0 || used >= TooLong) {
-            return refuse(got < 0 ? errno : EFBIG);
-        }
-    }
+    return text;
 }
 
 // The file with the edited text, beside the configuration file.
@@ -314,13 +291,13 @@ int rewrite(const Editor& editor, Target target, const std::string& old, const E
 int conf_modify(const char* configfile, const char* sec, const char* key, const char* value,
                 FileKind kind) {
     std::optional<Target> target = open_locked(Modify, configfile, kind);
-    const auto text = target ? read_whole(Modify, *target) : std::nullopt;
+    const auto text = target ? read_target(Modify, *target) : std::nullopt;
     return text ? rewrite(Modify, std::move(*target), *text, modified(*text, sec, key, value)) : -1;
 }
 
 int conf_delete(const char* configfile, const char* sec, const char* key) {
     std::optional<Target> target = open_locked(Delete, configfile, FileKind::Any);
-    const auto text = target ? read_whole(Delete, *target) : std::nullopt;
+    const auto text = target ? read_target(Delete, *target) : std::nullopt;
     const std::optional<Edit> edit = text ? deleted(*text, sec, key) : std::nullopt;
     if (text && !edit) {
         std::fprintf(stderr, "No such entry [%s] %s\n", sec, key);

@@ -113,7 +113,7 @@ Verdict load_internal_domains(const Loading& value) {
     std::string domains = value.text;
     const bool given = !domains.empty();
     if (!given) {
-        if (value.load.mask & RC_NOCHECK) {
+        if (value.load.mask & (RC_NOCHECK | RC_NOHOST)) {
             return Verdict::Taken;
         }
         if (get_internaldomain(domains, LongestDomainList) != 0) {

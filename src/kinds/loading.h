@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace ov {
@@ -17,8 +18,15 @@ inline constexpr unsigned RC_NOCHECK = 0x1000;    // programs and queue director
 inline constexpr unsigned RC_NODIRCHECK = 0x2000; // directories need not exist; no [Files]
 inline constexpr unsigned RC_LOCALPASS = 0x10000; // this is the local supplement file
 inline constexpr unsigned RC_AUXONLY = 0x20000;   // the auxiliary sections only
+inline constexpr unsigned RC_NOTRIALS = 0x40000;  // no files are made to try something
+inline constexpr unsigned RC_NOHOST = 0x80000;    // the host is not asked for its domain
 
 inline void tell_nobody(const std::string&) {}
+
+struct Load;
+// Makes the directory `path`, in a directory that is there. Whether it has been made is looked at
+// afterwards.
+void make_directory(Load& load, const std::string& path);
 
 // A file that is being loaded.
 struct Load {
@@ -26,10 +34,15 @@ struct Load {
     unsigned mask;
     // Is told of warnings, and of what is wrong with a value, as they come up.
     void (*tell)(const std::string& lines) = tell_nobody;
+    // Is called for a missing directory that a key wants to be made.
+    void (*make)(Load& load, const std::string& path) = make_directory;
     std::vector<std::string> directories = {}; // that have been looked at and exist
+    std::vector<std::string> missing = {};     // and those that do not
 
-    // Whether the directory exists; each is looked at once.
+    // Whether the directory exists; each is looked at once. What lies under one that is missing is
+    // not looked at, and taken for granted.
     bool knows_directory(const std::string& path);
+    bool lies_under_missing(std::string_view path) const;
 };
 
 } // namespace ov

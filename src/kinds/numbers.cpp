@@ -203,6 +203,9 @@ Verdict load_min_free(const Loading& value) {
         return verdict;
     }
     const char* directory = other<Text>(value.manner.first).c_str();
+    if ((value.load.mask & RC_NOTRIALS) && directory && !isvalid_dir(directory)) {
+        return verdict; // it may be made by the time that it is used
+    }
     long& blocks = other<long>(value.manner.second);
     long block = 0;
     if (directory && freeblocks(directory, &block) >= 0 && block > 0) {

@@ -3,7 +3,6 @@
 #include "kinds/sets.h"
 #include "kinds/values.h"
 #include "util/disk.h"
-#include "util/place.h"
 #include "value/convert.h"
 
 #include <algorithm>
@@ -84,7 +83,7 @@ Verdict load_path(const Loading& value) {
         return Verdict::NotFullPath;
     }
     struct stat info = {};
-    if (!(value.load.mask & RC_NOCHECK) &&
+    if (!(value.load.mask & RC_NOCHECK) && !value.load.lies_under_missing(value.text) &&
         (value.text.size() > MaxPath || ::stat(value.text.c_str(), &info) != 0)) {
         return Verdict::Invalid;
     }
@@ -115,16 +114,13 @@ Verdict default_directory(const Loading& value) {
 
 // Another load may be making it at the same time.
 Verdict load_created_directory(const Loading& value) {
-    constexpr mode_t Mode = 0755;
     if (value.text.empty()) {
         return Verdict::Invalid;
     }
     const std::optional<std::string> path = directory_path(base_of(value), value.text.c_str());
     if (path && !(value.load.mask & RC_NODIRCHECK) && !value.load.knows_directory(*path)) {
-        const std::string name = path->substr(0, path->find_last_not_of('/') + 1);
-        if (const auto place = Place::of(name.c_str(), FileKind::Installed)) {
-            ::mkdirat(place->at(), place->name.c_str(), Mode);
-        }
+        value.load.missing.pop_back();
+        value.load.make(value.load, *path);
     }
     return take_directory(value, path);
 }

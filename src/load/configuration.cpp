@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <unistd.h>
+#include <utility>
 
 namespace ov {
 
@@ -56,41 +57,107 @@ std::optional<Configuration> Configuration::open(const char* file, FileKind kind
     return Configuration{std::move(*snapshot), {.file = file, .mask = 0}};
 }
 
-std::optional<Refusal> load_settings(Configuration& configuration, unsigned mask) {
-    auto& [snapshot, load] = configuration;
-    load.mask = mask;
-    std::optional<Refusal> refusal;
-    if (!(mask & (RC_LOCALPASS | RC_AUXONLY))) {
-        refusal = load_rows(load, snapshot, MainReader);
+namespace {
+
+// What is read of a file, in this order, for callers that want one of the groups in `any`.
+struct Part {
+    Reader reader;
+    unsigned any;
+    const char* section = nullptr; // of rights; of all others null
+    int rank = 0;
+};
+constexpr unsigned All = ~0U;
+constexpr Part parts[] = {
+    {MainReader, All},
+    {RightsReader, RC_MANAGE | RC_BROWSE, AdminSection, 0},
+    {RightsReader, RC_MANAGE | RC_BROWSE, ManagerSection, 1},
+    {CypherReader, RC_RECEIVE | RC_MANAGE},
+    {TransferReader, RC_RECEIVE | RC_TRANSFER},
+};
+
+bool is_wanted(const Part& part, unsigned mask) {
+    return part.reader == MainReader ? (mask & (RC_LOCALPASS | RC_AUXONLY)) == 0
+                                     : (mask & part.any) != 0;
+}
+
+} // namespace
+
+ConfigurationReading::ConfigurationReading(Configuration& configuration, unsigned mask)
+    : main_(&configuration), file_(&configuration) {
+    configuration.load.mask = mask;
+}
+
+// Begins to read the next part that is wanted. Returns whether there is one.
+bool ConfigurationReading::begin_part() {
+    auto& [snapshot, load] = *file_;
+    while (part_ < std::size(parts) && !is_wanted(parts[part_], load.mask)) {
+        ++part_;
     }
-    if (!refusal && (mask & (RC_MANAGE | RC_BROWSE))) {
-        refusal = load_rights(load, snapshot, AdminSection, 0);
-        if (!refusal) {
-            refusal = load_rights(load, snapshot, ManagerSection, 1);
+    if (part_ == std::size(parts)) {
+        return false;
+    }
+    const Part& part = parts[part_++];
+    if (part.section) {
+        reading_.emplace(load, snapshot, part.section, part.rank);
+    } else {
+        reading_.emplace(load, snapshot, part.reader);
+    }
+    return true;
+}
+
+// A relative supplement has not been looked for: what has its name in the working directory is
+// another file. One that is no regular file is none.
+std::optional<Refusal> ConfigurationReading::open_supplement() {
+    Load& load = file_->load;
+    const char* supplement = LocalConfFile.c_str();
+    if ((load.mask & RC_LOCALPASS) || !isfullpath(supplement) || ::access(supplement, R_OK) != 0) {
+        return std::nullopt;
+    }
+    supplement_ = Configuration::open(supplement, FileKind::Installed);
+    if (!supplement_) {
+        return errno == EINVAL ? std::nullopt : std::optional(cannot_open(supplement));
+    }
+    supplement_->load.tell = load.tell;
+    supplement_->load.make = load.make;
+    supplement_->load.mask = load.mask | RC_LOCALPASS;
+    exchange_directories();
+    file_ = &*supplement_;
+    part_ = 0;
+    return std::nullopt;
+}
+
+// What is known of directories goes from file to file.
+void ConfigurationReading::exchange_directories() {
+    std::swap(supplement_->load.directories, main_->load.directories);
+    std::swap(supplement_->load.missing, main_->load.missing);
+}
+
+std::optional<Refusal> ConfigurationReading::next() {
+    for (;;) {
+        if (reading_) {
+            if (std::optional<Refusal> refusal = reading_->next()) {
+                return refusal;
+            }
+            reading_.reset();
+        }
+        if (begin_part()) {
+            continue;
+        }
+        if (std::exchange(supplement_looked_for_, true)) {
+            break;
+        }
+        if (std::optional<Refusal> refusal = open_supplement()) {
+            return refusal;
         }
     }
-    if (!refusal && (mask & (RC_RECEIVE | RC_MANAGE))) {
-        refusal = load_rows(load, snapshot, CypherReader);
+    if (supplement_) {
+        exchange_directories();
     }
-    if (!refusal && (mask & (RC_RECEIVE | RC_TRANSFER))) {
-        refusal = load_rows(load, snapshot, TransferReader);
-    }
-    // A relative supplement has not been looked for: what has its name in the working directory is
-    // another file.
-    const char* supplement = LocalConfFile.c_str();
-    if (refusal || (mask & RC_LOCALPASS) || !isfullpath(supplement) ||
-        ::access(supplement, R_OK) != 0) {
-        return refusal;
-    }
-    auto local = Configuration::open(supplement, FileKind::Installed);
-    if (!local) { // no regular file is none
-        return errno == EINVAL ? refusal : cannot_open(supplement);
-    }
-    local->load.tell = load.tell;
-    std::swap(local->load.directories, load.directories);
-    refusal = load_settings(*local, mask | RC_LOCALPASS);
-    std::swap(local->load.directories, load.directories);
-    return refusal;
+    return std::nullopt;
+}
+
+std::optional<Refusal> load_settings(Configuration& configuration, unsigned mask) {
+    return ConfigurationReading(configuration, mask).next();
 }
 
 void end_when_refused(const std::optional<Refusal>& refusal) {

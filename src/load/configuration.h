@@ -24,9 +24,36 @@ struct Configuration {
     Load load;
 };
 
-// Loads the settings of the groups in `mask`, then the rights that stand in the file, the auxiliary
-// sections, and then those of the local supplement file, when there is one. Returns what was
-// refused; then loading has stopped.
+// A load of the settings of the groups in `mask`, then of the rights that stand in the file, the
+// auxiliary sections, and then those of the local supplement file, when there is one. It can be
+// taken up again behind a value that it has refused.
+class ConfigurationReading {
+  public:
+    ConfigurationReading(Configuration& configuration, unsigned mask);
+
+    // Loads on, up to the next value that is refused; nothing: all has been loaded.
+    std::optional<Refusal> next();
+    // The reader that has refused it; none when that was a supplement that cannot be opened.
+    const std::optional<Reading>& reading() const { return reading_; }
+    // The file that is read: the main one, or the supplement.
+    Configuration& file() const { return *file_; }
+    // The supplement, once it has been opened.
+    const std::optional<Configuration>& supplement() const { return supplement_; }
+
+  private:
+    bool begin_part();
+    std::optional<Refusal> open_supplement();
+    void exchange_directories();
+
+    Configuration* main_;
+    Configuration* file_; // that is read
+    std::size_t part_ = 0;
+    std::optional<Reading> reading_;
+    std::optional<Configuration> supplement_;
+    bool supplement_looked_for_ = false;
+};
+
+// The same up to the first value that is refused.
 std::optional<Refusal> load_settings(Configuration& configuration, unsigned mask);
 
 // load_settings from `file`. Comes back only when all values are valid: at the first one that is

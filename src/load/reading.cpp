@@ -9,9 +9,6 @@
 
 namespace ov {
 
-namespace {
-
-// Whether the caller of a reader with the load mask `mask` wants what stands behind `gate`.
 bool is_open(const Gate& gate, unsigned mask, Reader reader) {
     if (!(gate.readers & reader)) {
         return false;
@@ -19,6 +16,8 @@ bool is_open(const Gate& gate, unsigned mask, Reader reader) {
     return (gate.any == 0 || (mask & gate.any) != 0) && (mask & gate.unless) == 0 &&
            (gate.program == 0 || is_chosen(gate.program));
 }
+
+namespace {
 
 const char* or_null(const char* text) {
     return text ? text : "<null>";
@@ -70,112 +69,90 @@ void print_refusal(const Refusal& refusal) {
     }
 }
 
-namespace {
-
-// A reader at work: the key that it reads, with the value and its line; 0 when the file lacks the
-// key.
-struct Reading {
-    Load& load;
-    const Snapshot& snapshot;
-    Reader reader;
-    const char* section = nullptr;
-    const char* key = nullptr;
-    std::string text = {};
-    int line = 0;
-
-    // Whether the file lacks the key with that number, and nothing is done then, as for most keys.
-    bool leaves_default(const Columns& row, std::size_t number) {
-        if (snapshot.has(number) || kind_of(row.load).absent != keep_default) {
-            return false;
-        }
-        line = 0;
-        return true;
+// Whether the file lacks the key with that number, and nothing is done then, as for most keys.
+inline bool Reading::leaves_default(const Columns& row, std::size_t number) {
+    if (snapshot_->has(number) || kind_of(row.load).absent != keep_default) {
+        return false;
     }
-    // Loads the value of the key with that number into the setting of a row, or does what is done
-    // without one.
-    Verdict load_value(const Columns& row, const Variable& setting, std::size_t number);
-    // The same for the rows from the number `from` up to that of `end`.
-    Verdict load_rows(std::size_t from, std::size_t end);
-    Verdict take(const Step& step);
-    // What is to be said of the key.
-    std::optional<Refusal> outcome(Verdict verdict);
-};
+    line_ = 0;
+    return true;
+}
 
 std::optional<Refusal> Reading::outcome(Verdict verdict) {
     if (verdict == Verdict::Taken) {
         return std::nullopt;
     }
-    return Refusal{verdict, reader, load.file, line, section, key, std::move(text)};
+    return Refusal{verdict, reader_, load_->file, line_, section_, key_, std::move(text_)};
 }
 
-// Inline, since it runs for every value of a file.
+// Loads the value of the key with that number into the setting of a row, or does what is done
+// without one. Inline, since it runs for every value of a file.
 inline Verdict Reading::load_value(const Columns& row, const Variable& setting,
                                    std::size_t number) {
     const Kind& kind = kind_of(row.load);
     const Manner& manner = manner_of(row.load);
-    text.clear();
+    row_ = &row;
+    text_.clear();
     bool looked_up = false;
     Verdict verdict = Verdict::MemoryExhausted;
     try {
-        const bool found = snapshot.lookup(number, section, key, text, manner.mode, line) == 0;
+        const bool found =
+            snapshot_->lookup(number, section_, key_, text_, manner.mode, line_) == 0;
         looked_up = true;
-        const Loading loading{{manner, setting, text}, load, reader, section, line};
+        const Loading loading{{manner, setting, text_}, *load_, reader_, section_, line_};
         verdict = found ? kind.load(loading) : kind.absent(loading);
     } catch (const std::bad_alloc&) {
-        if (reader == RightsReader && !looked_up) {
+        if (reader_ == RightsReader && !looked_up) {
             throw; // there is no value of a right yet that something could be said of
         }
     }
     return verdict;
 }
 
-Verdict Reading::load_rows(std::size_t from, std::size_t end) {
-    const std::span<const Row> rows = catalogue();
-    for (std::size_t number = from; number < end; ++number) {
-        const Row& row = rows[number];
-        if (!is_open(row.gate, load.mask, reader) || leaves_default(row, number)) {
-            continue;
-        }
-        section = section_of(row);
-        key = key_of(row);
-        const Verdict verdict = load_value(row, variable_of(row), number);
-        if (verdict != Verdict::Taken) {
-            return verdict;
-        }
-    }
-    return Verdict::Taken;
-}
-
 Verdict Reading::take(const Step& step) {
-    if (!is_open(step.gate, load.mask, reader)) {
+    if (!is_open(step.gate, load_->mask, reader_) ||
+        (step.makes_files && (load_->mask & RC_NOTRIALS))) {
         return Verdict::Taken;
     }
     try {
-        step.take(load);
+        step.take(*load_);
         return Verdict::Taken;
     } catch (const std::bad_alloc&) {
-        section = key = nullptr;
-        text.clear();
+        section_ = key_ = nullptr;
+        row_ = nullptr;
+        text_.clear();
         return Verdict::MemoryExhausted;
     }
 }
 
-} // namespace
-
-std::optional<Refusal> load_rows(Load& load, const Snapshot& snapshot, Reader reader) {
-    Reading reading{load, snapshot, reader};
-    std::size_t from = 0;
-    for (const Step& step : steps()) {
-        Verdict verdict = reading.load_rows(from, step.before);
-        if (verdict == Verdict::Taken) {
-            verdict = reading.take(step);
+// The same for the rows up to that of `end`.
+Verdict Reading::load_rows(std::size_t end) {
+    const std::span<const Row> rows = catalogue();
+    const unsigned mask = load_->mask;
+    for (std::size_t number = at_; number < end; ++number) {
+        const Row& row = rows[number];
+        if (!is_open(row.gate, mask, reader_) || leaves_default(row, number)) {
+            continue;
         }
+        section_ = section_of(row);
+        key_ = key_of(row);
+        const Verdict verdict = load_value(row, variable_of(row), number);
         if (verdict != Verdict::Taken) {
-            return reading.outcome(verdict);
+            at_ = number + 1;
+            return verdict;
         }
-        from = step.before;
     }
-    return reading.outcome(reading.load_rows(from, catalogue().size()));
+    at_ = end;
+    return Verdict::Taken;
+}
+
+Verdict Reading::next_row() {
+    const std::span<const Step> all = steps();
+    Verdict verdict = Verdict::Taken;
+    while (verdict == Verdict::Taken && step_ < all.size()) {
+        verdict = at_ < all[step_].before ? load_rows(all[step_].before) : take(all[step_++]);
+    }
+    return verdict == Verdict::Taken ? load_rows(catalogue().size()) : verdict;
 }
 
 namespace {
@@ -195,29 +172,25 @@ bool is_read(Right right, int rank) {
 
 } // namespace
 
-std::optional<Refusal> load_rights(Load& load, const Snapshot& snapshot, const char* section,
-                                   int rank) {
-    Reading reading{load, snapshot, RightsReader, section};
-    for (const RightRow& row : rights()) {
-        const auto right = static_cast<Right>(&row - rights().data());
-        if (!is_read(right, rank)) {
+Verdict Reading::next_right() {
+    Verdict verdict = Verdict::Taken;
+    while (verdict == Verdict::Taken && at_ < rights().size()) {
+        const auto right = static_cast<Right>(at_);
+        const RightRow& row = rights()[at_++];
+        if (!is_read(right, rank_)) {
             continue;
         }
-        std::size_t number = number_of(right, section);
-        reading.key = key_of(row);
-        if (right == Right::ExcludeGroup && !snapshot.has(number)) {
-            number = number_of_old_exclude_group(section);
-            reading.key = OldExcludeGroup;
+        std::size_t number = number_of(right, section_);
+        key_ = key_of(row);
+        if (right == Right::ExcludeGroup && !snapshot_->has(number)) {
+            number = number_of_old_exclude_group(section_);
+            key_ = OldExcludeGroup;
         }
-        if (reading.leaves_default(row, number)) {
-            continue;
-        }
-        const Verdict verdict = reading.load_value(row, variable_of(row, rank), number);
-        if (verdict != Verdict::Taken) {
-            return reading.outcome(verdict);
+        if (!leaves_default(row, number)) {
+            verdict = load_value(row, variable_of(row, rank_), number);
         }
     }
-    return std::nullopt;
+    return verdict;
 }
 
 } // namespace ov

@@ -17,6 +17,12 @@ constexpr std::array<Role, Roles> AllRoles{{
     {"srch_sysadmconf", true, &Settings::SRCH_Sysadm_Dir, AdminSection},
 }};
 
+bool isvalid_username(std::string_view name) {
+    const auto may_end = [](char c) { return c != '-' && c != '.'; };
+    return !name.empty() && may_end(name.front()) && may_end(name.back()) &&
+           std::all_of(name.begin(), name.end(), is_name_character);
+}
+
 int access_cffile(int rank, const char* user, std::string& path, std::string* section) {
     if (!user) {
         return -1;

@@ -9,6 +9,7 @@
 
 #include <array>
 #include <string>
+#include <string_view>
 
 namespace ov {
 
@@ -22,6 +23,9 @@ struct Role {
 };
 // By rank.
 extern const std::array<Role, Roles> AllRoles;
+
+// Whether a user may have that name: it becomes part of a path.
+bool isvalid_username(std::string_view name);
 
 // The rights file of a user of the role `rank`, and, when `section` is given, the section that all
 // of it stands in. Returns 0, or -1 for no user, and, after a line in the log, for no such role.

@@ -124,10 +124,10 @@ constexpr std::size_t number_of(RowOf setting) {
 
 constexpr Gate Receive{.any = RC_RECEIVE};
 constexpr Step all_steps[] = {
-    {number_of(RowOf::TransmissionMode), {}, choose_program},
-    {number_of(RowOf::QuarantineHardLink), Receive, try_archive_hard_link},
-    {number_of(RowOf::SRCH_Admin_Dir), Receive, try_quarantine_hard_link},
-    {number_of(RowOf::AppendMode), Receive, settle_forward_mode},
+    {number_of(RowOf::TransmissionMode), {}, false, choose_program},
+    {number_of(RowOf::QuarantineHardLink), Receive, true, try_archive_hard_link},
+    {number_of(RowOf::SRCH_Admin_Dir), Receive, true, try_quarantine_hard_link},
+    {number_of(RowOf::AppendMode), Receive, false, settle_forward_mode},
 };
 static_assert(std::is_sorted(std::begin(all_steps), std::end(all_steps),
                              [](const Step& a, const Step& b) { return a.before < b.before; }),

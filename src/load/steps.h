@@ -12,6 +12,7 @@ namespace ov {
 struct Step {
     std::size_t before;
     Gate gate;
+    bool makes_files; // to try something
     void (*take)(const Load& load);
 };
 

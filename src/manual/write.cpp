@@ -3,7 +3,7 @@
 #include "answer/queries.h"
 #include "kinds/written.h"
 #include "load/roles.h"
-#include "manual/key_reference.h"
+#include "reference/key_reference.h"
 
 #include <algorithm>
 #include <initializer_list>
@@ -70,6 +70,10 @@ std::string manual_key(const KeyReference& key) {
         text += "Default:\n.Ql " + argument(*key.initial) +
                 (key.is_in_etc ? "\nin\n.Ic EtcDirectory .\n" : " .\n");
     }
+    if (key.secret) {
+        text +=
+            "A secret: the answers of\n.Xr ov_confctl 8\nmask it unless they are asked not to.\n";
+    }
     if (!key.only.empty()) {
         text += "Read with\n.Ql " + argument(key.only) + "\nonly.\n";
     }
@@ -86,11 +90,8 @@ std::string manual_key(const KeyReference& key) {
 
 // A default of a right as it is written in a rights file; texts and lists are not set.
 std::string written(const RightRow& row, int rank) {
-    const Variable variable = variable_of(row, rank);
-    if (!std::holds_alternative<Number>(variable)) {
-        return "-";
-    }
-    return kinds::written(kind_of(row.load), {manner_of(row.load), variable, ""});
+    return kinds::written(kind_of(row.load), {manner_of(row.load), variable_of(row, rank), ""})
+        .value_or("-");
 }
 
 // The defaults of the six roles: one when they are all the same.
@@ -317,23 +318,24 @@ std::string completion_data() {
 }
 
 // All keys of the main file, those of rights included, a line each: section, key, kind, what -c
-// accepts, how -a shows it, default, with a tab between them and "-" for none.
+// accepts, how -a shows it, default, whether it is secret, with a tab between them and "-" for
+// none.
 std::string key_list() {
     std::string text;
     for (const SectionReference& section : key_reference()) {
         for (const KeyReference& key : section.keys) {
-            text +=
-                tabbed({section.section, key.key, sentence(key.accepted), key.checked.value_or("-"),
-                        key.shown.value_or("-"), key.initial.value_or("-")});
+            text += tabbed({section.section, key.key, sentence(key.accepted),
+                            key.checked.value_or("-"), key.shown.value_or("-"),
+                            key.initial.value_or("-"), key.secret ? "secret" : "-"});
         }
     }
     // The rights that stand in the main file change the defaults of the first two roles.
     for (const auto& [section, rank] : {std::pair{AdminSection, 0}, {ManagerSection, 1}}) {
         for (const RightRow& right : rights()) {
             text += tabbed({section, key_of(right), sentence(accepted_text(right)), "-", "-",
-                            written(right, rank)});
+                            written(right, rank), "-"});
         }
-        text += tabbed({section, OldExcludeGroup, "names", "-", "-", "-"});
+        text += tabbed({section, OldExcludeGroup, "names", "-", "-", "-", "-"});
     }
     return text;
 }

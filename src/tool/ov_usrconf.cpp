@@ -30,13 +30,6 @@ struct Options {
     bool modify = false;
 };
 
-// A user's name becomes part of a path.
-bool isvalid_username(std::string_view name) {
-    const auto may_end = [](char c) { return c != '-' && c != '.'; };
-    return !name.empty() && may_end(name.front()) && may_end(name.back()) &&
-           std::all_of(name.begin(), name.end(), is_name_character);
-}
-
 Options parse_options(int argc, char** argv, bool is_search) {
     Options options;
     constexpr const char* Known = "f:u:gmv";

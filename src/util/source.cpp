@@ -15,6 +15,36 @@ constexpr std::size_t BufferSize = 65536;
 
 } // namespace
 
+std::optional<std::string> read_whole(int file) {
+    constexpr std::size_t Room = 8192;
+    struct stat info = {};
+    const bool sized = ::fstat(file, &info) == 0 && S_ISREG(info.st_mode);
+    const auto size = sized ? static_cast<std::size_t>(info.st_size) : 0;
+    if (size >= TooLong) {
+        errno = EFBIG;
+        return std::nullopt;
+    }
+    // A file that does not grow is read at once, with room to see its end.
+    std::string text(size + Room, '\0');
+    std::size_t used = 0;
+    for (;;) {
+        if (used == text.size()) {
+            text.resize(2 * used);
+        }
+        const ssize_t got =
+            retried([&] { return ::read(file, text.data() + used, text.size() - used); });
+        if (got == 0) {
+            text.resize(used);
+            return text;
+        }
+        used += got > 0 ? static_cast<std::size_t>(got) : 0;
+        if (got < 0 || used >= TooLong) {
+            errno = got < 0 ? errno : EFBIG;
+            return std::nullopt;
+        }
+    }
+}
+
 Source::Source(Fd file, std::size_t most) : file_(std::move(file)), at_end_(false), most_(most) {
     struct stat info = {};
     if (::fstat(file_.get(), &info) != 0) {

@@ -7,6 +7,7 @@
 #include <limits>
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace ov {
@@ -14,6 +15,10 @@ namespace ov {
 // No line is as long as this, and no file that is edited as large: a file without an end, or
 // without a line feed, must not take all memory.
 inline constexpr std::size_t TooLong = std::size_t{64} << 20;
+
+// The whole file from where it stands; nothing, with errno set, when it cannot be read to its end,
+// or has TooLong bytes and more (EFBIG).
+std::optional<std::string> read_whole(int file);
 
 // An open file of lines and how far it has been read. A window of whole lines is held at a time;
 // what is given out points into it and lives until the window moves on.

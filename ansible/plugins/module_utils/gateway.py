@@ -424,7 +424,7 @@ class Gateway:
         except OSError as error:
             raise Failure('cannot read the list of keys (option "keys"): %s' % error) from error
         columns = ('section', 'key', 'kind', 'check', 'shown', 'default')
-        if not rows or any(len(row) != len(columns) for row in rows):
+        if not rows or any(len(row) < len(columns) for row in rows):
             raise Failure('%s is no list of keys' % path)
         return {folded(row[0], row[1]): dict(zip(columns, row)) for row in rows}
 
