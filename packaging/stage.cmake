@@ -2,8 +2,8 @@
 set(usr ${CPACK_TEMPORARY_DIRECTORY}${CPACK_PACKAGING_INSTALL_PREFIX})
 set(doc ${usr}/share/doc/${CPACK_PACKAGE_NAME})
 
-execute_process(COMMAND strip --remove-section=.comment --remove-section=.note ${usr}/sbin/ov_conf
-                COMMAND_ERROR_IS_FATAL ANY)
+execute_process(COMMAND strip --remove-section=.comment --remove-section=.note
+                ${usr}/sbin/ov_conf ${usr}/sbin/ov_confctl COMMAND_ERROR_IS_FATAL ANY)
 
 function(compress)
   execute_process(COMMAND gzip -n -9 ${ARGV} COMMAND_ERROR_IS_FATAL ANY)

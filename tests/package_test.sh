@@ -38,15 +38,15 @@ same "$(dpkg-deb -f "$package" Depends | sed 's/libc[0-9.]* (>= [0-9.]*)\(, \)*/
 same "$(dpkg-deb -c "$package" | cut -c 1-10 | sort -u | xargs)" '-rw-r--r-- -rwxr-xr-x drwxr-xr-x lrwxrwxrwx'
 [ "$(dpkg-deb -f "$package" Installed-Size)" -lt "$(($(du -sk --apparent-size "$usr" | cut -f 1) + 50))" ]
 
-# One executable, and six links to it: the search side has a version of its own.
-same "$(find "$usr/sbin" -type f)" "$usr/sbin/ov_conf"
+# Two executables, and six links to one: the search side has a version of its own.
+same "$(find "$usr/sbin" -type f -printf '%f\n' | sort | xargs)" 'ov_conf ov_confctl'
 same "$(find "$usr/sbin" -type l -lname ov_conf | wc -l)" 6
-same "$(for name in "$usr"/sbin/*; do "$name" -v | head -n 1; done | sort | uniq -c | xargs)" \
+same "$(for name in "$usr"/sbin/*conf; do "$name" -v | head -n 1; done | sort | uniq -c | xargs)" \
     '4 ORVANTA 3 ORVANTA/S'
 # A compressed page for each of the names, and one for the file.
-same "$(find "$usr"/share/man/man[58]/* -exec gzip -t {} \; -print | wc -l)" 8
+same "$(find "$usr"/share/man/man[58]/* -exec gzip -t {} \; -print | wc -l)" 9
 [ -f "$usr/share/zsh/vendor-completions/_ov_conf" ]
-[ -f "$usr/share/fish/vendor_completions.d/ov_admconf.fish" ]
+[ -f "$usr/share/fish/vendor_completions.d/ov_confctl.fish" ]
 
 # The script for typing errors finds the list of keys, and none in the sample.
 "$usr/share/doc/ov-conf/examples/check-names" "$usr/share/doc/ov-conf/examples/Tessary.conf"
@@ -64,5 +64,6 @@ answer() {
 }
 same "$(answer Tessary.conf MaxMessageSize)" '1: 20M'
 same "$(answer defaults.conf SmtpPort)" '0: not found'
+same "$("$usr/sbin/ov_confctl" check defaults.conf)" 'defaults.conf: 0 errors, 0 warnings'
 
 "$tests/completion_test.sh" "$usr/sbin" "$usr/share"

@@ -61,14 +61,17 @@ struct Shell {
 const Shell shells[] = {
     {"bash", " --norc --noprofile -i",
      "PS1=rea'dy> '; source bash-completion/completions/ov_conf; "
-     "ov_conf() { printf '<%s>' \"$@\"; }; ov_admconf() { ov_conf \"$@\"; }\n"},
+     "ov_conf() { printf '<%s>' \"$@\"; }; ov_admconf() { ov_conf \"$@\"; }; "
+     "ov_confctl() { ov_conf \"$@\"; }\n"},
     {"zsh", " -f -i",
      "PROMPT=rea'dy> '; fpath=($PWD/zsh/vendor-completions $fpath); autoload -U compinit; "
-     "compinit -u -D; ov_conf() { printf '<%s>' \"$@\"; }; ov_admconf() { ov_conf \"$@\"; }\n"},
+     "compinit -u -D; ov_conf() { printf '<%s>' \"$@\"; }; ov_admconf() { ov_conf \"$@\"; }; "
+     "ov_confctl() { ov_conf \"$@\"; }\n"},
     {"fish", " -N -i",
-     "function fish_prompt; echo -n rea'dy> '; end; for name in ov_conf ov_admconf; "
+     "function fish_prompt; echo -n rea'dy> '; end; for name in ov_conf ov_admconf ov_confctl; "
      "source $PWD/fish/vendor_completions.d/$name.fish; end; "
-     "function ov_conf; printf '<%s>' $argv; end; function ov_admconf; ov_conf $argv; end\n"},
+     "function ov_conf; printf '<%s>' $argv; end; function ov_admconf; ov_conf $argv; end; "
+     "function ov_confctl; ov_conf $argv; end\n"},
 };
 
 class Completion : public testing::TestWithParam<Shell> {};
@@ -97,6 +100,10 @@ TEST_P(Completion, OnATerminal) {
         {"ov_admconf -f " + file + " -u j\t", "<-u><jiro>"},
         {"ov_admconf -m HoldR\ty\t", "<-m><HoldReason=yes>"},
         {"ov_admconf -f " + file + " -m Group=sales:su\t", "<Group=sales:support>"},
+        {"ov_confctl -f " + file + " show --rights admin:\t", "<--rights><admin:jiro>"},
+        {"ov_confctl show --rights man\tx", "<--rights><manager:x>"},
+        {"ov_confctl show smtp.smtpp\t", "<show><SMTP.SmtpPort>"},
+        {"ov_confctl check " + dir.path("gate") + "\t", "<check><" + file + ">"},
     };
     for (const auto& [typed, expected] : cases) {
         const std::string printed = shell.type(typed + "\n", expected);
