@@ -39,7 +39,8 @@ struct Key {
 
 // All keys of the installed list, those of rights aside.
 std::vector<Key> all_keys() {
-    static const std::regex columns("([^\t]*)\t([^\t]*)\t([^\t]*)\t([^\t]*)\t([^\t]*)\t([^\t]*)\t.*");
+    static const std::regex columns(
+        "([^\t]*)\t([^\t]*)\t([^\t]*)\t([^\t]*)\t([^\t]*)\t([^\t]*)\t.*");
     std::vector<Key> keys;
     for (const std::string& line : test::lines_of(test::read_file(OV_SHARE_DIR "/ov-conf/keys"))) {
         std::smatch row;

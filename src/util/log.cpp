@@ -19,7 +19,6 @@
 
 namespace ov {
 
-
 const char* ProgName = nullptr;
 std::string logfile;
 std::string::size_type logptr = 0;
