@@ -8,18 +8,24 @@ namespace ov::ctl {
 
 namespace {
 
-std::string in_brackets(const ValueText& text) {
-    return text.details.empty() ? text.kind : text.kind + " (" + text.details + ")";
+// A kind with what is special about the key, or else with what it means.
+std::string explained(const ValueText& text, const Meanings& meanings) {
+    if (!text.details.empty()) {
+        return text.kind + " (" + text.details + ")";
+    }
+    std::string meaning = meanings.at(text.kind);
+    meaning.front() = lower(meaning.front());
+    return text.kind + ": " + meaning.substr(0, meaning.find_last_not_of('.') + 1);
 }
 
 } // namespace
 
 std::string wanted(const Row& row) {
-    return in_brackets(accepted_text(row));
+    return explained(accepted_text(row), meanings());
 }
 
 std::string wanted(const RightRow& right) {
-    return in_brackets(accepted_text(right));
+    return explained(accepted_text(right), meanings_of_rights());
 }
 
 namespace {

@@ -139,7 +139,7 @@ void Inspector::look_at_known(const LaidOut& entry, int number) {
         return;
     }
     if (row && std::string_view(key_of(*row)) == "ForwardMode" && ForwardMode == 0 &&
-        !ForwardMailAddress && !same_word(*value, "none")) {
+        !ForwardMailAddress && survey_.keys[number_of(*row)] && !same_word(*value, "none")) {
         say("no-forward-address", "counts as none, because ForwardMailAddress is not set");
     }
     if (by_token && has_trailing_text(entry.rest)) {
