@@ -1,10 +1,12 @@
 #include "ctl/document.h"
 
+#include "ctl/text.h"
 #include "util/place.h"
 #include "util/source.h"
 
 #include <cerrno>
 #include <chrono>
+#include <cstdio>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <thread>
@@ -18,6 +20,7 @@ namespace {
 Fd lock_of(std::string path, bool& waited_too_long) {
     constexpr std::string_view Ending = ".conf";
     constexpr int Attempts = 300;
+    constexpr int SomeAttempts = 10; // and who has asked wonders
     constexpr std::chrono::milliseconds Pause(100);
     if (path.ends_with(Ending)) {
         path.resize(path.size() - Ending.size());
@@ -27,6 +30,9 @@ Fd lock_of(std::string path, bool& waited_too_long) {
     for (int attempt = 1; lock && ::flock(lock.get(), LOCK_SH | LOCK_NB) != 0; ++attempt) {
         if (errno != EWOULDBLOCK) {
             break;
+        }
+        if (attempt == SomeAttempts) {
+            std::fprintf(stderr, "ov_confctl: waiting for %s\n", printable(path).c_str());
         }
         if (attempt == Attempts) {
             waited_too_long = true;
