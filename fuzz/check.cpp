@@ -11,7 +11,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
-#include <netdb.h>
 #include <sys/stat.h>
 
 using namespace ov;
@@ -63,12 +62,6 @@ extern "C" int __wrap_mkdirat(int, const char*, mode_t) {
     ++directories_wanted;
     errno = EACCES;
     return -1;
-}
-
-extern "C" hostent* __wrap_gethostbyname(const char*) {
-    static char name[] = "mail.example.com";
-    static hostent host{name, nullptr, 0, 0, nullptr};
-    return &host;
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

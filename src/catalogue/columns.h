@@ -21,6 +21,20 @@ struct Gate {
 using Member = std::variant<int Settings::*, unsigned Settings::*, long Settings::*,
                             unsigned long Settings::*, Text Settings::*, WordList Settings::*,
                             IpList Settings::*, AddressList Settings::*, ServerList Settings::*>;
+// Whether a rule names the setting that is there.
+constexpr bool names(const Other& other, const Member& member) {
+    return std::visit(
+        [&member](auto named) {
+            if constexpr (std::is_same_v<decltype(named), std::monostate>) {
+                return false;
+            } else {
+                const auto* of_type = std::get_if<decltype(named)>(&member);
+                return of_type && *of_type == named;
+            }
+        },
+        other);
+}
+
 // The numbers of the kind, the check and the form of a row, each with the manner of the row.
 enum class KindNumber : std::uint8_t {};
 enum class CheckNumber : std::uint8_t {};

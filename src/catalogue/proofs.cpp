@@ -75,17 +75,7 @@ constexpr bool is_called_for(std::string_view variable, std::string_view key) {
 // The default of another setting; of one that is no row's, 0.
 constexpr std::int64_t default_of(const Other& name) {
     for (const WrittenRow& row : written_rows) {
-        const bool found = std::visit(
-            [&row](auto other) {
-                if constexpr (std::is_same_v<decltype(other), std::monostate>) {
-                    return false;
-                } else {
-                    const auto* member = std::get_if<decltype(other)>(&row.member);
-                    return member && *member == other;
-                }
-            },
-            name);
-        if (found) {
+        if (names(name, row.member)) {
             return row.initial.numbers[0];
         }
     }

@@ -57,7 +57,7 @@ std::optional<Document> read_document(const std::string& path) {
     return text ? std::optional(Document{path, std::move(*text)}) : std::nullopt;
 }
 
-std::optional<Document> read_rights_file(const std::string& path) {
+std::optional<Document> read_installed(const std::string& path) {
     const Fd file = open_file(path.c_str(), O_RDONLY, FileKind::Installed);
     std::optional<std::string> text = file ? read_whole(file.get()) : std::nullopt;
     return text ? std::optional(Document{path, std::move(*text)}) : std::nullopt;

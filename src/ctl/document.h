@@ -15,6 +15,7 @@ struct Document {
 // set, when it cannot be read, is larger than 64 MiB, or stays locked.
 std::optional<Document> read_document(const std::string& path);
 
-// A rights file as it was read; nothing, with errno set, when it cannot be.
-std::optional<Document> read_rights_file(const std::string& path);
+// A rights file, or the supplement: links on the way to it are followed as the load does. Nothing,
+// with errno set, when it cannot be read.
+std::optional<Document> read_installed(const std::string& path);
 } // namespace ov::ctl

@@ -115,8 +115,7 @@ std::vector<Explanation> explained(std::string_view name) {
 std::vector<Explanation> overview() {
     std::vector<Explanation> all;
     for (const SectionReference& section : key_reference()) {
-        all.push_back(
-            {{"section", "[" + std::string(section.section) + "]"}, {"purpose", section.purpose}});
+        all.push_back({{"section", section.section}, {"purpose", section.purpose}});
     }
     return all;
 }

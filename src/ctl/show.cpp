@@ -6,12 +6,10 @@
 #include "ctl/trial.h"
 #include "load/roles.h"
 #include "reference/vocabulary.h"
-#include "util/paths.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <set>
 
 namespace ov::ctl {
 
@@ -162,7 +160,7 @@ int show_rights(const Options& options) {
     if (const std::size_t slashes = path.find("//"); slashes != path.npos) {
         path.erase(slashes, 1); // as people write it
     }
-    const auto file = read_rights_file(path);
+    const auto file = read_installed(path);
     if (!file && errno != ENOENT) {
         return not_opened(path);
     }

@@ -248,7 +248,9 @@ Survey Surveyor::run() {
     constexpr std::uint8_t Auxiliary = RightsReader | CypherReader | TransferReader;
     find_origins(main_, mask_, MainReader | Auxiliary);
     if (const auto& supplement = whole.supplement()) {
-        found_.supplement = read_document(supplement->load.file);
+        // One that has gone by now has been loaded all the same.
+        found_.supplement =
+            read_installed(supplement->load.file).value_or(Document{supplement->load.file, ""});
         find_origins(*supplement, mask_, Auxiliary);
     }
     main_.load.mask |= RC_NOCHECK; // as for a fetch

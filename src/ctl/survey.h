@@ -43,8 +43,8 @@ enum class Host { MayBeAsked, IsLeftAlone };
 // document must outlive the survey.
 Survey survey(const Document& document, Host host = Host::MayBeAsked);
 
-// Loads the rights in `section` of the file over those of the role `rank`, likewise: `lines` gets
-// the lines on which they stand, by the right's number, and `errors` what is refused.
+// Loads the rights in `section` of the file over those of the role `rank`, likewise: `origins`
+// gets the places where they stand, by the right's number, and `errors` what is refused.
 void survey_rights(const Document& document, const char* section, int rank,
                    std::vector<std::pair<std::string_view, int>>& origins,
                    std::vector<Finding>& errors);

@@ -162,9 +162,9 @@ void Inspector::look_at_known(const LaidOut& entry, int number) {
 void Inspector::look_at_entry(const LaidOut& entry) {
     const std::size_t end = entry.rest.find_last_not_of(" \t") + 1;
     if (end > MaxText || entry.key.size() > MaxText) {
-        Finding& finding =
-            add("long-line", entry.line,
-                "is cut: no more than " + std::to_string(MaxText) + " bytes of a value are read");
+        Finding& finding = add("long-line", entry.line,
+                               "is cut: of what stands behind the \"=\" " +
+                                   std::to_string(MaxText) + " bytes are read");
         finding.section = entry.section;
         finding.key = shortened(entry.key);
     }

@@ -15,20 +15,9 @@ namespace {
 
 // The key whose setting a row names.
 std::string key_of(const Other& setting) {
-    const auto names = [&setting](const Row& row) {
-        return std::visit(
-            [&row](auto named) {
-                if constexpr (std::is_same_v<decltype(named), std::monostate>) {
-                    return false;
-                } else {
-                    const auto* member = std::get_if<decltype(named)>(&row.member);
-                    return member && *member == named;
-                }
-            },
-            setting);
-    };
     const std::span<const Row> rows = catalogue();
-    const auto found = std::find_if(rows.begin(), rows.end(), names);
+    const auto found = std::find_if(rows.begin(), rows.end(),
+                                    [&](const Row& row) { return names(setting, row.member); });
     if (found == rows.end()) {
         throw std::logic_error("a row names a setting that has no key");
     }
