@@ -63,9 +63,10 @@ bool check_key(const Row& row, const std::string& text) {
         require_equal(once, before, key);
     }
     // Numbers with base prefixes, which are checked as such, are loaded without. In a network with
-    // a mask, a part that begins with a 0 is checked as decimal and loaded as octal.
+    // a mask, a part that begins with a 0 is checked as decimal and loaded as octal. Any list of
+    // servers passes the check, and eight of them are loaded.
     require(!accepted || taken || text.empty() || kind == &kinds::Integer ||
-                kind == &kinds::Integer64 || (is_number && text.size() > 9) ||
+                kind == &kinds::Integer64 || kind == &kinds::UserGroup || (is_number && text.size() > 9) ||
                 (kind == &kinds::IpConditionList && text.find('/') != text.npos),
             key);
     return taken;
