@@ -35,7 +35,7 @@ int line_of(Source& source, const char* sec, const char* key) {
 
 Edit modified(std::string_view text, const char* sec, const char* key, std::string_view value) {
     Source source(text);
-    std::string entry = std::string(key) + " = ";
+    std::string entry = written_entry(key, " ");
     entry += value.substr(0, MaxText);
     entry += '\n';
     if (const int number = line_of(source, sec, key); number != 0) {

@@ -23,4 +23,11 @@ Edit modified(std::string_view text, const char* sec, const char* key, std::stri
 // Removes the line of the first entry of `sec` and `key`; nothing when there is none.
 std::optional<Edit> deleted(std::string_view text, const char* sec, const char* key);
 
+// An entry as it stands on its line; `rest` is all that stands behind the "=".
+inline std::string written_entry(std::string_view key, std::string_view rest) {
+    std::string entry = std::string(key) + " =";
+    entry += rest;
+    return entry;
+}
+
 } // namespace ov
