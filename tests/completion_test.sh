@@ -60,14 +60,14 @@ for command in ov_conf ov_mgrconf; do
     described=$(gzip -cdf "$share/man/man8/$command.8"* | sed -n 's/^\.It Fl \(.\).*/-\1/p' | paste -sd ' ')
     same "options in the manual of $command" "$described" "${taken# }"
 done
-for command in check show diff explain; do
-    taken=$("$bin/ov_confctl" $command --help | grep -o -- '--[a-z]*' | sort -u | xargs)
+for command in check show diff explain apply recover; do
+    taken=$("$bin/ov_confctl" $command --help | grep -o -- '--[a-z][a-z-]*' | sort -u | xargs)
     expect "-f -h --file --help $taken" ov_confctl -f "$root/conf" $command -
     described=$(gzip -cdf "$share/man/man8/ov_confctl.8"* | sed -n "/^\.Sh DESC/q; /^\.Cm $command/,/^\.Nm/p" |
-        grep -o 'Fl -[a-z]*' | sed 's/Fl /-/' | sort -u | xargs)
+        grep -o 'Fl -[a-z-]*' | sed 's/Fl /-/' | sort -u | xargs)
     same "options in the manual of ov_confctl $command" "$described" "$taken"
 done
-expect 'check show diff explain' ov_confctl --file "$root/conf" ''
+expect 'check show diff explain apply recover' ov_confctl --file "$root/conf" ''
 expect 'SMTP Screening SystemControl Search' ov_confctl show --origin s
 expect 'Debug Debug.SmtpForkDelay Debug.StoreForkDelay Debug.SweepForkDelay Debug.NoCore' ov_confctl show DEB
 expect 'Manager.ViewManagerLog' ov_confctl show manager.viewm
@@ -75,6 +75,11 @@ expect 'HoldMessage HoldMessages' ov_confctl explain holdm
 expect 'manager:' ov_confctl show --rights = m
 expect 'hanako i.9-Z_ taro' ov_confctl --file = "$root/conf" show --rights manager :
 expect "$root/conf" ov_confctl check --json "$root/co"
+expect 'SMTP.ListenQueue=' ov_confctl apply --wait 5 smtp.listenq
+expect 'sendmail' ov_confctl apply --diff SMTP.MailSubmissionProgram = s
+expect 'Forward.ForwardMode' ov_confctl apply --delete forward.forwardmo
+expect 'HoldMessage=' ov_confctl --rights manager : taro apply holdm
+expect "$root/conf" ov_confctl apply "$root/co"
 expect 'SMTP Screening SystemControl Search' ov_conf -s S
 expect 'SmtpForkDelay StoreForkDelay SweepForkDelay NoCore' ov_conf -s dEBUG -k ''
 expect 'NoCore' ov_conf -s '"Debug"' -k no

@@ -8,33 +8,20 @@
 #include <gtest/gtest.h>
 #include <regex>
 #include <sys/mount.h>
-#include <sys/ptrace.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace ov {
 namespace {
 
 using namespace std::string_literals;
+using test::give;
+using test::interrupt;
+using test::possession_of;
 using test::read_file;
 using test::TempDir;
 
 constexpr std::nullopt_t Deleted = std::nullopt;
-
-// The owner, the group and the mode of a file.
-std::string possession_of(const std::string& path) {
-    struct stat info = {};
-    ::stat(path.c_str(), &info);
-    return std::to_string(info.st_uid) + ":" + std::to_string(info.st_gid) + " " +
-           std::to_string(info.st_mode);
-}
-
-void give(const std::string& path, mode_t mode) {
-    ASSERT_EQ(::chmod(path.c_str(), mode), 0);
-    ASSERT_TRUE(!test::is_root() || ::chown(path.c_str(), 12, 34) == 0);
-}
 
 TEST(Edit, EveryOtherByteStays) {
     struct Case {
@@ -302,36 +289,6 @@ TEST(Edit, ADiskThatFills) {
     std::filesystem::remove(disk + "/other");
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(disk), {}), 1);
     ::umount(disk.c_str());
-}
-
-// Sends `signal` to a command in front of its `number`-th system call behind the one that locks the
-// file for editing. Returns how it ended; nothing when it ended before.
-std::optional<int> interrupt(const std::vector<std::string>& words, int number, int signal) {
-    test::Setting setting = test::as_root();
-    setting.traced = true;
-    setting.environment["ASAN_OPTIONS"] += ":detect_leaks=0"; // which traces the process itself
-    test::Running command(words, setting);
-    const pid_t process = command.process();
-    int status = 0;
-    ::waitpid(process, &status, 0);
-    ::ptrace(PTRACE_SETOPTIONS, process, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL);
-    bool locked = false;
-    while (number > 0) {
-        ::ptrace(PTRACE_SYSCALL, process, nullptr, nullptr);
-        if (::waitpid(process, &status, 0) != process || !WIFSTOPPED(status)) {
-            command.ended(status);
-            return std::nullopt;
-        }
-        __ptrace_syscall_info info{};
-        ::ptrace(PTRACE_GET_SYSCALL_INFO, process, sizeof info, &info);
-        if (WSTOPSIG(status) == (SIGTRAP | 0x80) && info.op == PTRACE_SYSCALL_INFO_ENTRY) {
-            number -= locked;
-            locked = locked || info.entry.nr == SYS_fcntl;
-        }
-    }
-    ::kill(process, signal);
-    ::ptrace(PTRACE_DETACH, process, nullptr, nullptr);
-    return command.result().status;
 }
 
 // Whenever an edit is killed, the old or the new text is there as a whole, if only in the temporary

@@ -2,9 +2,11 @@
 // the error 0 writes one byte less than asked for; with the error -1 nothing fails, but the process
 // stops itself in front of the call.
 //   OV_FAULT_FILE    the file; with "*" at its end any file whose path begins so
-//   OV_FAULT_CALL    fdopen, fwrite, fflush, fdatasync, fclose, open, fcntl, stat, fstat, read,
-//                    write, ftruncate, close, mkdir or unlink; with "<", ">" or "+" behind it only
-//                    for a file that is open for reading, for writing or for both
+//   OV_FAULT_CALL    fdopen, fwrite, fflush, fdatasync, fsync, fclose, open, fcntl, stat, fstat,
+//   read,
+//                    write, pwrite, ftruncate, close, fchown, rename, mkdir or unlink; with "<",
+//                    ">" or "+" behind it only for a file that is open for reading, for writing or
+//                    for both
 //   OV_FAULT_NUMBER  which call of it fails, counted from 1
 //   OV_FAULT_ERROR   its errno
 // Or allocations fail, and OV_FAULT_FILE is made to tell that there was one:
@@ -15,6 +17,7 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -163,6 +166,25 @@ int fdatasync(int fd) {
     return fails("fdatasync", fd) ? -1 : real<int(int)>("fdatasync")(fd);
 }
 
+int fsync(int fd) {
+    return fails("fsync", fd) ? -1 : real<int(int)>("fsync")(fd);
+}
+
+ssize_t pwrite(int fd, const void* buffer, size_t size, off_t at) {
+    auto* real_write = real<ssize_t(int, const void*, size_t, off_t)>("pwrite");
+    return fails("pwrite", fd) ? -1 : real_write(fd, buffer, size, at);
+}
+
+int fchown(int fd, uid_t owner, gid_t group) noexcept {
+    return fails("fchown", fd) ? -1 : real<int(int, uid_t, gid_t)>("fchown")(fd, owner, group);
+}
+
+int renameat(int from, const char* path, int to, const char* name) noexcept {
+    const bool failing = fails("rename", in_directory(to, name).data());
+    auto* real_rename = real<int(int, const char*, int, const char*)>("renameat");
+    return failing ? -1 : real_rename(from, path, to, name);
+}
+
 int ftruncate(int fd, off_t size) noexcept {
     return fails("ftruncate", fd) ? -1 : real<int(int, off_t)>("ftruncate")(fd, size);
 }
@@ -200,6 +222,30 @@ int stat(const char* path, struct stat* info) noexcept {
 
 int fstat(int fd, struct stat* info) noexcept {
     return fails("fstat", fd) ? -1 : real<int(int, struct stat*)>("fstat")(fd, info);
+}
+
+// The system's log is the file "syslog", where there is one.
+void __vsyslog_chk(int, int, const char* format, va_list arguments) {
+    if (FILE* log = std::fopen("syslog", "r+")) {
+        std::fseek(log, 0, SEEK_END);
+        std::vfprintf(log, format, arguments);
+        std::fputc('\n', log);
+        std::fclose(log);
+    }
+}
+
+void __syslog_chk(int priority, int flag, const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    __vsyslog_chk(priority, flag, format, arguments);
+    va_end(arguments);
+}
+
+void syslog(int priority, const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    __vsyslog_chk(priority, 0, format, arguments);
+    va_end(arguments);
 }
 
 uid_t getuid() noexcept {

@@ -33,7 +33,7 @@ version_of() { dpkg-deb -f "$1" Version; }
 dpkg --compare-versions "$(version_of "$package")" gt "$(version_of old/*.deb)"
 dpkg --compare-versions "$(version_of old/*.deb)" gt 7.1.02
 # Later releases of the libraries will do.
-same "$(dpkg-deb -f "$package" Depends | sed 's/libc[0-9.]* (>= [0-9.]*)\(, \)*//g')" ''
+same "$(dpkg-deb -f "$package" Depends | sed 's/lib\(acl\|attr\|c\)[0-9.]* (>= [0-9.:]*)\(, \)*//g')" ''
 # Folders, files and links; the links are not counted as copies of the program.
 same "$(dpkg-deb -c "$package" | cut -c 1-10 | sort -u | xargs)" '-rw-r--r-- -rwxr-xr-x drwxr-xr-x lrwxrwxrwx'
 [ "$(dpkg-deb -f "$package" Installed-Size)" -lt "$(($(du -sk --apparent-size "$usr" | cut -f 1) + 50))" ]

@@ -16,6 +16,7 @@
 #include <sys/ptrace.h>
 #include <sys/sendfile.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -206,6 +207,46 @@ Setting failing(const std::string& file, std::string_view call, int number, int 
                                 {"OV_FAULT_NUMBER", std::to_string(number)},
                                 {"OV_FAULT_ERROR", std::to_string(error)}});
     return setting;
+}
+
+std::optional<int> interrupt(const std::vector<std::string>& words, int number, int signal) {
+    Setting setting = as_root();
+    setting.traced = true;
+    setting.environment["ASAN_OPTIONS"] += ":detect_leaks=0"; // which traces the process itself
+    Running command(words, setting);
+    const pid_t process = command.process();
+    int status = 0;
+    ::waitpid(process, &status, 0);
+    ::ptrace(PTRACE_SETOPTIONS, process, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL);
+    bool locked = false;
+    while (number > 0) {
+        ::ptrace(PTRACE_SYSCALL, process, nullptr, nullptr);
+        if (::waitpid(process, &status, 0) != process || !WIFSTOPPED(status)) {
+            command.ended(status);
+            return std::nullopt;
+        }
+        __ptrace_syscall_info info{};
+        ::ptrace(PTRACE_GET_SYSCALL_INFO, process, sizeof info, &info);
+        if (WSTOPSIG(status) == (SIGTRAP | 0x80) && info.op == PTRACE_SYSCALL_INFO_ENTRY) {
+            number -= locked;
+            locked = locked || info.entry.nr == SYS_fcntl;
+        }
+    }
+    ::kill(process, signal);
+    ::ptrace(PTRACE_DETACH, process, nullptr, nullptr);
+    return command.result().status;
+}
+
+std::string possession_of(const std::string& path) {
+    struct stat info = {};
+    ::stat(path.c_str(), &info);
+    return std::to_string(info.st_uid) + ":" + std::to_string(info.st_gid) + " " +
+           std::to_string(info.st_mode);
+}
+
+void give(const std::string& path, mode_t mode) {
+    ASSERT_EQ(::chmod(path.c_str(), mode), 0);
+    ASSERT_TRUE(!is_root() || ::chown(path.c_str(), 12, 34) == 0);
 }
 
 bool is_root() {

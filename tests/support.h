@@ -5,8 +5,10 @@
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <sys/types.h>
 #include <vector>
 
 namespace ov::test {
@@ -89,7 +91,15 @@ Setting as_root();
 // has the functions.
 Setting failing(const std::string& file, std::string_view call, int number, int error);
 
+// Sends `signal` to a command in front of its `number`-th system call behind the first one of
+// fcntl. Returns how it ended; nothing when it ended before.
+std::optional<int> interrupt(const std::vector<std::string>& words, int number, int signal);
+
 constexpr unsigned Nobody = 65534;
+
+// The owner, the group and the mode of a file; and giving it others.
+std::string possession_of(const std::string& path);
+void give(const std::string& path, mode_t mode);
 
 bool is_root();
 

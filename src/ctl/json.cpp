@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
+#include <set>
 
 namespace ov::ctl {
 
@@ -9,9 +10,10 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
+constexpr std::string_view Digits =
+    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
 std::string base64(std::string_view bytes) {
-    constexpr std::string_view Digits =
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     std::string text;
     for (std::size_t i = 0; i < bytes.size(); i += 3) {
         const std::string_view three = bytes.substr(i, 3);
@@ -24,6 +26,24 @@ std::string base64(std::string_view bytes) {
         }
     }
     return text;
+}
+
+// The bytes that a text of base64 stands for; nothing when it is none.
+std::optional<std::string> from_base64(std::string_view text) {
+    std::string bytes;
+    unsigned bits = 0;
+    std::size_t count = 0;
+    for (const char digit : text.substr(0, text.find_last_not_of('=') + 1)) {
+        const std::size_t value = Digits.find(digit);
+        if (value == Digits.npos) {
+            return std::nullopt;
+        }
+        bits = bits << 6 | static_cast<unsigned>(value);
+        if (++count % 4 != 1) {
+            bytes += static_cast<char>(bits >> (6 - 2 * ((count - 1) % 4)) & 0xff);
+        }
+    }
+    return base64(bytes) == text ? std::optional(bytes) : std::nullopt;
 }
 
 bool is_utf8(const std::string& text) {
@@ -106,6 +126,105 @@ Json json(const ShownKey& key, bool with_secrets) {
     return object;
 }
 
+Json json(const std::vector<Difference>& changed) {
+    Json list = Json::array();
+    for (const Difference& key : changed) {
+        Json object{{"section", text(key.section)},
+                    {"key", text(key.key)},
+                    {"before", key.secret ? Json() : optional_text(key.before)},
+                    {"after", key.secret ? Json() : optional_text(key.after)}};
+        if (key.secret) {
+            object["masked"] = true;
+        }
+        list.push_back(std::move(object));
+    }
+    return list;
+}
+
+// What is wrong with a text that a program has sent.
+struct Unusable {
+    std::string why;
+};
+
+// A text: a string, or an object with bytes in base64. Nothing for any other value.
+std::optional<std::string> text_in(const Json& json) {
+    if (json.is_string()) {
+        return json.get<std::string>();
+    }
+    const bool is_coded = json.is_object() && json.size() == 1 && json.contains("base64") &&
+                          json["base64"].is_string();
+    return is_coded ? from_base64(json["base64"].get<std::string>()) : std::nullopt;
+}
+
+Typed typed_in(const Json& json, const std::string& place) {
+    if (json.is_null()) {
+        return {};
+    }
+    if (json.is_boolean()) {
+        return json.get<bool>();
+    }
+    if (json.is_number_unsigned()) {
+        return json.get<std::uint64_t>();
+    }
+    if (json.is_number_integer()) {
+        return json.get<std::int64_t>();
+    }
+    if (json.is_array()) {
+        std::vector<std::string> items;
+        for (const Json& item : json) {
+            const auto text = text_in(item);
+            if (!text) {
+                throw Unusable{place + ": a list has texts only"};
+            }
+            items.push_back(*text);
+        }
+        return items;
+    }
+    const auto text = text_in(json);
+    if (!text) {
+        throw Unusable{place + ": \"value\" is no text, whole number, boolean, list or null"};
+    }
+    return *text;
+}
+
+JsonEntry entry_in(const Json& json, const std::string& place) {
+    if (!json.is_object() || !json.contains("key") || !json.contains("value")) {
+        throw Unusable{place + R"( is no object with "section", "key" and "value")"};
+    }
+    JsonEntry entry;
+    for (const auto& [name, value] : json.items()) {
+        if (name == "value") {
+            entry.value = typed_in(value, place);
+            continue;
+        }
+        if (name != "section" && name != "key") {
+            throw Unusable{place + ": unknown field \"" + name + '"'};
+        }
+        std::optional<std::string> text = text_in(value);
+        if (!text && !value.is_null()) {
+            throw Unusable{place + ": \"" + name + "\" is no text"};
+        }
+        (name == "key" ? entry.key : entry.section) = std::move(text);
+    }
+    return entry;
+}
+
+// Parses a text in which no object has a name twice.
+Json parsed(const std::string& text) {
+    std::vector<std::set<std::string>> names; // of the objects that are open
+    return Json::parse(text, [&names](int, Json::parse_event_t event, Json& value) {
+        if (event == Json::parse_event_t::object_start) {
+            names.emplace_back();
+        } else if (event == Json::parse_event_t::object_end) {
+            names.pop_back();
+        } else if (event == Json::parse_event_t::key &&
+                   !names.back().insert(value.get<std::string>()).second) {
+            throw Unusable{"\"" + value.get<std::string>() + "\" is given twice in an object"};
+        }
+        return true;
+    });
+}
+
 std::string line(const Json& json) {
     return json.dump() + '\n';
 }
@@ -127,18 +246,20 @@ std::string json_of(const std::vector<ShownKey>& keys, bool with_secrets) {
 }
 
 std::string json_of(const std::vector<Difference>& changed) {
-    Json list = Json::array();
-    for (const Difference& key : changed) {
-        Json object{{"section", key.section},
-                    {"key", key.key},
-                    {"before", key.secret ? Json() : optional_text(key.before)},
-                    {"after", key.secret ? Json() : optional_text(key.after)}};
-        if (key.secret) {
-            object["masked"] = true;
-        }
-        list.push_back(std::move(object));
-    }
-    return line({{"changed", std::move(list)}});
+    return line({{"changed", json(changed)}});
+}
+
+std::string json_of(const Applied& applied) {
+    const auto text_or_null = [](const std::string& value) {
+        return value.empty() ? Json() : text(value);
+    };
+    return line({{"file", text(applied.file)},
+                 {"changed", json(applied.changed)},
+                 {"written", applied.written},
+                 {"how", text_or_null(applied.how)},
+                 {"backup", text_or_null(applied.backup)},
+                 {"errors", json(applied.errors)},
+                 {"warnings", json(applied.warnings)}});
 }
 
 std::string json_of(const std::vector<Explanation>& explained) {
@@ -151,6 +272,41 @@ std::string json_of(const std::vector<Explanation>& explained) {
         list.push_back(std::move(object));
     }
     return line(list);
+}
+
+std::string json_of(const std::vector<Leftover>& leftovers) {
+    constexpr const char* contents[] = {"foreign", "equal", "whole", "part", "other"};
+    Json list = Json::array();
+    for (const Leftover& left : leftovers) {
+        list.push_back({{"name", text(left.name)},
+                        {"of", left.of == Leftover::Of::Conf ? "ov_conf" : "ov_confctl"},
+                        {"size", left.size},
+                        {"time", left.time},
+                        {"content", contents[static_cast<std::size_t>(left.what)]},
+                        {"put_back", left.may_be_put_back()},
+                        {"remove", left.reason.empty()},
+                        {"message", text(in_words(left))}});
+    }
+    return line(list);
+}
+
+std::optional<std::vector<JsonEntry>> entries_of_json(const std::string& text, std::string& why) {
+    try {
+        const Json list = parsed(text);
+        if (!list.is_array()) {
+            throw Unusable{"is no list"};
+        }
+        std::vector<JsonEntry> entries;
+        for (const Json& json : list) {
+            entries.push_back(entry_in(json, "entry " + std::to_string(entries.size() + 1)));
+        }
+        return entries;
+    } catch (const Json::parse_error& error) {
+        why = "is no JSON: at byte " + std::to_string(error.byte);
+    } catch (const Unusable& unusable) {
+        why = unusable.why;
+    }
+    return std::nullopt;
 }
 
 } // namespace ov::ctl

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "ctl/findings.h"
+#include "ctl/leftovers.h"
 #include "ctl/shown.h"
 
 namespace ov::ctl {
@@ -14,16 +15,41 @@ std::string json_of(const std::vector<ShownKey>& keys, bool with_secrets);
 // A key that differs. Nothing: a file has no entry of it.
 struct Difference {
     std::string section;
-    std::string key;
-    std::optional<std::string> before;
-    std::optional<std::string> after;
+    std::string key = {}; // empty: the section itself
+    std::optional<std::string> before = {};
+    std::optional<std::string> after = {};
     bool secret = false;
 };
 std::string json_of(const std::vector<Difference>& changed);
+
+// What apply has done, or would do.
+struct Applied {
+    std::string file;
+    std::vector<Difference> changed = {};
+    bool written = false;
+    std::string how = {};    // "renamed", "in-place" or "created"; empty: not written
+    std::string backup = {}; // where the old text is; empty: nowhere
+    std::vector<Finding> errors = {};
+    std::vector<Finding> warnings = {};
+};
+std::string json_of(const Applied& applied);
 
 // What is known of a name, as pairs of a term and its text, or texts.
 using Explanation =
     std::vector<std::pair<std::string, std::variant<std::string, std::vector<std::string>>>>;
 std::string json_of(const std::vector<Explanation>& explained);
+
+std::string json_of(const std::vector<Leftover>& leftovers);
+
+// An entry that a program asks for. No section, or key: it is null or not there.
+struct JsonEntry {
+    std::optional<std::string> section = {};
+    std::optional<std::string> key = {};
+    Typed value = {}; // nothing: null
+};
+// The entries of a list of objects with "section", "key" and "value"; nothing, with what is wrong
+// in `why`, for any other text, for names of fields that are unknown or given twice, and for
+// fractions.
+std::optional<std::vector<JsonEntry>> entries_of_json(const std::string& text, std::string& why);
 
 } // namespace ov::ctl

@@ -1,14 +1,22 @@
+#include "ctl/document.h"
 #include "ctl/options.h"
 #include "ctl/text.h"
 #include "util/log.h"
+#include "value/convert.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <getopt.h>
 #include <new>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
 
 namespace ov::ctl {
 
@@ -17,13 +25,15 @@ namespace {
 constexpr const char* Usage =
     "usage: ov_confctl [-f FILE] COMMAND [ARGUMENT...]\n"
     "\n"
-    "Looks at whole configurations of the gateway. Nothing is changed.\n"
+    "Looks at whole configurations of the gateway, and changes many entries at once.\n"
     "\n"
     "commands:\n"
     "  check [FILE...]   reports all that is wrong, and what is likely wrong\n"
     "  show [NAME...]    shows what is in force, by Section, Section.Key or a pattern\n"
     "  diff OTHER        shows what differs in force between two files\n"
     "  explain [NAME...] says what a key, a section, a kind or a right is\n"
+    "  apply NAME=VALUE  makes all changes at once, or none of them\n"
+    "  recover           looks after what a killed change has left\n"
     "\n"
     "options:\n"
     "  -f, --file FILE   the configuration file (/etc/Tessary.conf)\n"
@@ -31,8 +41,8 @@ constexpr const char* Usage =
     "  -h, --help        this text; after a command: help for that command\n"
     "      --version     the version\n"
     "\n"
-    "status: 0 good, 1 invalid or different, 2 wrong call, 3 no such name, 4 not opened, or not "
-    "written\n";
+    "status: 0 good, 1 invalid, different or refused, 2 wrong call, 3 no such name,\n"
+    "        4 not opened, locked or not written\n";
 
 struct Command {
     const char* name;
@@ -77,21 +87,80 @@ constexpr Command commands[] = {
      "Says what the manual says of a key (SMTP.SmtpPort, SmtpPort), a section, a kind of value or "
      "a\n"
      "right. Without a name: the sections.\n"},
+    {"apply", apply, "nDbCurXlwL",
+     "usage: ov_confctl [-f FILE] apply [OPTION...] [NAME=VALUE|FRAGMENT|-]... [--delete NAME]...\n"
+     "       ov_confctl [-f FILE] --rights ROLE:USER apply [OPTION...] ...\n"
+     "\n"
+     "Makes all changes at once, or none of them. NAME is Section.Key; FRAGMENT is a file that "
+     "has\n"
+     "the entries to be set, and \"-\" the same on standard input. With --json it is a list:\n"
+     "[{\"section\": \"SMTP\", \"key\": \"SmtpPort\", \"value\": 25}]; null deletes.\n"
+     "\n"
+     "  --delete NAME  deletes the entries of Section.Key, or a whole Section\n"
+     "  --dry-run      does all but write\n"
+     "  --diff         shows what changes, key by key\n"
+     "  --backup       keeps the old text beside the file\n"
+     "  --create       makes the file when it is missing\n"
+     "  --unknown      takes names that the gateway does not know\n"
+     "  --rights       changes the rights of a user; names are keys alone\n"
+     "  --lock FILE    the lock file (FILE with .lock for .conf)\n"
+     "  --wait SECONDS waits so long for locks (30)\n"
+     "  --locked       the caller holds the lock file\n"
+     "  --json         answers for programs, and reads fragments as JSON\n"},
+    {"recover", recover, "rlwLpR",
+     "usage: ov_confctl [-f FILE] recover [--put-back NAME | --remove NAME] [--json]\n"
+     "       ov_confctl [-f FILE] --rights ROLE:USER recover ...\n"
+     "\n"
+     "Lists what changes that were killed have left beside the file.\n"
+     "\n"
+     "  --put-back NAME puts the text of such a file into the configuration file again\n"
+     "  --remove NAME   removes such a file\n"
+     "  --lock, --wait, --locked: as apply has them\n"},
 };
 
-constexpr struct option known_options[] = {
-    {"file", required_argument, nullptr, 'f'},
-    {"json", no_argument, nullptr, 'j'},
-    {"strict", no_argument, nullptr, 'S'},
-    {"changed", no_argument, nullptr, 'c'},
-    {"defaults", no_argument, nullptr, 'd'},
-    {"origin", no_argument, nullptr, 'o'},
-    {"secrets", no_argument, nullptr, 'x'},
-    {"rights", required_argument, nullptr, 'r'},
-    {"help", no_argument, nullptr, 'h'},
-    {"version", no_argument, nullptr, 'V'},
-    {nullptr, 0, nullptr, 0},
+// An option, and where it goes: a flag, a text, a list of texts, or neither of them.
+struct KnownOption {
+    const char* name;
+    char letter;
+    std::variant<std::monostate, bool Options::*, std::optional<std::string> Options::*,
+                 std::vector<std::string> Options::*>
+        member = {};
+    bool takes_argument = member.index() > 1;
 };
+constexpr KnownOption known_options[] = {
+    {"file", 'f', {}, true},
+    {"json", 'j', &Options::json},
+    {"strict", 'S', &Options::strict},
+    {"changed", 'c', &Options::changed},
+    {"defaults", 'd', &Options::defaults},
+    {"origin", 'o', &Options::origin},
+    {"secrets", 'x', &Options::secrets},
+    {"rights", 'r', &Options::rights},
+    {"dry-run", 'n', &Options::dry_run},
+    {"diff", 'D', &Options::diff},
+    {"backup", 'b', &Options::backup},
+    {"create", 'C', &Options::create},
+    {"unknown", 'u', &Options::unknown},
+    {"delete", 'X', &Options::deleted},
+    {"lock", 'l', &Options::lock},
+    {"wait", 'w', {}, true},
+    {"locked", 'L', &Options::locked},
+    {"put-back", 'p', &Options::put_back},
+    {"remove", 'R', &Options::remove},
+    {"help", 'h'},
+    {"version", 'V'},
+};
+
+// The same as getopt_long wants it.
+constexpr auto getopt_options = [] {
+    std::array<option, std::size(known_options) + 1> all{};
+    for (std::size_t i = 0; i < std::size(known_options); ++i) {
+        const KnownOption& known = known_options[i];
+        all[i] = {known.name, known.takes_argument ? required_argument : no_argument, nullptr,
+                  known.letter};
+    }
+    return all;
+}();
 
 const Command* find_command(std::string_view name) {
     const auto* found =
@@ -100,39 +169,30 @@ const Command* find_command(std::string_view name) {
     return found == std::end(commands) ? nullptr : found;
 }
 
-const char* name_of(int letter) {
-    const auto* found = std::find_if(std::begin(known_options), std::end(known_options),
-                                     [letter](const auto& known) { return known.val == letter; });
-    return found->name;
+const KnownOption& option_of(int letter) {
+    return *std::find_if(std::begin(known_options), std::end(known_options),
+                         [letter](const KnownOption& known) { return known.letter == letter; });
 }
 
-void set_option(Options& options, int letter) {
-    switch (letter) {
-    case 'f':
-        options.file = optarg;
+// Sets an option. Returns whether its argument is of use.
+bool set_option(Options& options, const KnownOption& known, const char* argument) {
+    constexpr int LongestWait = 86400;
+    if (known.letter == 'f') {
+        options.file = argument;
         options.names_file = true;
-        break;
-    case 'j':
-        options.json = true;
-        break;
-    case 'S':
-        options.strict = true;
-        break;
-    case 'c':
-        options.changed = true;
-        break;
-    case 'd':
-        options.defaults = true;
-        break;
-    case 'o':
-        options.origin = true;
-        break;
-    case 'x':
-        options.secrets = true;
-        break;
-    default:
-        options.rights = optarg;
+    } else if (known.letter == 'w') {
+        const auto seconds = decimal_within(argument, 0, LongestWait);
+        options.wait = static_cast<int>(seconds.value_or(0));
+        return seconds.has_value();
+    } else if (const auto* flag = std::get_if<bool Options::*>(&known.member)) {
+        options.*(*flag) = true;
+    } else if (const auto* text =
+                   std::get_if<std::optional<std::string> Options::*>(&known.member)) {
+        options.*(*text) = argument;
+    } else if (const auto* list = std::get_if<std::vector<std::string> Options::*>(&known.member)) {
+        (options.*(*list)).emplace_back(argument);
     }
+    return true;
 }
 
 // The command that is run, for what is said of a wrong call.
@@ -143,14 +203,15 @@ int run(int argc, char** argv) {
     argv[0] = name;
     Options options;
     std::string given; // the letters of the options
-    for (int letter; (letter = ::getopt_long(argc, argv, "f:h", known_options, nullptr)) != -1;) {
+    for (int letter;
+         (letter = ::getopt_long(argc, argv, "f:h", getopt_options.data(), nullptr)) != -1;) {
         if (letter == '?') {
             std::fputs("Try: ov_confctl --help\n", stderr);
             return WrongCall;
         }
         given += static_cast<char>(letter);
-        if (letter != 'h' && letter != 'V') {
-            set_option(options, letter);
+        if (!set_option(options, option_of(letter), optarg)) {
+            return wrong_call("--wait takes seconds, at most a day");
         }
     }
     if (optind < argc && std::string_view(argv[optind]) == "help") {
@@ -173,7 +234,8 @@ int run(int argc, char** argv) {
     command_name = command->name;
     for (const char letter : given) {
         if (letter != 'f' && letter != 'j' && !std::strchr(command->options, letter)) {
-            return wrong_call(std::string(command->name) + " does not take --" + name_of(letter));
+            return wrong_call(std::string(command->name) + " does not take --" +
+                              option_of(letter).name);
         }
     }
     options.operands.assign(argv + optind + 1, argv + argc);
@@ -186,12 +248,6 @@ int wrong_call(const std::string& message) {
     std::fprintf(stderr, "ov_confctl: %s\nTry: ov_confctl %s%s--help\n", printable(message).c_str(),
                  command_name, *command_name ? " " : "");
     return WrongCall;
-}
-
-std::string why_not_opened() {
-    return errno == EWOULDBLOCK ? "somebody who changes it has locked it"
-           : errno == EFBIG     ? "64 MiB or larger"
-                                : std::strerror(errno);
 }
 
 int not_opened(const std::string& file) {

@@ -13,7 +13,7 @@ enum Status {
     NotGood = 1,   // a configuration is invalid, or different
     WrongCall = 2, // the call is wrong
     NoSuchName = 3,
-    NotOpened = 4, // a file could not be opened, or read
+    NotOpened = 4, // a file could not be opened, read, locked or written
 };
 
 struct Options {
@@ -25,7 +25,18 @@ struct Options {
     bool defaults = false;
     bool origin = false;
     bool secrets = false;
+    bool dry_run = false;
+    bool diff = false;
+    bool backup = false;
+    bool create = false;
+    bool unknown = false;
+    bool locked = false;
+    int wait = 30; // seconds for a lock
+    std::optional<std::string> lock;
+    std::optional<std::string> put_back;
+    std::optional<std::string> remove;
     std::optional<std::string> rights; // ROLE:USER
+    std::vector<std::string> deleted;  // names of what is to go
     std::vector<std::string> operands; // behind the command
 };
 
@@ -34,11 +45,12 @@ int check(const Options& options);
 int show(const Options& options);
 int diff(const Options& options);
 int explain(const Options& options);
+int apply(const Options& options);
+int recover(const Options& options);
 
 // Prints what is wrong with a call on standard error, and returns its status.
 int wrong_call(const std::string& message);
-// The same for a file that cannot be read, with errno; and why that is.
+// The same for a file that cannot be read, with errno.
 int not_opened(const std::string& file);
-std::string why_not_opened();
 
 } // namespace ov::ctl

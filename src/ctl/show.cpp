@@ -1,10 +1,10 @@
 #include "catalogue/settings.h"
 #include "ctl/json.h"
 #include "ctl/options.h"
+#include "ctl/rights_file.h"
 #include "ctl/shown.h"
 #include "ctl/text.h"
 #include "ctl/trial.h"
-#include "load/roles.h"
 #include "reference/vocabulary.h"
 
 #include <algorithm>
@@ -14,10 +14,6 @@
 namespace ov::ctl {
 
 namespace {
-
-// The roles, as "--rights" names them, by rank.
-constexpr const char* role_names[] = {"admin",        "manager",        "sysadm",
-                                      "search_admin", "search_manager", "search_sysadm"};
 
 // What was asked for: all keys of the catalogue and the rights that a file sets, or what names
 // name.
@@ -132,15 +128,11 @@ int show_keys(const Options& options, Wanted wanted) {
 
 // The rights of one user: of his file, of the main file, or the defaults.
 int show_rights(const Options& options) {
-    const std::size_t colon = options.rights->find(':');
-    const std::string_view role = std::string_view(*options.rights).substr(0, colon);
-    const auto* name = std::find(std::begin(role_names), std::end(role_names), role);
-    const std::string user = colon == std::string::npos ? "" : options.rights->substr(colon + 1);
-    if (name == std::end(role_names) || !isvalid_username(user)) {
-        return wrong_call("--rights takes ROLE:USER, and ROLE is admin, manager, sysadm, "
-                          "search_admin, search_manager or search_sysadm");
+    const std::optional<RightsOf> whose = rights_of(*options.rights);
+    if (!whose) {
+        return wrong_call(WrongRights);
     }
-    const auto rank = static_cast<int>(name - std::begin(role_names));
+    const int rank = whose->rank;
     const auto document = read_document(options.file);
     if (!document) {
         return not_opened(options.file);
@@ -154,12 +146,7 @@ int show_rights(const Options& options) {
             origins[i] = place_of(of_section[i], *document, found);
         }
     }
-    std::string path;
-    std::string section;
-    access_cffile(rank, user.c_str(), path, &section);
-    if (const std::size_t slashes = path.find("//"); slashes != path.npos) {
-        path.erase(slashes, 1); // as people write it
-    }
+    const auto [path, section] = rights_file(*whose);
     const auto file = read_installed(path);
     if (!file && errno != ENOENT) {
         return not_opened(path);

@@ -7,6 +7,7 @@
 #include "reference/vocabulary.h"
 #include "util/text.h"
 
+#include <algorithm>
 #include <tuple>
 #include <type_traits>
 
@@ -54,6 +55,36 @@ Typed typed_value(const Columns& row, const Variable& variable) {
     const auto items = kinds::items_of(variable);
     return items ? Typed(*items) : Typed();
 }
+
+// The text of a typed value.
+struct ToText {
+    const Columns* row;
+
+    using Result = std::optional<std::string>;
+    Result operator()(std::monostate) const { return std::nullopt; }
+    Result operator()(const std::string& value) const { return value; }
+    Result operator()(bool value) const {
+        const bool takes_it = row && kinds::is_yes_or_no(kind_of(row->load));
+        return takes_it ? Result(value ? "yes" : "no") : std::nullopt;
+    }
+    template <class Number>
+    Result operator()(Number value) const {
+        std::string text = std::to_string(value);
+        const char unit = row && value > 0 ? kinds::unit_held(kind_of(row->load)) : '\0';
+        return unit != '\0' ? text + unit : text;
+    }
+    Result operator()(const std::vector<std::string>& values) const {
+        const char separator = row ? kinds::separator_of(manner_of(row->load)) : '\0';
+        const bool takes_it = row && (manner_of(row->load).separators.front() != '\0' ||
+                                      kind_of(row->load).types == AddressLists);
+        if (!takes_it || std::any_of(values.begin(), values.end(), [separator](const auto& value) {
+                return value.empty() || value.find(separator) != value.npos;
+            })) {
+            return std::nullopt;
+        }
+        return kinds::joined_items(values, separator);
+    }
+};
 
 // A key as it is set. `put_default` gives its setting the default; when it may be copied from
 // another one, that is not its default.
@@ -132,6 +163,10 @@ std::vector<ShownKey> shown_rights(const char* section, int rank,
         shown.push_back(shown_right(section, rank, rights()[i], origins[i], whom));
     }
     return shown;
+}
+
+std::optional<std::string> text_of(const Columns* row, const Typed& typed) {
+    return std::visit(ToText{row}, typed);
 }
 
 std::string in_quotes(const std::string& value) {

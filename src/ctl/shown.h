@@ -52,6 +52,10 @@ std::vector<ShownKey> shown_rights(const char* section, int rank,
 // secret is a comment unless `with_secrets`.
 std::string line_of(const ShownKey& key, bool with_secrets);
 
+// The text that sets a key of the row to what a program has given, as `typed` of a shown key has
+// it; null: a key of which nothing is known. Nothing when the key takes no value of that type.
+std::optional<std::string> text_of(const Columns* row, const Typed& typed);
+
 // A value as it stands behind the "=", in quotes where it would not read back without.
 std::string in_quotes(const std::string& value);
 

@@ -143,17 +143,28 @@ std::optional<std::string> written(const Kind& kind, const Value& value) {
     if (const auto* text = std::get_if<Text*>(&value.variable)) {
         return **text ? std::optional(std::string((*text)->view())) : std::nullopt;
     }
-    const char first = value.manner.separators.front();
-    const char separator = first == '\0' ? ';' : first; // as mail addresses have it
     const std::optional<Items> all = items_of(value.variable);
-    if (!all || all->empty()) {
-        return all ? std::optional(std::string(1, separator)) : std::nullopt;
+    return all ? std::optional(joined_items(*all, separator_of(value.manner))) : std::nullopt;
+}
+
+char separator_of(const Manner& manner) {
+    const char first = manner.separators.front();
+    return first == '\0' ? ';' : first; // as mail addresses have it
+}
+
+std::string joined_items(const Items& items, char separator) {
+    if (items.empty()) {
+        return std::string(1, separator);
     }
-    std::string text = all->front();
-    for (auto item = all->begin() + 1; item != all->end(); ++item) {
+    std::string text = items.front();
+    for (auto item = items.begin() + 1; item != items.end(); ++item) {
         text += separator + *item;
     }
     return text;
+}
+
+char unit_held(const Kind& kind) {
+    return &kind == &Bytes ? 'B' : &kind == &Kilobytes || &kind == &MinFree ? 'K' : '\0';
 }
 
 std::optional<Items> items_of(const Variable& variable) {

@@ -1,0 +1,31 @@
+// Replacing a file as a whole, so that every reader sees its old text or its new one.
+#pragma once
+
+#include "ctl/target.h"
+
+#include <cstdint>
+#include <string_view>
+
+namespace ov::ctl {
+
+// How the text got into the file.
+enum class How : std::uint8_t {
+    Renamed, // a new file with all that the old one had has taken its name
+    InPlace, // the file was written over, because a new one cannot have what it has
+    Created, // the file was made: 0640, a rights file 0644 with the owner and group of its
+             // directory
+};
+
+struct Replaced {
+    How how = How::Renamed;
+    std::string note = {};   // what else there is to know, such as why in place; may be empty
+    std::string backup = {}; // the path of the old text; empty: it was not wanted
+    std::string error = {};  // a sentence that names the file; empty: the text has been written
+};
+// Gives the file the new text, on the disk. After an error it has the old one; where even that
+// cannot be written back, the sentence says where the new text is. Signals wait. With `backup` the
+// old text stays beside the file as NAME.DATE-TIME.bak. What killed runs have left is removed,
+// unless the file is in pieces. To be called once.
+Replaced replace(Target& target, std::string_view text, bool backup = false);
+
+} // namespace ov::ctl

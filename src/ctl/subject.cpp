@@ -1,0 +1,39 @@
+#include "ctl/subject.h"
+
+#include "ctl/survey.h"
+
+namespace ov::ctl {
+
+Subject subject_of(const Options& options) {
+    Subject subject;
+    if (options.lock && options.locked) {
+        subject.status = wrong_call("--lock and --locked exclude each other");
+        return subject;
+    }
+    Wish& wish = subject.wish;
+    wish.path = options.file;
+    wish.main = options.file;
+    wish.wait = options.wait;
+    if (!options.locked) {
+        wish.lock = options.lock.value_or(lock_file_of(options.file));
+    }
+    if (!options.rights) {
+        return subject;
+    }
+    subject.whose = rights_of(*options.rights);
+    if (!subject.whose) {
+        subject.status = wrong_call(WrongRights);
+        return subject;
+    }
+    subject.main = read_document(options.file, wish.lock, wish.wait);
+    if (!subject.main) {
+        subject.status = not_opened(options.file);
+        return subject;
+    }
+    survey(*subject.main, Host::IsLeftAlone);
+    wish.path = rights_file(*subject.whose).path;
+    wish.kind = FileKind::Installed;
+    return subject;
+}
+
+} // namespace ov::ctl
