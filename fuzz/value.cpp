@@ -66,7 +66,8 @@ bool check_key(const Row& row, const std::string& text) {
     // a mask, a part that begins with a 0 is checked as decimal and loaded as octal. Any list of
     // servers passes the check, and eight of them are loaded.
     require(!accepted || taken || text.empty() || kind == &kinds::Integer ||
-                kind == &kinds::Integer64 || kind == &kinds::UserGroup || (is_number && text.size() > 9) ||
+                kind == &kinds::Integer64 || kind == &kinds::UserGroup ||
+                (is_number && text.size() > 9) ||
                 (kind == &kinds::IpConditionList && text.find('/') != text.npos),
             key);
     return taken;
