@@ -64,6 +64,11 @@ struct Interrupted {
         more.insert(more.begin(), {"ov_confctl", "-f", path, "recover", "--wait", "0"});
         return more;
     }
+    // What it answers then.
+    static Result is_back(const std::string& path, const std::string& name = "a.conf.tmp.aaaaaa",
+                          const std::string& err = "") {
+        return {0, path + ": the text of " + name + " is put back\n", err};
+    }
     // What stands in the copy that has been made for writing in place.
     std::string safe_copy() const {
         for (const std::string& name : dir.names()) {
@@ -186,7 +191,7 @@ TEST(Replace, WhatTheFileIs) {
     std::filesystem::create_symlink("a.conf", was.dir.path("link.conf"));
     std::filesystem::create_symlink(was.dir.path("link.conf"), was.dir.path("b.conf"));
     const ino_t inode = inode_of(was.file);
-    EXPECT_EQ(put_back(was.dir.path("b.conf")), (Result{0, "", ""}));
+    EXPECT_EQ(put_back(was.dir.path("b.conf")), was.is_back(was.dir.path("b.conf")));
     EXPECT_NE(inode_of(was.file), inode);
     EXPECT_TRUE(std::filesystem::is_symlink(was.dir.path("link.conf")));
     // What has taken its name by the time that it is locked is what is read.
@@ -196,7 +201,7 @@ TEST(Replace, WhatTheFileIs) {
     ASSERT_TRUE(late.stops());
     std::filesystem::rename(was.dir.file("new", was.whole.substr(0, 9)), was.file);
     late.go_on();
-    EXPECT_EQ(late.result(), (Result{0, "", ""}));
+    EXPECT_EQ(late.result(), was.is_back(was.file));
     test::give(was.file, 0640);
     if (!test::is_root()) {
         GTEST_SKIP() << "only the super-user mounts, and changes owners";
@@ -230,7 +235,7 @@ TEST(Replace, MeetsAnEditor) {
         test::write_file(file, "[s]\nk = 1\n");
         test::Running editor(edit, at(call));
         ASSERT_TRUE(editor.stops());
-        EXPECT_EQ(ctl::open_target(wish).error, file + ": somebody who changes it has locked it");
+        EXPECT_TRUE(ctl::open_target(wish).is_locked);
         editor.go_on();
         EXPECT_EQ(editor.result(), (Result{0, "", ""})) << call;
         EXPECT_EQ(ctl::open_target(wish).target->text, "[s]\nk = 2\n");
@@ -280,7 +285,8 @@ TEST(Replace, LockFiles) {
     std::this_thread::sleep_for(std::chrono::milliseconds(1200));
     EXPECT_EQ(read_file(was.file), was.old);
     ::flock(renewed.get(), LOCK_UN);
-    EXPECT_EQ(second.result(), (Result{0, "", "ov_confctl: waiting for " + lock + "\n"}));
+    EXPECT_EQ(second.result(),
+              was.is_back(was.file, "a.conf.tmp.aaaaaa", "ov_confctl: waiting for " + lock + "\n"));
     EXPECT_EQ(read_file(was.file), was.whole);
 
     ASSERT_EQ(::flock(renewed.get(), LOCK_EX), 0);
@@ -291,8 +297,8 @@ TEST(Replace, LockFiles) {
     std::filesystem::create_symlink("a.conf", was.dir.path("link"));
     ASSERT_EQ(::mkfifo(was.dir.path("pipe").c_str(), 0666), 0);
     for (const char* name : {"link", "pipe"}) {
-        EXPECT_EQ(test::run(was.recover(was.file, {"--lock", was.dir.path(name)})).status,
-                  NotOpened);
+        const Words more = {"--lock", was.dir.path(name), "--remove", "none"};
+        EXPECT_EQ(test::run(was.recover(was.file, more)).status, NotOpened);
     }
 }
 
@@ -397,7 +403,8 @@ TEST(Replace, ARightsFile) {
     EXPECT_EQ(read_file(path), "third");
     age(gateway.dir.file("admin/taro.conf.tmp.aaaaaa", "third and last"));
     const Words back = {"--rights", "admin:taro", "--put-back", "taro.conf.tmp.aaaaaa"};
-    EXPECT_EQ(test::run(Interrupted::recover(gateway.file, back)), (Result{0, "", ""}));
+    EXPECT_EQ(test::run(Interrupted::recover(gateway.file, back)),
+              Interrupted::is_back(path, "taro.conf.tmp.aaaaaa"));
     EXPECT_EQ(read_file(path), "third and last");
     EXPECT_EQ(test::possession_of(path), before);
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(gateway.path("admin")), {}), 3);

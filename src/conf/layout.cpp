@@ -4,6 +4,10 @@
 
 namespace ov {
 
+Entry entry_of(const LaidOut& piece) {
+    return {piece.section, 0, piece.key, piece.line, piece.rest};
+}
+
 std::optional<LaidOut> Layout::next() {
     for (;;) {
         // An entry of the common form is taken with the end of the line in front of it.

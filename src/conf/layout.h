@@ -20,6 +20,9 @@ struct LaidOut {
     std::string_view rest; // behind its "="
 };
 
+// The piece, which is an entry, as readers of values have it.
+Entry entry_of(const LaidOut& piece);
+
 // The pieces in their order, but the empty lines.
 class Layout {
   public:

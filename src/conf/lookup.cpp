@@ -189,6 +189,10 @@ std::optional<std::string_view> token_value(const Entry& entry) {
     }
 }
 
+std::optional<std::string_view> value_in(const Entry& entry, int mode) {
+    return (mode & LineMode) != 0 ? std::optional(line_value(entry)) : token_value(entry);
+}
+
 bool take_value(const Entry& entry, const char* sec, const char* key, std::string& ans,
                 std::size_t asiz, int flg) {
     const std::optional<std::string_view> value =

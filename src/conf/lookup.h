@@ -71,6 +71,9 @@ std::string_view line_value(const Entry& entry);
 // bracket or another "=": then the line is no entry.
 std::optional<std::string_view> token_value(const Entry& entry);
 
+// The value in one of the modes below.
+std::optional<std::string_view> value_in(const Entry& entry, int mode);
+
 // Bit 0 of the mode argument of _getprofile.
 inline constexpr int TokenMode = 0;
 inline constexpr int LineMode = 1;

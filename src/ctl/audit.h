@@ -13,4 +13,7 @@ namespace ov::ctl {
 // of which says by whom and which file.
 void audit(const std::string& file, const std::vector<Difference>& changed);
 
+// The same for anything else that has been done to it.
+void audit(const std::string& file, const std::string& what);
+
 } // namespace ov::ctl

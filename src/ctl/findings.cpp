@@ -13,7 +13,7 @@ std::string number_of(std::size_t count, const char* what) {
 } // namespace
 
 std::string in_words(const Finding& finding, const char* severity) {
-    std::string text = printable(finding.file) + ':';
+    std::string text = finding.file.empty() ? "ov_confctl:" : printable(finding.file) + ':';
     if (finding.line != 0) {
         text += std::to_string(finding.line) + ':';
     }

@@ -130,7 +130,7 @@ Json json(const std::vector<Difference>& changed) {
     Json list = Json::array();
     for (const Difference& key : changed) {
         Json object{{"section", text(key.section)},
-                    {"key", text(key.key)},
+                    {"key", optional_text(key.key)},
                     {"before", key.secret ? Json() : optional_text(key.before)},
                     {"after", key.secret ? Json() : optional_text(key.after)}};
         if (key.secret) {
@@ -212,7 +212,11 @@ JsonEntry entry_in(const Json& json, const std::string& place) {
 // Parses a text in which no object has a name twice.
 Json parsed(const std::string& text) {
     std::vector<std::set<std::string>> names; // of the objects that are open
-    return Json::parse(text, [&names](int, Json::parse_event_t event, Json& value) {
+    return Json::parse(text, [&names](int depth, Json::parse_event_t event, Json& value) {
+        constexpr int Deepest = 8; // a list of objects with lists of coded texts takes fewer
+        if (depth > Deepest) {
+            throw Unusable{"is nested too deeply"};
+        }
         if (event == Json::parse_event_t::object_start) {
             names.emplace_back();
         } else if (event == Json::parse_event_t::object_end) {
@@ -257,6 +261,7 @@ std::string json_of(const Applied& applied) {
                  {"changed", json(applied.changed)},
                  {"written", applied.written},
                  {"how", text_or_null(applied.how)},
+                 {"note", text_or_null(applied.note)},
                  {"backup", text_or_null(applied.backup)},
                  {"errors", json(applied.errors)},
                  {"warnings", json(applied.warnings)}});
@@ -303,6 +308,8 @@ std::optional<std::vector<JsonEntry>> entries_of_json(const std::string& text, s
         return entries;
     } catch (const Json::parse_error& error) {
         why = "is no JSON: at byte " + std::to_string(error.byte);
+    } catch (const Json::exception&) {
+        why = "has a number that is too large";
     } catch (const Unusable& unusable) {
         why = unusable.why;
     }

@@ -15,7 +15,7 @@ std::string json_of(const std::vector<ShownKey>& keys, bool with_secrets);
 // A key that differs. Nothing: a file has no entry of it.
 struct Difference {
     std::string section;
-    std::string key = {}; // empty: the section itself
+    std::optional<std::string> key = {}; // nothing: the section itself
     std::optional<std::string> before = {};
     std::optional<std::string> after = {};
     bool secret = false;
@@ -28,6 +28,7 @@ struct Applied {
     std::vector<Difference> changed = {};
     bool written = false;
     std::string how = {};    // "renamed", "in-place" or "created"; empty: not written
+    std::string note = {};   // what else there is to know of that
     std::string backup = {}; // where the old text is; empty: nowhere
     std::vector<Finding> errors = {};
     std::vector<Finding> warnings = {};
@@ -41,7 +42,7 @@ std::string json_of(const std::vector<Explanation>& explained);
 
 std::string json_of(const std::vector<Leftover>& leftovers);
 
-// An entry that a program asks for. No section, or key: it is null or not there.
+// An entry that a program asks for. No section: it is null or not there; no key: it is null.
 struct JsonEntry {
     std::optional<std::string> section = {};
     std::optional<std::string> key = {};

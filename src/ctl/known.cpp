@@ -65,18 +65,19 @@ std::string_view KnownKeys::section(std::string_view name) const {
 
 std::string KnownKeys::no_such(const std::string& name,
                                const std::optional<std::string>& key) const {
-    if (!role_section_) {
-        return no_such_name(key ? name + '.' + *key : name);
-    }
     if (section(name).empty()) {
-        return std::string("the rights of this role stand in section [") + role_section_ +
-               "], not in [" + name + "]";
+        return role_section_
+                   ? std::string("the rights of this role stand in section [") + role_section_ + "]"
+                   : "unknown section" + did_you_mean(nearest(name, sections_));
+    }
+    if (!role_section_) {
+        return "unknown key" + likely_key(name, *key);
     }
     std::vector<std::string_view> keys;
     for (const RightRow& right : rights()) {
         keys.push_back(key_of(right));
     }
-    return "there is no right \"" + *key + '"' + did_you_mean(nearest(*key, keys));
+    return "there is no such right" + did_you_mean(nearest(*key, keys));
 }
 
 } // namespace ov::ctl

@@ -9,6 +9,7 @@
 #include <fcntl.h>
 #include <memory>
 #include <unistd.h>
+#include <utility>
 
 namespace ov::ctl {
 
@@ -42,9 +43,13 @@ struct DirectoryCloser {
     void operator()(DIR* directory) const { ::closedir(directory); }
 };
 
+Fd open_list(const Place& place) {
+    return Fd(::openat(place.at(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+}
+
 // The names in a directory, sorted; none where it cannot be read.
 std::vector<std::string> names_in(const Place& place) {
-    Fd file(::openat(place.at(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    Fd file = open_list(place);
     const std::unique_ptr<DIR, DirectoryCloser> directory(file ? ::fdopendir(file.get()) : nullptr);
     std::vector<std::string> names;
     if (directory) {
@@ -68,8 +73,10 @@ bool is_own(const struct stat& info, const struct stat& file) {
     return info.st_uid == file.st_uid || info.st_uid == 0 || info.st_uid == ::geteuid();
 }
 
+// A date in the future makes nothing young for ever.
 bool is_young(const struct stat& info) {
-    return std::time(nullptr) - info.st_mtime < Young;
+    const std::time_t age = std::time(nullptr) - info.st_mtime;
+    return age >= 0 && age < Young;
 }
 
 // Whether whoever writes it is still alive. A lease is given only when nobody has the file open for
@@ -102,12 +109,24 @@ Fd open_copy(const Place& place, const std::string& name, struct stat& info, std
     return opened;
 }
 
-Leftover::What compared(std::string_view copy, std::string_view text) {
+// Reads no more of a copy than is compared: others may have made it large.
+std::optional<Leftover::What> compared(const Fd& copy, off_t size, std::string_view text) {
     using What = Leftover::What;
-    return copy == text             ? What::Equal
-           : copy.starts_with(text) ? What::Rest
-           : text.starts_with(copy) ? What::Part
-                                    : What::Other;
+    std::string begin(std::min(text.size(), static_cast<std::size_t>(size)), '\0');
+    std::size_t got = 0;
+    while (got < begin.size()) {
+        const ssize_t more = retried([&] {
+            return ::pread(copy.get(), &begin[got], begin.size() - got, static_cast<off_t>(got));
+        });
+        if (more <= 0) {
+            return more == 0 ? std::optional(What::Other) : std::nullopt;
+        }
+        got += static_cast<std::size_t>(more);
+    }
+    return !text.starts_with(begin)              ? What::Other
+           : std::cmp_less(size, text.size())    ? What::Part
+           : std::cmp_greater(size, text.size()) ? What::Rest
+                                                 : What::Equal;
 }
 
 // What is to be known of a copy that is open, or of one that is not, for `left.reason`.
@@ -115,13 +134,13 @@ void examine(Leftover& left, const Fd& opened, const struct stat& info, const st
              std::string_view text) {
     left.size = info.st_size;
     left.time = info.st_mtime;
-    left.is_in_use = opened ? is_written(opened, info) : S_ISREG(info.st_mode) && is_young(info);
+    left.is_in_use = opened ? is_written(opened, info) : why_closed(info).empty() && is_young(info);
     if (!opened) {
         return;
     }
-    const auto copy = is_own(info, file) ? read_whole(opened.get()) : std::nullopt;
-    if (copy) {
-        left.what = compared(*copy, text);
+    const auto what = is_own(info, file) ? compared(opened, info.st_size, text) : std::nullopt;
+    if (what) {
+        left.what = *what;
         left.reason = left.is_in_use   ? "it is being written"
                       : is_young(info) ? "it is younger than a minute"
                                        : "";
@@ -131,6 +150,10 @@ void examine(Leftover& left, const Fd& opened, const struct stat& info, const st
 }
 
 } // namespace
+
+bool can_list(const Place& place) {
+    return static_cast<bool>(open_list(place));
+}
 
 std::vector<Leftover> leftovers(const Place& place, const struct stat& file,
                                 std::string_view text) {

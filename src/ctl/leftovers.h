@@ -38,7 +38,9 @@ struct Leftover {
     bool may_be_put_back() const { return what == What::Rest && of != Of::Draft && reason.empty(); }
 };
 
-// The leftovers beside the file, which is `file` and has the text `text`, by their names.
+// The leftovers beside the file, which is `file` and has the text `text`, by their names. None
+// where the directory cannot be listed: see can_list.
+bool can_list(const Place& place);
 std::vector<Leftover> leftovers(const Place& place, const struct stat& file, std::string_view text);
 
 // Who has left it, and what it is, for people.

@@ -26,9 +26,10 @@ Fd open_lock(const std::string& path) {
 Fd make_lock(const std::string& path, const std::string& file) {
     Fd lock(::open(path.c_str(), O_RDONLY | O_CREAT | O_EXCL | O_CLOEXEC, OwnersOnly));
     struct stat info = {};
-    if (lock && ::stat(file.c_str(), &info) == 0 &&
-        ::fchown(lock.get(), static_cast<uid_t>(-1), info.st_gid) == 0) {
-        ::fchmod(lock.get(), WithGroup);
+    if (lock) { // whatever the umask is
+        const bool has_group = ::stat(file.c_str(), &info) != 0 ||
+                               ::fchown(lock.get(), static_cast<uid_t>(-1), info.st_gid) == 0;
+        ::fchmod(lock.get(), has_group ? WithGroup : OwnersOnly);
     }
     return lock;
 }
@@ -110,14 +111,11 @@ Held lock_for_reading(const std::string& path, Patience& patience) {
     return held;
 }
 
-Held lock_for_writing(const std::string& path, const std::string& file, bool make,
-                      Patience& patience) {
-    bool is_missing = false;
-    Held held = take(path, LOCK_EX, patience, [&] {
+Held lock_for_writing(const std::string& path, const std::string& file, Patience& patience) {
+    return take(path, LOCK_EX, patience, [&] {
         for (;;) {
             Fd lock = open_lock(path);
-            is_missing = !lock && errno == ENOENT;
-            if (!is_missing || !make) {
+            if (lock || errno != ENOENT) {
                 return lock;
             }
             lock = make_lock(path, file);
@@ -126,10 +124,6 @@ Held lock_for_writing(const std::string& path, const std::string& file, bool mak
             }
         }
     });
-    if (is_missing && !make) {
-        held.error.clear();
-    }
-    return held;
 }
 
 } // namespace ov::ctl

@@ -40,9 +40,8 @@ struct Held {
 // opened, nothing is locked, and that is no error.
 Held lock_for_reading(const std::string& path, Patience& patience);
 
-// The exclusive lock of a writer. With `make` a missing lock file is made, for its owner and the
-// group of the configuration file `file`; else that is as for a reader. A link is not followed.
-Held lock_for_writing(const std::string& path, const std::string& file, bool make,
-                      Patience& patience);
+// The exclusive lock of a writer. A missing lock file is made, for its owner and the group of the
+// configuration file `file`. A link is not followed.
+Held lock_for_writing(const std::string& path, const std::string& file, Patience& patience);
 
 } // namespace ov::ctl

@@ -7,14 +7,17 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <getopt.h>
 #include <new>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unistd.h>
 #include <variant>
 #include <vector>
 
@@ -251,15 +254,40 @@ int wrong_call(const std::string& message) {
 }
 
 int not_opened(const std::string& file) {
-    const std::string reason = why_not_opened();
-    std::fprintf(stderr, "ov_confctl: %s: %s\n", file.empty() ? "\"\"" : printable(file).c_str(),
-                 reason.c_str());
-    return NotOpened;
+    return failed((file.empty() ? "\"\"" : file) + ": " + why_not_opened(), NotOpened);
 }
+
+int failed(const std::string& message, int status) {
+    std::fprintf(stderr, "ov_confctl: %s\n", printable(message).c_str());
+    return status;
+}
+
+namespace {
+
+// What the caller has closed is not to become a file that is opened here: messages would go there.
+// Nothing is read from it, and writing to it fails.
+void hold_descriptors() {
+    for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
+        if (::fcntl(fd, F_GETFD) == -1) {
+            ::open("/dev/null", O_RDONLY | O_CLOEXEC); // gets the lowest number that is free
+        }
+    }
+}
+
+// Leases are asked for, and a limit on the size of files is to be an error.
+void ignore_signals() {
+    for (const int number : {SIGIO, SIGXFSZ}) {
+        ::signal(number, SIG_IGN); // NOLINT(*-no-int-to-ptr,*-cstyle-cast): the system's constant
+    }
+}
+
+} // namespace
 
 } // namespace ov::ctl
 
 int main(int argc, char** argv) {
+    ov::ctl::hold_descriptors();
+    ov::ctl::ignore_signals();
     try {
         const int status = ov::ctl::run(argc, argv);
         // An answer that cannot be delivered is a failure.

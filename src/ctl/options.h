@@ -1,6 +1,8 @@
 // The command line of ov_confctl.
 #pragma once
 
+#include "ctl/lock_file.h"
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -31,7 +33,7 @@ struct Options {
     bool create = false;
     bool unknown = false;
     bool locked = false;
-    int wait = 30; // seconds for a lock
+    int wait = LongWait; // for locks, in seconds
     std::optional<std::string> lock;
     std::optional<std::string> put_back;
     std::optional<std::string> remove;
@@ -50,7 +52,8 @@ int recover(const Options& options);
 
 // Prints what is wrong with a call on standard error, and returns its status.
 int wrong_call(const std::string& message);
-// The same for a file that cannot be read, with errno.
+// The same for a file that cannot be read, with errno; and for anything else.
 int not_opened(const std::string& file);
+int failed(const std::string& message, int status);
 
 } // namespace ov::ctl

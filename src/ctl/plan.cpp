@@ -19,8 +19,9 @@ namespace ov::ctl {
 
 namespace {
 
-// What stands in a text for those names that are asked for, as lookups find it.
-using Present = std::unordered_map<std::string, std::string>;
+// What stands in a text for those names that are asked for, as lookups find it; nothing for an
+// entry that they pass over.
+using Present = std::unordered_map<std::string, std::optional<std::string>>;
 
 struct Examined {
     std::vector<Finding> errors;
@@ -28,10 +29,10 @@ struct Examined {
 };
 
 // What is wrong with a file.
-Examined examine(const Document& file, const std::optional<RightsOf>& whose,
+Examined examine(const Document& file, Host host, const std::optional<RightsOf>& whose,
                  const std::optional<Document>& main) {
     if (!whose) {
-        const Survey found = survey(file);
+        const Survey found = survey(file, host);
         return {found.errors, warnings(file, found)};
     }
     survey(*main, Host::IsLeftAlone);
@@ -90,21 +91,23 @@ Present present_values(const std::string& text, const std::vector<Asked>& asked)
             continue;
         }
         const auto mode = modes.find(folded(c_text(piece->section), c_text(piece->key)));
-        if (mode == modes.end() || present.contains(mode->first)) {
+        if (mode == modes.end()) {
             continue;
         }
-        const Entry entry{piece->section, 0, piece->key, piece->line, piece->rest};
-        const auto value =
-            mode->second == TokenMode ? token_value(entry) : std::optional(line_value(entry));
-        if (value) {
-            present.insert({mode->first, std::string(*value)});
+        std::optional<std::string>& found = present[mode->first];
+        if (!found) {
+            found = value_in(entry_of(*piece), mode->second);
         }
     }
     return present;
 }
 
-// Whether the load makes the same of both values.
+// Whether the load makes the same of both values, whatever else the file has: a text means itself,
+// and a path depends on others.
 bool mean_the_same(const KnownKey& known, const std::string& a, const std::string& b) {
+    if (std::holds_alternative<Text*>(known.variable)) {
+        return a == b;
+    }
     const auto meaning = [&known](const std::string& text) {
         std::optional<std::string> written;
         with_other_value(known.variable, [&] {
@@ -126,9 +129,9 @@ bool mean_the_same(const KnownKey& known, const std::string& a, const std::strin
 void drop_what_is_there(std::vector<Asked>& asked, const Present& present) {
     std::erase_if(asked, [&present](const Asked& one) {
         const auto found = one.key ? present.find(folded(one.section, *one.key)) : present.end();
-        return one.value && found != present.end() &&
-               (found->second == *one.value ||
-                (one.known && mean_the_same(*one.known, found->second, *one.value)));
+        return one.value && found != present.end() && found->second &&
+               (found->second == one.value ||
+                (one.known && mean_the_same(*one.known, *found->second, *one.value)));
     });
 }
 
@@ -153,10 +156,9 @@ void add_section(const std::string& text, const std::string& section, const Know
         has_header = true;
         if (piece->piece == Piece::Entry && seen.insert(folded("", piece->key)).second) {
             const KnownKey* key = known.find(section, piece->key);
-            const Entry entry{piece->section, 0, piece->key, piece->line, piece->rest};
             differences.push_back({.section = section,
                                    .key = key ? std::string(key->key) : std::string(piece->key),
-                                   .before = std::string(line_value(entry)),
+                                   .before = std::string(line_value(entry_of(*piece))),
                                    .secret = !key || key->is_secret()});
         }
     }
@@ -179,10 +181,19 @@ std::vector<Difference> differences_of(const std::string& text, const std::vecto
         if (found != present.end()) {
             difference.before = found->second;
         }
-        if (difference.before || difference.after) {
+        if (found != present.end() || difference.after) {
             differences.push_back(std::move(difference));
         }
     }
+    // Section by section, in the order in which they are first named.
+    std::unordered_map<std::string, std::size_t> places;
+    for (const Difference& difference : differences) {
+        places.insert({difference.section, places.size()});
+    }
+    std::stable_sort(differences.begin(), differences.end(),
+                     [&places](const Difference& a, const Difference& b) {
+                         return places.at(a.section) < places.at(b.section);
+                     });
     return differences;
 }
 
@@ -191,12 +202,18 @@ std::vector<Difference> differences_of(const std::string& text, const std::vecto
 Plan planned(const Document& file, const std::vector<Asked>& asked,
              const std::optional<RightsOf>& whose, const std::optional<Document>& main) {
     Plan plan{.text = file.text};
-    const Examined before = examine(file, whose, main);
+    // The name service is not waited for unless the answer counts.
+    const bool asks_host = std::any_of(asked.begin(), asked.end(), [](const Asked& one) {
+        return !one.value && one.key.value_or("InternalDomains") == "InternalDomains";
+    });
+    const Host host = asks_host ? Host::MayBeAsked : Host::IsLeftAlone;
+    const Examined before = examine(file, host, whose, main);
     const Present present = present_values(file.text, asked);
     std::vector<Asked> left = asked;
     Amended amended = ov::amended(file.text, changes_of(left));
     if (amended.refusal.empty()) {
-        Examined found = weighed(asked, before, examine({file.path, amended.text}, whose, main));
+        Examined found =
+            weighed(asked, before, examine({file.path, amended.text}, host, whose, main));
         plan.errors = std::move(found.errors);
         plan.warnings = std::move(found.warnings);
         // The settings are those of the new text now: under them values are compared.

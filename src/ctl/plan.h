@@ -14,7 +14,7 @@ namespace ov::ctl {
 // The text that a file would have, and what that means.
 struct Plan {
     std::string text;                     // the old one when nothing is to change
-    std::vector<Difference> changed = {}; // in the order of the call
+    std::vector<Difference> changed = {}; // section by section
     std::vector<Finding> errors = {};     // that keep it from being made
     std::vector<Finding> warnings = {};   // what was wrong before, and what is likely wrong
 };

@@ -1,9 +1,11 @@
+#include "ctl/audit.h"
 #include "ctl/json.h"
 #include "ctl/leftovers.h"
 #include "ctl/options.h"
 #include "ctl/replace.h"
 #include "ctl/subject.h"
 #include "ctl/text.h"
+#include "util/process.h"
 
 #include <algorithm>
 #include <array>
@@ -15,11 +17,6 @@
 namespace ov::ctl {
 
 namespace {
-
-int fail(const std::string& sentence, int status) {
-    std::fprintf(stderr, "ov_confctl: %s\n", printable(sentence).c_str());
-    return status;
-}
 
 std::string time_of(const Leftover& left) {
     std::array<char, sizeof "2026-12-31 23:59:59"> text{};
@@ -42,18 +39,21 @@ void print(const std::vector<Leftover>& all, const Options& options) {
 }
 
 int put_back(const Leftover& left, Target& target) {
-    const auto text = text_of(left, target.place, target.read);
+    const HeldSignals held; // what has been done is logged
+    std::optional<std::string> text = text_of(left, target.place, target.read);
     if (!text) {
-        return fail(left.name + ": " + std::strerror(errno), NotOpened);
+        return failed(left.name + ": " + std::strerror(errno), NotOpened);
     }
     const Replaced replaced = replace(target, *text);
     if (!replaced.error.empty()) {
-        return fail(replaced.error, NotOpened);
+        return failed(replaced.error, NotOpened);
     }
     if (!replaced.note.empty()) {
         const char* how = replaced.how == How::InPlace ? "written in place, because " : "";
-        fail(target.path + ": " + how + replaced.note, Good);
+        failed(target.path + ": " + how + replaced.note, Good);
     }
+    audit(target.path, "text put back from " + left.name);
+    target.text = std::move(*text);
     return Good;
 }
 
@@ -63,18 +63,18 @@ int act(const std::vector<Leftover>& all, Target& target, const Options& options
     const auto left = std::find_if(all.begin(), all.end(),
                                    [&name](const Leftover& one) { return one.name == name; });
     if (left == all.end()) {
-        return fail("there is no leftover " + name, NoSuchName);
+        return failed("there is no leftover " + name, NoSuchName);
     }
     if (!left->reason.empty()) {
-        return fail(name + " is not touched: " + left->reason, NotGood);
+        return failed(name + " is not touched: " + left->reason, NotGood);
     }
     if (options.put_back && !left->may_be_put_back()) {
-        return fail(name + " is not put back: " + in_words(*left), NotGood);
+        return failed(name + " is not put back: " + in_words(*left), NotGood);
     }
     const int status = options.put_back ? put_back(*left, target) : Good;
     const Place place{pin(target.place.directory), name};
     if (status == Good && place.remove() != 0 && errno != ENOENT) {
-        return fail(name + ": " + std::strerror(errno), NotOpened);
+        return failed(name + ": " + std::strerror(errno), NotOpened);
     }
     return status;
 }
@@ -87,6 +87,9 @@ int recover(const Options& options) {
                                                    : "recover takes no arguments");
     }
     Subject subject = subject_of(options);
+    for (const Finding& error : subject.errors) {
+        std::fputs(in_words(error, "error").c_str(), stderr);
+    }
     if (subject.status != Good) {
         return subject.status;
     }
@@ -94,9 +97,13 @@ int recover(const Options& options) {
     subject.wish.interrupted = true;
     Opened opened = open_target(subject.wish);
     if (!opened.target) {
-        return fail(opened.error, NotOpened);
+        return failed(opened.error, NotOpened);
     }
     Target& target = *opened.target;
+    if (!can_list(target.place)) {
+        return failed(target.path + ": its directory cannot be listed: " + std::strerror(errno),
+                      NotOpened);
+    }
     std::vector<Leftover> all = leftovers(target.place, target.read, target.text);
     if (subject.wish.only_look) {
         print(all, options);
@@ -105,6 +112,11 @@ int recover(const Options& options) {
     const int status = act(all, target, options);
     if (options.json && status == Good) {
         print(leftovers(target.place, target.read, target.text), options);
+    } else if (status == Good) {
+        std::printf("%s: %s\n", printable(target.path).c_str(),
+                    printable(options.put_back ? "the text of " + *options.put_back + " is put back"
+                                               : *options.remove + " is removed")
+                        .c_str());
     }
     return status;
 }

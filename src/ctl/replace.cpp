@@ -163,12 +163,17 @@ Outcome take_name(const Target& target, const Beside& draft) {
 }
 
 // Puts the text into the file itself. Emptied first, the file is a beginning of the text whenever
-// the process is killed, and that can be told; the room is then taken at once.
-bool write_over(const Fd& file, std::string_view text) {
+// the process is killed, and that can be told from a copy; the room is then taken at once. Without
+// a copy it is never empty, and one write comes near to all or nothing.
+bool write_over(const Fd& file, std::string_view text, bool has_copy) {
+    const auto size = static_cast<off_t>(text.size());
+    if (!has_copy) {
+        return write_text(file, text) && ::ftruncate(file.get(), size) == 0 &&
+               sync_all(file.get()) == 0;
+    }
     if (::ftruncate(file.get(), 0) != 0) {
         return false;
     }
-    const auto size = static_cast<off_t>(text.size());
     const bool has_room =
         size == 0 ||
         retried([&] { return ::fallocate(file.get(), FALLOC_FL_KEEP_SIZE, 0, size); }) == 0 ||
@@ -176,18 +181,26 @@ bool write_over(const Fd& file, std::string_view text) {
     return has_room && write_text(file, text) && sync_all(file.get()) == 0;
 }
 
+// Whether the file has the text, though nothing could be written.
+bool has_text(const Fd& file, const std::string& text) {
+    return ::lseek(file.get(), 0, SEEK_SET) == 0 && read_whole(file.get()) == text;
+}
+
 // Writes over the file. `is_lost` says that it has neither text then.
-std::string overwrite(const Target& target, std::string_view text, bool& is_lost) {
+std::string overwrite(const Target& target, std::string_view text, bool has_copy, bool& is_lost) {
     if (!is_untouched(target)) {
         return target.path + Changed;
     }
-    if (write_over(target.file, text)) {
+    if (write_over(target.file, text, has_copy)) {
         return "";
     }
     std::string error = not_written(target, "it cannot be written", errno);
-    is_lost = !write_over(target.file, target.text);
-    if (is_lost) { // what is empty is not taken for a text
-        [[maybe_unused]] const int emptied = ::ftruncate(target.file.get(), 0);
+    is_lost =
+        !write_over(target.file, target.text, has_copy) && !has_text(target.file, target.text);
+    if (is_lost) {
+        if (has_copy) { // what is empty is not taken for a text
+            [[maybe_unused]] const int emptied = ::ftruncate(target.file.get(), 0);
+        }
         error += "; its old text is lost";
     }
     return error;
@@ -211,7 +224,7 @@ Replaced write_in_place(const Target& target, std::string_view text, Beside draf
         sync_names(target.place);
     }
     bool is_lost = false;
-    result.error = overwrite(target, text, is_lost);
+    result.error = overwrite(target, text, static_cast<bool>(draft.file), is_lost);
     if (draft.file && !is_lost) {
         draft.place.remove();
     } else if (draft.file) {
@@ -315,7 +328,8 @@ std::string keep_backup(const Target& target, Beside& backup) {
     return not_written(target, "its old text cannot be kept", errno);
 }
 
-// Removes what killed runs have left, but for the whole text of a file that is in pieces.
+} // namespace
+
 void tidy(const Target& target) {
     using What = Leftover::What;
     for (const Leftover& left : leftovers(target.place, target.read, target.text)) {
@@ -326,8 +340,6 @@ void tidy(const Target& target) {
         }
     }
 }
-
-} // namespace
 
 Replaced replace(Target& target, std::string_view text, bool backup) {
     const HeldSignals held; // from here on a signal would leave half of the work behind

@@ -23,9 +23,15 @@ struct Replaced {
     std::string error = {};  // a sentence that names the file; empty: the text has been written
 };
 // Gives the file the new text, on the disk. After an error it has the old one; where even that
-// cannot be written back, the sentence says where the new text is. Signals wait. With `backup` the
-// old text stays beside the file as NAME.DATE-TIME.bak. What killed runs have left is removed,
-// unless the file is in pieces. To be called once.
+// cannot be written back, the sentence says where the new text is. After a kill it has either of
+// them or, in place, a beginning of the new one, which is whole beside it; where no file can be
+// made beside it, it may have the beginning of the new one and the end of the old one. Signals
+// wait. With `backup` the old text stays beside the file as NAME.DATE-TIME.bak. What killed runs
+// have left is removed, unless the file is in pieces. To be called once.
 Replaced replace(Target& target, std::string_view text, bool backup = false);
+
+// Removes what killed runs of this program have left beside the file, but for the whole text of one
+// that is in pieces.
+void tidy(const Target& target);
 
 } // namespace ov::ctl

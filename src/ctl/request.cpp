@@ -4,19 +4,17 @@
 #include "catalogue/right_names.h"
 #include "catalogue/rights.h"
 #include "conf/layout.h"
+#include "ctl/document.h"
 #include "ctl/json.h"
-#include "ctl/known.h"
 #include "ctl/shown.h"
-#include "ctl/text.h"
 #include "util/place.h"
+#include "util/source.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <fcntl.h>
 #include <unistd.h>
-#include <unordered_map>
+#include <utility>
 
 namespace ov::ctl {
 
@@ -29,12 +27,7 @@ bool has_control(std::string_view text) {
     return std::any_of(text.begin(), text.end(), is_control);
 }
 
-// A wrong call is worst, then a value that is refused, then a name.
-int weight(int status) {
-    constexpr int order[] = {Good, NoSuchName, NotGood, WrongCall, NotOpened};
-    return static_cast<int>(std::find(std::begin(order), std::end(order), status) -
-                            std::begin(order));
-}
+constexpr const char* NoControl = "control characters are refused";
 
 } // namespace
 
@@ -42,32 +35,40 @@ int weight(int status) {
 // nothing: it goes.
 struct RequestReader::Raw {
     std::string source = {}; // as messages name it; empty: the command line
-    std::string section;
-    std::optional<std::string> key;
+    int line = 0;
+    std::string section = {};
+    std::optional<std::string> key = {};
     Typed typed = {};
     const Entry* entry = nullptr; // of a fragment: the value is as the key reads it
+
+    Finding because(const char* code, std::string message) const {
+        return {.code = code,
+                .file = source,
+                .line = line,
+                .section = section,
+                .key = key.value_or(""),
+                .message = std::move(message)};
+    }
 };
 
-void RequestReader::complain(const std::string& source, int status, const std::string& message) {
-    request_.complaints.push_back((source.empty() ? "" : source + ": ") + message);
-    request_.status =
-        std::max(request_.status, status, [](int a, int b) { return weight(a) < weight(b); });
+void RequestReader::complain(int status, Finding why) {
+    request_.complaints.push_back(std::move(why));
+    request_.status = std::max(request_.status, status);
 }
 
 // Finds the text of the value; returns false when there is none, after telling why.
 bool RequestReader::find_value(const Raw& raw, Asked& asked) {
-    const auto refused = [&](const std::string& why) {
-        complain(raw.source, NotGood, name_of(asked) + ": " + why);
+    const auto refused = [&](const char* code, const char* why) {
+        complain(NotGood, raw.because(code, why));
         return false;
     };
     if (raw.entry) {
-        const auto value = asked.mode() == TokenMode ? token_value(*raw.entry)
-                                                     : std::optional(line_value(*raw.entry));
+        const auto value = value_in(*raw.entry, asked.mode());
         if (!value) {
-            return refused("a bracket or \"=\" is no value");
+            return refused("no-value", "a bracket or \"=\" is no value");
         }
         if (raw.entry->rest.size() > MaxText + 1) {
-            return refused("the value is longer than 8191 bytes");
+            return refused("long-line", "the value is longer than 8191 bytes");
         }
         asked.value = *value;
         // What a reader would cut off unseen.
@@ -75,20 +76,21 @@ bool RequestReader::find_value(const Raw& raw, Asked& asked) {
         const std::size_t begin = std::min(rest.find_first_not_of(" \t"), rest.size());
         const std::size_t end = rest.find_last_not_of(" \t") + 1;
         if (has_control(rest.substr(begin, std::max(begin, end) - begin))) {
-            return refused("control characters are refused");
+            return refused("control-character", NoControl);
         }
     } else if (!std::holds_alternative<std::monostate>(raw.typed)) {
         asked.value = text_of(asked.known ? asked.known->rules : nullptr, raw.typed);
         if (!asked.value) {
-            return refused("the key takes no value of this type: give it as a text");
+            return refused("wrong-type", "the key takes no value of this type: give it as a text");
         }
     }
     if (asked.value && has_control(*asked.value)) {
-        return refused("control characters are refused");
+        return refused("control-character", NoControl);
     }
     if (asked.is_secret() && asked.value && !asked.value->empty() &&
         asked.value->find_first_not_of('*') == std::string::npos) {
-        return refused("asterisks stand in the place of a password that is not shown");
+        return refused("masked-value",
+                       "asterisks stand in the place of a password that is not shown");
     }
     return true;
 }
@@ -96,7 +98,11 @@ bool RequestReader::find_value(const Raw& raw, Asked& asked) {
 void RequestReader::add(const Raw& raw) {
     Asked asked{.section = raw.section, .key = raw.key, .value = {}};
     if (has_control(asked.section) || has_control(asked.key.value_or(""))) {
-        complain(raw.source, NotGood, name_of(asked) + ": control characters are refused");
+        complain(NotGood, raw.because("control-character", NoControl));
+        return;
+    }
+    if (asked.section.empty() || (asked.key && asked.key->empty())) {
+        complain(NotGood, raw.because("invalid-name", "an empty name is refused"));
         return;
     }
     if (const auto section = known_.section(asked.section); !section.empty()) {
@@ -110,12 +116,13 @@ void RequestReader::add(const Raw& raw) {
     const bool is_section = !known_.section(asked.section).empty();
     const bool is_known = known || (is_section && !asked.key);
     if (!is_known && !(unknown_ && (is_section || !known_.role_section()))) {
-        complain(raw.source, NoSuchName, known_.no_such(asked.section, asked.key));
+        complain(NoSuchName, raw.because(is_section ? "unknown-key" : "unknown-section",
+                                         known_.no_such(asked.section, asked.key)));
         return;
     }
     const std::string name = folded(asked.section, asked.key.value_or("\n"));
     if (!named_.insert(name).second) {
-        complain(raw.source, WrongCall, name_of(asked) + " is named twice");
+        complain(WrongCall, raw.because("named-twice", "is named twice"));
         return;
     }
     if (find_value(raw, asked)) {
@@ -130,7 +137,9 @@ void RequestReader::add_operand(const std::string& operand) {
     if (const char* section = known_.role_section()) {
         add({.section = section, .key = name, .typed = operand.substr(equal + 1)});
     } else if (dot == name.npos) {
-        complain("", WrongCall, '"' + name + "\" is no name of an entry: Section.Key is wanted");
+        complain(WrongCall,
+                 {.code = "invalid-name",
+                  .message = '"' + name + "\" is no name of an entry: Section.Key is wanted"});
     } else {
         add({.section = name.substr(0, dot),
              .key = name.substr(dot + 1),
@@ -150,19 +159,28 @@ void RequestReader::add_deletion(const std::string& name) {
 }
 
 void RequestReader::add_fragment(const std::string& source, const std::string& text) {
-    Layout layout(text);
+    // A rights file has one section.
+    const char* section = known_.role_section();
+    const std::string whole = section ? '[' + std::string(section) + "]\n" + text : text;
+    Layout layout(whole);
     while (const std::optional<LaidOut> piece = layout.next()) {
-        const std::string place = source + ':' + std::to_string(piece->line);
+        Raw raw{.source = source, .line = piece->line - (section ? 1 : 0)};
         if (piece->piece == Piece::Entry) {
-            const Entry entry{piece->section, 0, piece->key, piece->line, piece->rest};
-            add({.source = place,
-                 .section = piece->section,
-                 .key = std::string(piece->key),
-                 .entry = &entry});
+            const Entry entry = entry_of(*piece);
+            raw.section = piece->section;
+            raw.key = piece->key;
+            raw.entry = &entry;
+            add(raw);
+        } else if (!piece->has_section) {
+            const bool has_mark = text.starts_with("\xef\xbb\xbf");
+            complain(NotGood,
+                     has_mark
+                         ? raw.because("byte-order-mark",
+                                       "begins with a byte order mark, which hides its header")
+                         : raw.because("before-section", "stands in front of the first header"));
         } else if (piece->piece != Piece::Header) {
-            complain(place, NotGood,
-                     !piece->has_section ? "an entry stands behind the header of its section"
-                                         : "is neither an entry (Key = value) nor a header");
+            complain(NotGood,
+                     raw.because("skipped-line", "is neither an entry (Key = value) nor a header"));
         }
     }
 }
@@ -171,22 +189,24 @@ void RequestReader::add_json(const std::string& source, const std::string& text)
     std::string why;
     const auto entries = entries_of_json(text, why);
     if (!entries) {
-        complain(source, NotGood, why);
+        complain(NotGood, {.code = "invalid-json", .file = source, .message = why});
         return;
     }
     std::size_t number = 0;
     for (const JsonEntry& entry : *entries) {
-        const std::string place = source + ": entry " + std::to_string(++number);
         const char* section = entry.section ? entry.section->c_str() : known_.role_section();
+        const Raw raw{.source = source + ": entry " + std::to_string(++number),
+                      .section = section ? section : "",
+                      .key = entry.key,
+                      .typed = entry.value};
         if (!section) {
-            complain(place, NotGood, "lacks \"section\"");
-            continue;
+            complain(NotGood, raw.because("invalid-json", "lacks \"section\""));
+        } else if (!entry.key && !std::holds_alternative<std::monostate>(entry.value)) {
+            complain(NotGood, raw.because("invalid-json",
+                                          "a section has no value: it can be deleted by null"));
+        } else {
+            add(raw);
         }
-        if (!entry.key && !std::holds_alternative<std::monostate>(entry.value)) {
-            complain(place, NotGood, "a section has no value: it can be deleted by null");
-            continue;
-        }
-        add({.source = place, .section = section, .key = entry.key, .typed = entry.value});
     }
 }
 
@@ -204,7 +224,10 @@ Request RequestReader::take() {
     // A section that goes as a whole leaves nothing to be said of its keys.
     for (const Asked& asked : request_.asked) {
         if (asked.key && named_.contains(folded(asked.section, "\n"))) {
-            complain("", WrongCall, name_of(asked) + " and its whole section are named");
+            complain(WrongCall, {.code = "named-twice",
+                                 .section = asked.section,
+                                 .key = *asked.key,
+                                 .message = "is named, and its whole section, too"});
             break;
         }
     }
@@ -215,27 +238,46 @@ int Asked::mode() const {
     return known ? known->mode() : LineMode;
 }
 
-std::string name_of(const Asked& asked) {
-    return asked.key ? asked.section + '.' + *asked.key : asked.section;
+namespace {
+
+// Whether an argument is the path of a fragment. Any other one with a "=" is an entry.
+bool is_path(const std::string& operand) {
+    return operand.find('=') == operand.npos || operand.starts_with('/') ||
+           operand.starts_with("./") || operand.starts_with("../");
 }
+
+void add_file(RequestReader& reader, const std::string& operand, bool is_json) {
+    const bool is_input = operand == "-";
+    const std::string source = is_input ? "standard input" : operand;
+    const Fd file = is_input ? Fd(::dup(STDIN_FILENO)) : open_file(operand.c_str(), O_RDONLY);
+    const auto text = file ? read_whole(file.get()) : std::nullopt;
+    if (!text) {
+        const bool is_none = errno == ENOENT && !is_input;
+        reader.complain(NotOpened,
+                        {.code = "cannot-open",
+                         .file = source,
+                         .message = why_not_opened() + (is_none ? ", and no NAME=VALUE" : "")});
+    } else if (is_json) {
+        reader.add_json(source, *text);
+    } else {
+        reader.add_fragment(source, *text);
+    }
+}
+
+} // namespace
 
 Request read_request(const Options& options, const std::optional<RightsOf>& whose) {
     RequestReader reader(whose, options.unknown);
+    if (std::count(options.operands.begin(), options.operands.end(), "-") > 1) {
+        reader.complain(WrongCall,
+                        {.code = "named-twice", .message = "standard input can be read once"});
+        return reader.take();
+    }
     for (const std::string& operand : options.operands) {
-        if (operand.find('=') != operand.npos) {
-            reader.add_operand(operand);
-            continue;
-        }
-        const bool is_input = operand == "-";
-        const std::string source = is_input ? "standard input" : operand;
-        const Fd file = is_input ? Fd(::dup(STDIN_FILENO)) : open_file(operand.c_str(), O_RDONLY);
-        const auto text = file ? read_whole(file.get()) : std::nullopt;
-        if (!text) {
-            reader.complain(source, NotOpened, why_not_opened());
-        } else if (options.json) {
-            reader.add_json(source, *text);
+        if (is_path(operand)) {
+            add_file(reader, operand, options.json);
         } else {
-            reader.add_fragment(source, *text);
+            reader.add_operand(operand);
         }
     }
     for (const std::string& name : options.deleted) {

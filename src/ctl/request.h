@@ -1,6 +1,7 @@
 // What is to be changed, as the caller of apply says it.
 #pragma once
 
+#include "ctl/findings.h"
 #include "ctl/known.h"
 #include "ctl/options.h"
 #include "ctl/rights_file.h"
@@ -26,13 +27,10 @@ struct Asked {
     int mode() const;
 };
 
-// The name as people write it, for messages.
-std::string name_of(const Asked& asked);
-
 struct Request {
     std::vector<Asked> asked = {};
-    std::vector<std::string> complaints = {}; // sentences that say why nothing can be done
-    int status = Good;                        // the gravest one of those
+    std::vector<Finding> complaints = {}; // why nothing can be done, with the fragment as the file
+    int status = Good;                    // the highest one of those
 };
 
 // What a call asks for, collected bit by bit. The names are those of the main file, or, with
@@ -42,15 +40,17 @@ class RequestReader {
     RequestReader(const std::optional<RightsOf>& whose, bool unknown)
         : known_(whose), unknown_(unknown) {}
 
-    // An argument "NAME=VALUE", and the name of what is to be deleted.
+    // An argument "NAME=VALUE", and the name of what is to be deleted: "Section.Key" or "Section";
+    // of a right, its key alone.
     void add_operand(const std::string& operand);
     void add_deletion(const std::string& name);
-    // The entries of a text in the form of a configuration file, or of a JSON list. Messages call
-    // it `source`.
+    // The entries of a text in the form of a configuration file, where a rights file needs no
+    // header, or of a JSON list. What stands in neither form is complained of. Messages call it
+    // `source`.
     void add_fragment(const std::string& source, const std::string& text);
     void add_json(const std::string& source, const std::string& text);
     // Something else that is in the way.
-    void complain(const std::string& source, int status, const std::string& message);
+    void complain(int status, Finding why);
 
     Request take();
 
@@ -65,7 +65,8 @@ class RequestReader {
     Request request_;
 };
 
-// All that the call asks for: its operands, the fragments they name, and what is to be deleted.
+// All that the call asks for: its operands, the fragments they name, each of less than 64 MiB, and
+// what is to be deleted. Of "-" standard input is read.
 Request read_request(const Options& options, const std::optional<RightsOf>& whose);
 
 } // namespace ov::ctl

@@ -27,10 +27,18 @@ Subject subject_of(const Options& options) {
     }
     subject.main = read_document(options.file, wish.lock, wish.wait);
     if (!subject.main) {
-        subject.status = not_opened(options.file);
+        subject.status = NotOpened;
+        subject.errors.push_back(
+            {.code = "cannot-open", .file = options.file, .message = why_not_opened()});
         return subject;
     }
-    survey(*subject.main, Host::IsLeftAlone);
+    subject.errors = survey(*subject.main, Host::IsLeftAlone).errors;
+    std::erase_if(subject.errors,
+                  [](const Finding& error) { return error.section != "Directories"; });
+    if (!subject.errors.empty()) {
+        subject.status = NotGood;
+        return subject;
+    }
     wish.path = rights_file(*subject.whose).path;
     wish.kind = FileKind::Installed;
     return subject;

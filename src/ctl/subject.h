@@ -2,11 +2,13 @@
 #pragma once
 
 #include "ctl/document.h"
+#include "ctl/findings.h"
 #include "ctl/options.h"
 #include "ctl/rights_file.h"
 #include "ctl/target.h"
 
 #include <optional>
+#include <vector>
 
 namespace ov::ctl {
 
@@ -15,9 +17,11 @@ struct Subject {
     Wish wish = {};
     std::optional<RightsOf> whose = {};
     std::optional<Document> main = {}; // which says where the rights file is
-    int status = Good;                 // else why there is none has been told on standard error
+    int status = Good;
+    std::vector<Finding> errors = {}; // why there is none; a wrong call has been told
 };
-// With `whose` the main file is read, and loaded.
+// For a rights file the main file is read and loaded. Where that has an error in a directory, it
+// does not say where the rights are.
 Subject subject_of(const Options& options);
 
 } // namespace ov::ctl

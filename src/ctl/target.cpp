@@ -15,7 +15,7 @@ namespace ov::ctl {
 namespace {
 
 std::string because(const std::string& path, const std::string& reason) {
-    return path + ": " + reason;
+    return (path.empty() ? "\"\"" : path) + ": " + reason;
 }
 
 std::string because(const std::string& path, int error) {
@@ -66,13 +66,19 @@ bool lock_itself(const Fd& file) {
     return result == 0 || errno == EINVAL; // a file system without locking counts as locked
 }
 
-// Whether ov_conf has written its new text beside the file and not yet into it. For a moment it has
-// no lock then, and whoever takes it makes ov_conf leave an empty file.
-bool is_being_edited(const Place& place, const struct stat& file) {
+constexpr const char* LockedByOthers = "somebody who changes it has locked it";
+
+// The new text that ov_conf has written beside the file and not yet into it; empty: there is none.
+// For a moment it has no lock then, and whoever takes it makes ov_conf leave an empty file.
+std::string name_in_use(const Wish& wish, const Place& place, const struct stat& file) {
+    if (wish.only_look) {
+        return "";
+    }
     const std::vector<Leftover> all = leftovers(place, file, "");
-    return std::any_of(all.begin(), all.end(), [](const Leftover& left) {
+    const auto found = std::find_if(all.begin(), all.end(), [](const Leftover& left) {
         return left.of == Leftover::Of::Conf && left.is_in_use;
     });
+    return found == all.end() ? "" : found->name;
 }
 
 // Whether another user may have linked this name to a file that he could not write himself.
@@ -88,7 +94,7 @@ bool may_be_foreign(const Target& target) {
 }
 
 // Why the file is no whole text; empty: it is one. `first` is how the file was before the lock.
-std::string why_interrupted(const Target& target, const struct stat& first) {
+std::string why_interrupted(const Target& target, const Wish& wish, const struct stat& first) {
     const bool is_cut =
         is_same(first, target.read) && std::cmp_less(target.text.size(), first.st_size);
     for (const Leftover& left : leftovers(target.place, target.read, target.text)) {
@@ -99,26 +105,38 @@ std::string why_interrupted(const Target& target, const struct stat& first) {
                    " is beside it: see ov_confctl recover";
         }
     }
-    return is_cut && target.text.empty() ? "somebody has emptied it just now" : "";
+    if (is_cut && target.text.empty()) {
+        return "somebody has emptied it just now";
+    }
+    const bool is_whole = !target.text.empty() || wish.kind != FileKind::Any || wish.may_be_empty;
+    return is_whole ? ""
+                    : "it is empty, as a change that was interrupted leaves it: see ov_confctl "
+                      "recover, or take it as it is by --create";
 }
 
 enum class Step { Done, Missing, Busy, Swapped, Failed };
 
 // Opens, locks and reads the file. `error` gets the sentence for all but Done.
-Step try_to_open(Target& target, bool interrupted, std::string& error) {
+Step try_to_open(Target& target, const Wish& wish, std::string& error) {
     struct stat first = {};
     const std::string& path = target.path;
-    target.file = if_regular(target.place.open(O_RDWR | O_NOCTTY));
+    const int access = wish.only_look ? O_RDONLY : O_RDWR;
+    target.file = if_regular(target.place.open_at_once(access | O_NOCTTY));
     if (!target.file || ::fstat(target.file.get(), &first) != 0) {
         const int reason = errno;
+        if (reason == EWOULDBLOCK) { // who has leased it gives it up soon, or loses it
+            error = because(path, LockedByOthers);
+            return Step::Busy;
+        }
         error = because(path, reason);
         return reason == ENOENT ? Step::Missing : reason == ESTALE ? Step::Swapped : Step::Failed;
     }
-    error = because(path, "somebody who changes it has locked it");
-    if (is_being_edited(target.place, first)) {
+    error = because(path, LockedByOthers);
+    if (const std::string name = name_in_use(wish, target.place, first); !name.empty()) {
+        error = because(path, name + " beside it is being written");
         return Step::Busy;
     }
-    if (!lock_itself(target.file)) {
+    if (!wish.only_look && !lock_itself(target.file)) {
         const int reason = errno;
         if (reason == EAGAIN || reason == EACCES) {
             return Step::Busy;
@@ -132,7 +150,8 @@ Step try_to_open(Target& target, bool interrupted, std::string& error) {
         error = because(path, "somebody puts other files in its place");
         return Step::Swapped;
     }
-    if (is_being_edited(target.place, first)) {
+    if (const std::string name = name_in_use(wish, target.place, first); !name.empty()) {
+        error = because(path, name + " beside it is being written");
         return Step::Busy;
     }
     if (may_be_foreign(target)) {
@@ -146,23 +165,24 @@ Step try_to_open(Target& target, bool interrupted, std::string& error) {
         return Step::Failed;
     }
     target.text = std::move(*text);
-    const std::string reason = interrupted ? "" : why_interrupted(target, first);
+    const std::string reason = wish.interrupted ? "" : why_interrupted(target, wish, first);
     error = reason.empty() ? "" : because(path, reason);
     return reason.empty() ? Step::Done : Step::Failed;
 }
 
 // Finds the file and locks it, again and again while others put another one in its place.
-std::string open_and_lock(Target& target, const Wish& wish, Patience& patience) {
+std::string open_and_lock(Target& target, const Wish& wish, Patience& patience, bool& is_locked) {
     constexpr int MostSwaps = 20;
     for (int swaps = 0;;) {
         target.file.reset();
         std::optional<Place> place = place_of(wish.path, wish.kind);
         if (!place) {
-            return because(wish.path, errno);
+            return because(wish.path, errno == ENOENT && wish.create ? "its directory is missing"
+                                                                     : std::strerror(errno));
         }
         target.place = std::move(*place);
         std::string error;
-        const Step step = try_to_open(target, wish.interrupted, error);
+        const Step step = try_to_open(target, wish, error);
         target.exists = step == Step::Done;
         if (step == Step::Done || (step == Step::Missing && wish.create)) {
             return "";
@@ -173,7 +193,8 @@ std::string open_and_lock(Target& target, const Wish& wish, Patience& patience) 
         }
         if (step == Step::Busy) {
             target.file.reset(); // so that ov_conf, which is at work, can go on
-            if (!patience.lasts(wish.path)) {
+            is_locked = !patience.lasts(wish.path);
+            if (is_locked) {
                 return error;
             }
         }
@@ -186,16 +207,26 @@ Opened open_target(const Wish& wish) {
     Patience patience(wish.wait);
     Target target{.path = wish.path, .kind = wish.kind};
     const std::string& main = wish.main.empty() ? wish.path : wish.main;
+    // No lock file is made for what is not there, or is no file.
+    struct stat info = {};
+    const bool is_there = ::stat(main.c_str(), &info) == 0;
+    if (is_there ? !S_ISREG(info.st_mode) : !wish.create) {
+        return {.error =
+                    because(main, is_there ? (S_ISDIR(info.st_mode) ? EISDIR : EINVAL) : errno)};
+    }
     if (wish.lock) {
-        struct stat info = {};
-        const bool make = !wish.only_look && (wish.create || ::stat(main.c_str(), &info) == 0);
-        target.lock = lock_for_writing(*wish.lock, main, make, patience);
+        target.lock = wish.only_look ? lock_for_reading(*wish.lock, patience)
+                                     : lock_for_writing(*wish.lock, main, patience);
         if (!target.lock.error.empty()) {
-            return {.error = std::move(target.lock.error)};
+            return {.error = std::move(target.lock.error), .is_locked = target.lock.is_busy};
         }
     }
-    std::string error = open_and_lock(target, wish, patience);
-    return error.empty() ? Opened{.target = std::move(target)} : Opened{.error = std::move(error)};
+    Opened opened;
+    opened.error = open_and_lock(target, wish, patience, opened.is_locked);
+    if (opened.error.empty()) {
+        opened.target = std::move(target);
+    }
+    return opened;
 }
 
 } // namespace ov::ctl

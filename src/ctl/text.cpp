@@ -28,7 +28,12 @@ std::string printable(std::string_view text) {
         for (std::size_t j = 1; j <= behind; ++j) {
             behind = (byte(i + j) & 0xc0U) == 0x80U ? behind : 0;
         }
-        const bool is_control = c < ' ' || c == 0x7f || (c >= 0x80 && c < 0xa0) ||
+        // What turns the direction of writing, or separates lines.
+        const bool is_hidden =
+            c == 0xe2 && behind == 2 &&
+            ((byte(i + 1) == 0x80U && byte(i + 2) >= 0xa8U && byte(i + 2) <= 0xaeU) ||
+             (byte(i + 1) == 0x81U && byte(i + 2) >= 0xa6U && byte(i + 2) <= 0xa9U));
+        const bool is_control = is_hidden || c < ' ' || c == 0x7f || (c >= 0x80 && c < 0xa0) ||
                                 (c == 0xc2 && behind == 1 && byte(i + 1) < 0xa0U);
         shown += is_control ? c == '\t' ? " " : "?" : text.substr(i, behind + 1);
         i += behind;

@@ -196,17 +196,21 @@ int Place::at() const {
     return directory ? directory.get() : AT_FDCWD;
 }
 
+Fd Place::open_at_once(int flags) const {
+    Fd file = open_unwaited(at(), name.c_str(), flags | (directory ? O_NOFOLLOW : 0));
+    return pinned && file ? if_same(std::move(file), pinned) : std::move(file);
+}
+
 Fd Place::open(int flags) const {
-    flags |= directory ? O_NOFOLLOW : 0;
-    Fd file = open_unwaited(at(), name.c_str(), flags);
+    Fd file = open_at_once(flags);
     // The system takes a lease away in less than a minute. A waiting open would be quicker, but
     // what stands there may be a pipe by then.
     for (int tries = 0; !file && errno == EWOULDBLOCK && tries < LeaseTries; ++tries) {
         const timespec pause{.tv_sec = 0, .tv_nsec = LeasePause};
         ::nanosleep(&pause, nullptr);
-        file = open_unwaited(at(), name.c_str(), flags);
+        file = open_at_once(flags);
     }
-    return pinned ? if_same(std::move(file), pinned) : std::move(file);
+    return file;
 }
 
 Fd Place::create(int flags, mode_t mode) const {

@@ -51,6 +51,8 @@ struct Place {
     // (ELOOP). Another file than the pinned one is not opened (ESTALE). It waits a minute for a
     // process that has leased the file, and not for the other end of a pipe.
     Fd open(int flags) const;
+    // The same without waiting for a lease (EWOULDBLOCK).
+    Fd open_at_once(int flags) const;
     // Makes the file, which must not be there, and opens it.
     Fd create(int flags, mode_t mode) const;
     int remove() const;
