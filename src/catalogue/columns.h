@@ -18,8 +18,8 @@ struct Gate {
 };
 
 // Where the setting of a key is.
-using Member = std::variant<int Settings::*, unsigned Settings::*, long Settings::*,
-                            unsigned long Settings::*, Text Settings::*, WordList Settings::*,
+using Member = std::variant<int Settings::*, unsigned Settings::*, std::int64_t Settings::*,
+                            std::uint64_t Settings::*, Text Settings::*, WordList Settings::*,
                             IpList Settings::*, AddressList Settings::*, ServerList Settings::*>;
 // Whether a rule names the setting that is there.
 constexpr bool names(const Other& other, const Member& member) {

@@ -70,7 +70,7 @@ Type& setting_of(SettingOf<Type> name) {
     return settings.*name;
 }
 template int& setting_of(SettingOf<int>);
-template long& setting_of(SettingOf<long>);
+template std::int64_t& setting_of(SettingOf<std::int64_t>);
 template Text& setting_of(SettingOf<Text>);
 template ServerList& setting_of(SettingOf<ServerList>);
 

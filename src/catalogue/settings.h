@@ -6,10 +6,13 @@
 #include "kinds/types.h"
 
 #include <cstdint>
-#include <ctime>
 #include <sys/types.h>
 
 namespace ov {
+
+// The rows name these two.
+using std::int64_t;
+using std::uint64_t;
 
 // NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding): in the order of the rows
 struct Settings {
@@ -22,10 +25,10 @@ struct Settings {
 #include "catalogue/rights.def"
 
     // What the values of some keys become beside the key's own setting.
-    ServerList SvrList = {};       // [SMTP] ServerHost
-    ServerList NTF_SvrList = {};   // [SMTP] NTF_ServerHost
-    long ArchiveMinFreeBlocks = 0; // [Archive] MinFree, in blocks of its file system
-    long CoopMinFreeBlocks = 0;    // [Cooperation] MinFree, likewise
+    ServerList SvrList = {};               // [SMTP] ServerHost
+    ServerList NTF_SvrList = {};           // [SMTP] NTF_ServerHost
+    std::int64_t ArchiveMinFreeBlocks = 0; // [Archive] MinFree, in blocks of its file system
+    std::int64_t CoopMinFreeBlocks = 0;    // [Cooperation] MinFree, likewise
 };
 // They live to the end of the process: nothing is gained by taking them apart then.
 union LastingSettings {
@@ -54,7 +57,7 @@ inline constexpr PerRole<unsigned>& CF_FreezeOption = settings.CF_Freeze_Option;
 inline constexpr PerRole<unsigned>& CF_ConfirmOption = settings.CF_Confirm_Option;
 inline constexpr ServerList& SvrList = settings.SvrList;
 inline constexpr ServerList& NTF_SvrList = settings.NTF_SvrList;
-inline constexpr long& ArchiveMinFreeBlocks = settings.ArchiveMinFreeBlocks;
-inline constexpr long& CoopMinFreeBlocks = settings.CoopMinFreeBlocks;
+inline constexpr std::int64_t& ArchiveMinFreeBlocks = settings.ArchiveMinFreeBlocks;
+inline constexpr std::int64_t& CoopMinFreeBlocks = settings.CoopMinFreeBlocks;
 
 } // namespace ov

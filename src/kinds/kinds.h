@@ -48,7 +48,7 @@ constexpr KindOf<Digits> digits(std::int64_t lowest = 0, std::int64_t highest = 
 // Digits from 0 to `highest`; the empty text leaves the setting as it is.
 constexpr KindOf<Limit> limit(std::int64_t highest) { return {{.lowest = 0, .highest = highest}}; }
 // Digits only, within two other settings as they stand.
-template <class Bound> requires std::is_same_v<Bound, int> || std::is_same_v<Bound, long>
+template <class Bound> requires std::is_same_v<Bound, int> || std::is_same_v<Bound, std::int64_t>
 constexpr KindOf<Within> within(SettingOf<Bound> low, SettingOf<Bound> high)
     { return {{.first = low, .second = high}}; }
 // A word of a value table.
@@ -63,7 +63,7 @@ constexpr KindOf<Bytes> bytes(char unit = 'K') { return {{.lowest = 0, .unit = u
 // A size in kilobytes; without a unit megabytes are meant.
 constexpr KindOf<Kilobytes> kilobytes() { return {{.lowest = 0}}; }
 // Kilobytes that are to stay free on the file system of a directory; `blocks`: in its blocks.
-constexpr KindOf<MinFree> min_free(SettingOf<Text> directory, SettingOf<long> blocks)
+constexpr KindOf<MinFree> min_free(SettingOf<Text> directory, SettingOf<std::int64_t> blocks)
     { return {{.lowest = 0, .first = directory, .second = blocks}}; }
 
 // Checks: digits, however many (what is loaded may still be too large); a number with prefixes; the

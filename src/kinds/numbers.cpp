@@ -45,7 +45,7 @@ Verdict store(const Value& value, std::optional<std::int64_t> number) {
 // The number at the start of `text`, 0 without one; nothing when it is too large for any setting.
 std::optional<std::int64_t> number_at(const std::string& text, int base = 10) {
     errno = 0;
-    const long value = std::strtol(text.c_str(), nullptr, base);
+    const std::int64_t value = std::strtoll(text.c_str(), nullptr, base);
     return errno == ERANGE ? std::nullopt : std::optional<std::int64_t>(value);
 }
 
@@ -75,8 +75,8 @@ std::int64_t number_in(const Number& number) {
 }
 
 std::int64_t bound_in(const Other& name) {
-    const bool large = std::holds_alternative<SettingOf<long>>(name);
-    return large ? other<long>(name) : other<int>(name);
+    const bool large = std::holds_alternative<SettingOf<std::int64_t>>(name);
+    return large ? other<std::int64_t>(name) : other<int>(name);
 }
 
 Verdict load_boolean(const Loading& value) {
@@ -101,12 +101,12 @@ Verdict load_integer(const Loading& value) {
 
 Verdict load_integer64(const Loading& value) {
     const std::optional<std::int64_t> number = number_at(value.text);
-    auto* const* large = std::get_if<unsigned long*>(&std::get<Number>(value.variable));
+    auto* const* large = std::get_if<std::uint64_t*>(&std::get<Number>(value.variable));
     if (number || !large) {
         return store(value, number);
     }
     errno = 0;
-    const unsigned long beyond = std::strtoul(value.text.c_str(), nullptr, 10);
+    const std::uint64_t beyond = std::strtoull(value.text.c_str(), nullptr, 10);
     if (errno == ERANGE || value.text.find('-') != value.text.npos) {
         return Verdict::Invalid;
     }
@@ -206,10 +206,10 @@ Verdict load_min_free(const Loading& value) {
     if ((value.load.mask & RC_NOTRIALS) && directory && !isvalid_dir(directory)) {
         return verdict; // it may be made by the time that it is used
     }
-    long& blocks = other<long>(value.manner.second);
-    long block = 0;
+    std::int64_t& blocks = other<std::int64_t>(value.manner.second);
+    std::int64_t block = 0;
     if (directory && freeblocks(directory, &block) >= 0 && block > 0) {
-        blocks = std::max<long>(size / block + 1, 1);
+        blocks = std::max<std::int64_t>(size / block + 1, 1);
         return verdict;
     }
     const std::string what = std::string("cannot get block size ") +

@@ -28,7 +28,8 @@ enum Types : std::uint8_t {
 template <class Type>
 consteval Types type_of() {
     if constexpr (std::is_integral_v<Type>) {
-        return sizeof(Type) == sizeof(long) ? static_cast<Types>(Numbers | LargeNumbers) : Numbers;
+        return sizeof(Type) == sizeof(std::int64_t) ? static_cast<Types>(Numbers | LargeNumbers)
+                                                    : Numbers;
     } else if constexpr (std::is_same_v<Type, Text>) {
         return Texts;
     } else if constexpr (std::is_same_v<Type, WordList>) {
@@ -44,8 +45,8 @@ consteval Types type_of() {
 }
 
 // Another setting that a rule needs.
-using Other = std::variant<std::monostate, int Settings::*, long Settings::*, Text Settings::*,
-                           ServerList Settings::*>;
+using Other = std::variant<std::monostate, int Settings::*, std::int64_t Settings::*,
+                           Text Settings::*, ServerList Settings::*>;
 
 inline constexpr std::int64_t Least = std::numeric_limits<std::int64_t>::min();
 inline constexpr std::int64_t NoBound = std::numeric_limits<std::int64_t>::max();

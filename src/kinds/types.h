@@ -6,6 +6,7 @@
 #include "value/ip.h"
 
 #include <array>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <variant>
@@ -34,7 +35,7 @@ template <class Type>
 using PerRole = std::array<Type, Roles>;
 
 // A setting variable: a number of any type, a text or a list.
-using Number = std::variant<int*, unsigned*, long*, unsigned long*>;
+using Number = std::variant<int*, unsigned*, std::int64_t*, std::uint64_t*>;
 using Variable = std::variant<Number, Text*, WordList*, IpList*, AddressList*, ServerList*>;
 
 // All settings, by their names. They are made elsewhere, and so are the functions and the object
@@ -43,7 +44,7 @@ struct Settings;
 // Names one of the settings of a type.
 template <class Type>
 using SettingOf = Type Settings::*;
-// The setting of that name, of the types int, long, Text and ServerList.
+// The setting of that name, of the types int, std::int64_t, Text and ServerList.
 template <class Type>
 Type& setting_of(SettingOf<Type> name);
 

@@ -123,12 +123,12 @@ ValueText accepted_text(const Columns& row, const Variable& variable) {
 
 // A variable of the same type that nobody reads; it lives until the next one is made.
 Variable unread(const Variable& variable) {
-    static std::variant<long, Text, WordList, IpList, AddressList, ServerList> place;
+    static std::variant<std::int64_t, Text, WordList, IpList, AddressList, ServerList> place;
     return std::visit(
         [](const auto& pointer) -> Variable {
             using Type = std::remove_cvref_t<decltype(pointer)>;
             if constexpr (std::is_same_v<Type, Number>) {
-                return Number(&place.emplace<long>());
+                return Number(&place.emplace<std::int64_t>());
             } else {
                 return &place.emplace<std::remove_pointer_t<Type>>();
             }

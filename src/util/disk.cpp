@@ -37,13 +37,13 @@ int isvalid_dir(const char* path) {
            S_ISDIR(info.st_mode);
 }
 
-std::int64_t freeblocks(const char* dir, long* bsize) {
+std::int64_t freeblocks(const char* dir, std::int64_t* bsize) {
     struct statfs64 info = {};
     if (::statfs64(dir, &info) != 0) {
         return -1;
     }
     if (bsize) {
-        *bsize = static_cast<long>(info.f_bsize);
+        *bsize = static_cast<std::int64_t>(info.f_bsize);
     }
     constexpr auto most = std::numeric_limits<std::int64_t>::max();
     return info.f_bavail > static_cast<std::uint64_t>(most)

@@ -19,6 +19,6 @@ int isvalid_full_dir(const char* path);
 
 // The blocks available to unprivileged users on the file system of `dir`, and through `bsize`,
 // when it is given, their size in bytes. -1 when the file system cannot be queried.
-std::int64_t freeblocks(const char* dir, long* bsize);
+std::int64_t freeblocks(const char* dir, std::int64_t* bsize);
 
 } // namespace ov

@@ -37,7 +37,7 @@ struct Stamp {
     std::array<char, 32> time;   // "08:30:00" or "08:30:00.125"
 };
 
-unsigned long host_id = 0; // 0 until it is known
+std::uint64_t host_id = 0; // 0 until it is known
 
 Stamp stamp_now(bool milliseconds) {
     timeval now{};
@@ -230,9 +230,9 @@ void log_init() {
     logptr = logfile.size();
 }
 
-unsigned long HostID() {
+std::uint64_t HostID() {
     if (log_initialized && host_id == 0) {
-        host_id = static_cast<unsigned long>(::gethostid());
+        host_id = static_cast<std::uint64_t>(::gethostid());
     }
     return host_id;
 }

@@ -3,6 +3,7 @@
 // shown.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 namespace ov {
@@ -26,7 +27,7 @@ void log_init();
 // The host identifier: the alternate one as log_init found it or, when that is 0, the system's. The
 // system is asked when the value is first wanted, since asking may wait for a name service.
 // 0 before log_init.
-unsigned long HostID();
+std::uint64_t HostID();
 
 // Appends one error line: date, time, "program[pid]: " and the message.
 void syserr(const char* format, ...) __attribute__((format(printf, 1, 2)));

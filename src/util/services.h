@@ -3,6 +3,7 @@
 
 #include "util/text.h"
 
+#include <cstdint>
 #include <sys/types.h>
 
 namespace ov {
@@ -15,7 +16,7 @@ struct ServiceSettings {
     uid_t log_owner = 0;                 // of the log file
     gid_t log_group = 0;                 // likewise
     Text log_directory;                  // where the daily log is kept
-    unsigned long alternate_host_id = 0; // to use instead of the system's; 0: none
+    std::uint64_t alternate_host_id = 0; // to use instead of the system's; 0: none
     bool no_core = true;                 // core files are forbidden
 };
 inline constinit ServiceSettings services;

@@ -13,13 +13,18 @@ namespace {
 // Grows for a file with a longer line.
 constexpr std::size_t BufferSize = 65536;
 
+// No more than is too long: a file may be larger than any memory.
+std::size_t size_of(const struct stat& info) {
+    return static_cast<std::size_t>(std::clamp<off_t>(info.st_size, 0, TooLong));
+}
+
 } // namespace
 
 std::optional<std::string> read_whole(int file) {
     constexpr std::size_t Room = 8192;
     struct stat info = {};
     const bool sized = ::fstat(file, &info) == 0 && S_ISREG(info.st_mode);
-    const auto size = sized ? static_cast<std::size_t>(info.st_size) : 0;
+    const std::size_t size = sized ? size_of(info) : 0;
     if (size >= TooLong) {
         errno = EFBIG;
         return std::nullopt;
@@ -45,13 +50,13 @@ std::optional<std::string> read_whole(int file) {
     }
 }
 
-Source::Source(Fd file, std::size_t most) : file_(std::move(file)), at_end_(false), most_(most) {
+Source::Source(Fd file, std::uint64_t most) : file_(std::move(file)), at_end_(false), most_(most) {
     struct stat info = {};
     if (::fstat(file_.get(), &info) != 0) {
         error_ = errno;
     }
     regular_ = S_ISREG(info.st_mode);
-    const auto size = static_cast<std::size_t>(std::max<off_t>(info.st_size, 0));
+    const std::size_t size = size_of(info);
     may_be_too_long_ = regular_ && size >= TooLong;
     // A small file is read at once, with room to see its end.
     capacity_ = regular_ && size > 0 && size < BufferSize ? size + 1 : BufferSize;
@@ -89,7 +94,8 @@ void Source::rewind() {
     }
     ::lseek(file_.get(), 0, SEEK_SET);
     at_end_ = false;
-    used_ = read_ = 0;
+    used_ = 0;
+    read_ = 0;
     window_ = {};
     next_window();
     at_start_ = true;

@@ -4,6 +4,7 @@
 #include "util/place.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <limits>
 #include <memory>
 #include <optional>
@@ -26,7 +27,7 @@ class Source {
   public:
     // Reads the open file `file`. A read error, a line that is too long, and more than `most` bytes
     // look like its end.
-    explicit Source(Fd file, std::size_t most = std::numeric_limits<std::size_t>::max());
+    explicit Source(Fd file, std::uint64_t most = std::numeric_limits<std::uint64_t>::max());
     // Reads `text`, which must outlive the source.
     explicit Source(std::string_view text) : window_(text) {}
     // The file `path`; nothing, with errno set, when it cannot be opened, or a line of it is too
@@ -73,9 +74,9 @@ class Source {
     bool at_start_ = true; // the window is the first one
     std::unique_ptr<char[]> buffer_;
     std::size_t capacity_ = 0;
-    std::size_t most_ = 0; // bytes that may be read
-    std::size_t read_ = 0; // bytes that have been
-    std::size_t used_ = 0; // bytes in the buffer, those behind the window included
+    std::uint64_t most_ = 0; // bytes that may be read
+    std::uint64_t read_ = 0; // bytes that have been
+    std::size_t used_ = 0;   // bytes in the buffer, those behind the window included
     std::string_view window_;
     std::size_t position_ = 0;
     int line_ = 1;

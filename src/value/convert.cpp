@@ -106,7 +106,7 @@ std::int64_t conv_Kbyte(std::string_view text, char defunit) {
 std::optional<std::int64_t> decimal_within(const std::string& text, std::int64_t lowest,
                                            std::int64_t highest) {
     errno = 0;
-    const long number = std::strtol(text.c_str(), nullptr, 10);
+    const std::int64_t number = std::strtoll(text.c_str(), nullptr, 10);
     if (!is_alldigit(text) || errno == ERANGE || number < lowest || number > highest) {
         return std::nullopt;
     }

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <arpa/inet.h>
 #include <charconv>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <new>
@@ -193,12 +194,12 @@ int isvalid_hostport(const std::string& text) {
 }
 
 std::optional<HostAndPort> split_hostport(const std::string& text) {
-    constexpr long Default = 25;
-    constexpr long Highest = 60000;
+    constexpr std::int64_t Default = 25;
+    constexpr std::int64_t Highest = 60000;
     const std::size_t colon = text.find(':');
-    const long port = colon == text.npos
-                          ? Default
-                          : std::strtol(text.c_str() + colon + 1, nullptr, 10); // or above Highest
+    // Of too many digits, the largest number is made.
+    const std::int64_t port =
+        colon == text.npos ? Default : std::strtoll(&text[colon] + 1, nullptr, 10);
     if (port < 1 || port > Highest) {
         return std::nullopt;
     }
