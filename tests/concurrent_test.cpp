@@ -105,7 +105,7 @@ TEST_F(Concurrent, TwoEditorsMeet) {
 }
 
 // Two loads find a log directory missing; whoever comes second goes on. And what has been looked at
-// for a file is not looked at again for its supplement.
+// for a file is not looked at again for its supplement. A file that cannot be looked at is told.
 TEST(Loads, DirectoriesThatComeAndGo) {
     const test::Installation gateway;
     const std::string supplement = gateway.dir.file("etc/local.conf", "");
@@ -122,6 +122,9 @@ TEST(Loads, DirectoriesThatComeAndGo) {
     EXPECT_TRUE(std::filesystem::is_directory(made));
     EXPECT_EQ(test::run(load, test::failing(gateway.path(), "stat", 2, ENOENT)), loaded);
     EXPECT_EQ(test::run(load, test::failing(gateway.path(), "stat", 1, ENOENT)).status, 1);
+    const std::string unread = "cannot open configfile \"" + gateway.file + "\" (5)\n";
+    EXPECT_EQ(test::run(load, test::failing(gateway.file, "fstat<", 1, EIO)),
+              (Result{1, "", unread}));
 }
 
 } // namespace

@@ -17,7 +17,7 @@ namespace {
 
 // What the commands of a session find defined.
 constexpr char Prelude[] = R"(
-PATH=.:)" OV_BIN_DIR R"(:$PATH
+PATH=.:${OV_COMMANDS:-)" OV_BIN_DIR R"(}:$PATH
 umask 022
 conf() { ov_conf -f Tessary.conf "$@"; }
 check() { conf -c -s "$1" -k "$2" -- "$3"; }
@@ -28,7 +28,7 @@ configure() { # puts text behind what every main file has
     { printf '[Directories]\nRootDirectory = %s/\nQueueDirectory = %s/\n' "$PWD" "$PWD"
       printf '[Mail]\nInternalDomains = example.com\n'; cat; } >Tessary.conf
 }
-limited() { (ulimit -v )" MEMORY R"(; "$@"); } # by kilobytes
+limited() { (ulimit -v ${OV_MEMORY:-)" MEMORY R"(}; "$@"); } # by kilobytes
 many() { head -c "$1" /dev/zero | tr '\0' "$2"; }
 addresses() { # of a user's groups, without the places of the texts in memory
     printf '[Admin]\nGroup = %s\n%s\n' "$@" | rights admin
