@@ -58,7 +58,7 @@ using Texts = std::map<std::string, std::string>; // by the names of keys
 std::string own_value(const Installation& gateway, const Key& key) {
     const std::string kind = key.kind.substr(0, key.kind.find(':'));
     if (kind == "digits" || kind == "number") {
-        const long number = std::stol(key.initial);
+        const std::int64_t number = std::stoll(key.initial);
         return std::to_string(number == 1 ? 2 : number ^ 1); // both within the bounds
     }
     if (kind == "word") {

@@ -87,7 +87,7 @@ TEST(Load, StoredValues) {
     std::filesystem::remove(gateway.path("aqueue"));
     gateway.configure("[Archive]\nMinFree = 1G\n");
     read_config(gateway.file.c_str(), All);
-    EXPECT_EQ(std::pair(ArchiveMinFree, ArchiveMinFreeBlocks), std::pair(0L, 0L));
+    EXPECT_EQ(std::pair(ArchiveMinFree, ArchiveMinFreeBlocks), (std::pair<int64_t, int64_t>()));
     // A number of the rights is not judged by an error of an earlier one.
     gateway.configure("[Admin]\nStatOptionMask = 3\n");
     errno = ERANGE;

@@ -130,7 +130,7 @@ TEST_F(Log, ANewFileHasTheModeLessTheMaskAndTheOwner) {
 TEST_F(Log, LongLinesAreCut) {
     log_init();
     const std::size_t fits = 65536 - std::string("2026/11/15 08:30:00 ").size() - 1;
-    for (const std::size_t length : {fits, fits + 1, 70000UL}) {
+    for (const std::size_t length : {fits, fits + 1, std::size_t{70000}}) {
         ov_syslog("%s", std::string(length, 'x').c_str());
         const std::string line = text().substr(text().size() - 65536);
         EXPECT_EQ(line.rfind('\n', line.size() - 2), line.npos) << length;
