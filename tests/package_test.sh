@@ -49,7 +49,7 @@ same "$(find "$usr"/share/man/man[58]/* -exec gzip -t {} \; -print | wc -l)" 9
 [ -f "$usr/share/fish/vendor_completions.d/ov_confctl.fish" ]
 
 # The script for typing errors finds the list of keys, and none in the sample.
-"$usr/share/doc/ov-conf/examples/check-names" "$usr/share/doc/ov-conf/examples/Tessary.conf"
+"$usr/share/doc/ov-conf/examples/check-names" "$usr/share/ov-conf/Tessary.conf"
 
 # The samples are configurations: one entry of each is found, the commented one is not.
 mkdir etc template logs mqueue pqueue aqueue
@@ -57,7 +57,7 @@ answer() {
     {
         printf '[Directories]\nRootDirectory = %s\nQueueDirectory = %s\n' "$root" "$root"
         sed 's|^PostfixQueueDirectory = .*|PostfixQueueDirectory = /tmp|' \
-            "$usr/share/doc/ov-conf/examples/$1"
+            "$usr/share/ov-conf/$1"
         printf '[Mail]\nInternalDomains = example.com\n'
     } >"$1"
     "$usr/sbin/ov_conf" -f "$1" -s SMTP -k "$2"
