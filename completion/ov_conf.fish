@@ -1,6 +1,6 @@
 # Completion for fish: offers what the one for bash offers, which knows the keys. It is loaded under
 # the name of each command.
-set -g __ov_conf_data (status dirname)/../../bash-completion/completions/ov_conf
+set -g __ov_conf_data (dirname (realpath (status filename)))/../../bash-completion/completions/ov_conf
 
 function __ov_conf_offer
     set -l current (commandline -ct)

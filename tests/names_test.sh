@@ -33,7 +33,7 @@ written:27: [Log] LogLevel stands in line 25 already
 written:29: unknown key [Log] Log?s' "$found"
 
 # The samples hold nothing unknown, whatever is uncommented in them.
-sed 's/^#\([A-Za-z]\)/\1/' "$share/doc/defaults.conf" >defaults
+sed 's/^#\([A-Za-z]\)/\1/' "$share/ov-conf/defaults.conf" >defaults
 for sample in "$tests/../samples/Tessary.conf" defaults; do
     found=$("$check_names" -k "$keys" "$sample")
     same "status for $sample" 0 $?

@@ -52,7 +52,9 @@ class Terminal {
     pid_t process_;
 };
 
-// How a shell is started, and prepared: its commands print their arguments.
+// How a shell is started, and prepared: its commands print their arguments. With
+// OV_BASH_COMPLETION, the script that finds what is installed for bash, in the environment it looks
+// for the completion itself.
 struct Shell {
     const char* name;
     const char* options;
@@ -60,16 +62,17 @@ struct Shell {
 };
 const Shell shells[] = {
     {"bash", " --norc --noprofile -i",
-     "PS1=rea'dy> '; source bash-completion/completions/ov_conf; "
+     "PS1=rea'dy> '; source ${OV_BASH_COMPLETION:-bash-completion/completions/ov_conf}; "
      "ov_conf() { printf '<%s>' \"$@\"; }; ov_admconf() { ov_conf \"$@\"; }; "
      "ov_confctl() { ov_conf \"$@\"; }\n"},
     {"zsh", " -f -i",
-     "PROMPT=rea'dy> '; fpath=($PWD/zsh/vendor-completions $fpath); autoload -U compinit; "
-     "compinit -u -D; ov_conf() { printf '<%s>' \"$@\"; }; ov_admconf() { ov_conf \"$@\"; }; "
+     "PROMPT=rea'dy> '; [ $OV_BASH_COMPLETION ] || fpath=($PWD/zsh/site-functions $fpath); "
+     "autoload -U compinit; compinit -u -D; ov_conf() { printf '<%s>' \"$@\"; }; ov_admconf() { "
+     "ov_conf \"$@\"; }; "
      "ov_confctl() { ov_conf \"$@\"; }\n"},
-    {"fish", " -N -i",
+    {"fish", " $([ $OV_BASH_COMPLETION ] || echo -N) -i",
      "function fish_prompt; echo -n rea'dy> '; end; for name in ov_conf ov_admconf ov_confctl; "
-     "source $PWD/fish/vendor_completions.d/$name.fish; end; "
+     "set -q OV_BASH_COMPLETION; or source $PWD/fish/vendor_completions.d/$name.fish; end; "
      "function ov_conf; printf '<%s>' $argv; end; function ov_admconf; ov_conf $argv; end; "
      "function ov_confctl; ov_conf $argv; end\n"},
 };

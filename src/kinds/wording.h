@@ -78,7 +78,7 @@ inline constexpr WordsOf<Kind> meanings[] = {
              "added up: \"1G512M\". The last number may lack its unit."},
 
     {&PlainText, "Any text."},
-    {&Date, "A date like 2008/02/31, or nothing for none."},
+    {&Date, "A date like 2008/02/29, or nothing for none."},
 
     {&Path, "The full path of something; \"ov_conf -m\" wants it to exist."},
     {&File, "The path of a file, which need not exist."},

@@ -1,0 +1,15 @@
+# Takes away what the file `record` names; folders in which others have put something stay.
+#   cmake -D record=FILE -P uninstall.cmake
+if(NOT EXISTS "${record}")
+  message(FATAL_ERROR "${record} is missing: nothing was installed from here")
+endif()
+file(STRINGS "${record}" paths)
+list(REVERSE paths)
+foreach(path IN LISTS paths)
+  if(IS_SYMLINK "${path}" OR NOT IS_DIRECTORY "${path}")
+    execute_process(COMMAND rm -fv "${path}" COMMAND_ERROR_IS_FATAL ANY)
+  else()
+    execute_process(COMMAND rmdir "${path}" ERROR_QUIET)
+  endif()
+endforeach()
+file(REMOVE "${record}")
