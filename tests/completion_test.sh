@@ -2,7 +2,7 @@
 # What the completion offers for half-written commands, in a throwaway installation.
 #   completion_test.sh FOLDER-OF-THE-COMMANDS SHARE-FOLDER
 set -u
-bin=$1
+bin=$(realpath "$1")
 share=$2
 root=$(mktemp -d)
 trap 'rm -rf "$root"' EXIT
@@ -28,6 +28,7 @@ load() {
     source "$share/bash-completion/completions/ov_conf"
 }
 load
+export PATH=$bin:$PATH
 
 failures=0
 # same WHAT FOUND WANTED
@@ -112,7 +113,7 @@ expect "$root/conf" ov_conf -a -s SMTP -k SmtpPort "$root/co"
 expect 'sales support' ov_admconf -f "$root/conf" -u taro -m ExcludeGroup = sales : s
 expect '' ov_admconf -f "$root/conf" -m RealName = s
 
-# Names of files that mean something else among the arguments of awk, which has no input to wait for.
+# Names of files that may mean something else, and nothing to wait for.
 cd "$root" && exec </dev/null
 for name in conf=new.conf -; do
     cp conf "./$name"

@@ -92,8 +92,9 @@ TEST_P(Completion, OnATerminal) {
     }
     const std::string file =
         dir.file("gateway.conf", "[Directories]\nRootDirectory = " + dir.path() + "\n");
-    const Terminal shell("env --chdir=" OV_SHARE_DIR " TERM=dumb HOME=" + dir.path() + " " + name +
-                         options);
+    const Terminal shell("env --chdir=" OV_SHARE_DIR " TERM=dumb PATH=" OV_BIN_DIR
+                         ":/usr/bin:/bin HOME=" +
+                         dir.path() + " " + name + options);
     shell.type(preparation, "ready> ");
     const std::pair<std::string, std::string> cases[] = {
         {"ov_conf -s deb\t-k noc\t", "<-s><Debug><-k><NoCore>"},

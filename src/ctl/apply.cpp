@@ -6,10 +6,16 @@
 #include "ctl/request.h"
 #include "ctl/shown.h"
 #include "ctl/subject.h"
-#include "ctl/text.h"
+#include "ctl/widened.h"
+#include "reference/text.h"
 #include "util/process.h"
 
+#include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
+#include <map>
+#include <utility>
 
 namespace ov::ctl {
 
@@ -29,7 +35,14 @@ void print_diff(const std::vector<Difference>& changed) {
     for (const Difference& change : changed) {
         if (section != change.section || !change.key) {
             section = change.section;
-            std::printf("%s[%s]\n", change.key ? "" : "-", printable(section).c_str());
+            std::printf("%s[%s]\n",
+                        change.key     ? ""
+                        : change.after ? "+"
+                                       : "-",
+                        printable(section).c_str());
+        }
+        if (!change.key) {
+            continue;
         }
         if (change.before) {
             std::fputs(line_of('-', change, *change.before).c_str(), stdout);
@@ -55,7 +68,9 @@ void print_done(const Applied& applied, bool by_values) {
     (by_values ? print_diff : print_names)(applied.changed);
     const std::string file = printable(applied.file);
     const std::size_t count = applied.changed.size();
-    if (count == 0) {
+    if (applied.how == "removed") {
+        std::printf("%s: removed\n", file.c_str());
+    } else if (count == 0) {
         std::printf("%s: nothing to change\n", file.c_str());
     } else {
         std::printf("%s: %zu %s%s\n", file.c_str(), count, count == 1 ? "entry" : "entries",
@@ -95,9 +110,10 @@ void print(const Options& options, const Applied& applied) {
     }
 }
 
-int refuse(const Options& options, const std::string& file, std::vector<Finding> errors,
-           int status) {
-    print(options, {.file = file, .errors = std::move(errors)});
+// The same where nothing is done. `user`: of many.
+int refuse(const Options& options, std::vector<Finding> errors, int status, const std::string& file,
+           const std::string& user = "") {
+    print(options, {.user = user, .file = file, .errors = std::move(errors)});
     return status;
 }
 
@@ -109,20 +125,62 @@ Finding because(const char* code, const std::string& file, const std::string& se
             .message = sentence.starts_with(front) ? sentence.substr(front.size()) : sentence};
 }
 
+// Whether the file is to go, or only to be there.
+bool is_removal(const std::vector<Asked>& asked) {
+    return asked.size() == 1 && !asked[0].key && !asked[0].user.empty() && !asked[0].file_only;
+}
+
+// What becomes of the file.
+Plan plan_of(const Target& target, std::vector<Asked> asked, const Subject& subject,
+             const Options& options) {
+    if (is_removal(asked)) {
+        Plan plan = planned({target.path, target.text},
+                            {{.section = asked[0].section, .key = std::nullopt, .value = {}}},
+                            subject.whose, subject.main);
+        plan.errors.clear(); // the defaults are never wrong
+        plan.text.clear();
+        if (plan.changed.empty() && target.exists) {
+            plan.changed.push_back({.section = asked[0].section});
+        }
+        return plan;
+    }
+    const std::size_t all = asked.size();
+    std::erase_if(asked, [](const Asked& one) { return one.file_only; });
+    const bool is_wanted = asked.size() != all;
+    const KnownKeys known(subject.whose);
+    if (options.exact) {
+        add_others(asked, target.text, known);
+    }
+    if (options.prune) {
+        widen_to_sections(asked, target.text);
+    }
+    Plan plan = planned({target.path, target.text}, asked, subject.whose, subject.main);
+    if (is_wanted && !target.exists && plan.errors.empty() && plan.text.empty()) {
+        plan.text = std::string("[") + known.role_section() + "]\n";
+        plan.changed = {{.section = known.role_section(), .after = ""}};
+    }
+    return plan;
+}
+
 // Does what is planned, unless it is only to be told.
-int carry_out(Plan plan, Target& target, const Options& options) {
-    const bool is_new = plan.errors.empty() && plan.text != target.text;
-    Applied applied{.file = target.path,
+int carry_out(Target& target, const std::vector<Asked>& asked, const Subject& subject,
+              const Options& options) {
+    Plan plan = plan_of(target, asked, subject, options);
+    const bool goes = is_removal(asked);
+    const bool is_new = plan.errors.empty() && (goes ? target.exists : plan.text != target.text);
+    Applied applied{.user = asked.empty() ? "" : asked[0].user,
+                    .file = target.path,
                     .changed = std::move(plan.changed),
                     .errors = std::move(plan.errors),
                     .warnings = std::move(plan.warnings)};
     const HeldSignals held; // what has been done is logged and told
     if (is_new && !options.dry_run) {
-        constexpr const char* ways[] = {"renamed", "in-place", "created"};
-        const Replaced done = replace(target, plan.text, options.backup);
+        constexpr const char* ways[] = {"renamed", "in-place", "created", "removed"};
+        const Replaced done =
+            goes ? remove(target, options.backup) : replace(target, plan.text, options.backup);
         if (!done.error.empty()) {
-            return refuse(options, target.path, {because("cannot-write", target.path, done.error)},
-                          NotOpened);
+            return refuse(options, {because("cannot-write", target.path, done.error)}, NotOpened,
+                          target.path, applied.user);
         }
         applied.written = true;
         applied.how = ways[static_cast<std::size_t>(done.how)];
@@ -136,40 +194,116 @@ int carry_out(Plan plan, Target& target, const Options& options) {
     return applied.errors.empty() ? Good : NotGood;
 }
 
+// Opens the file, and does what is asked for.
+int apply_to(const Subject& subject, const std::vector<Asked>& asked, const Options& options) {
+    const std::string& path = subject.wish.path;
+    Opened opened = open_target(subject.wish);
+    if (!opened.target) {
+        const char* code = opened.is_locked ? "locked" : "cannot-open";
+        return refuse(options, {because(code, path, opened.error)}, NotOpened, path,
+                      asked.empty() ? "" : asked[0].user);
+    }
+    return carry_out(*opened.target, asked, subject, options);
+}
+
+// Users with what is asked for of each, in the order of the call. With --purge those who are not
+// named are to go.
+std::vector<std::vector<Asked>> by_user(const std::vector<Asked>& all, int rank,
+                                        const std::vector<std::string>& present) {
+    std::vector<std::vector<Asked>> users;
+    std::map<std::string, std::size_t> places;
+    for (const Asked& asked : all) {
+        const auto [place, is_new] = places.insert({asked.user, users.size()});
+        if (is_new) {
+            users.emplace_back();
+        }
+        users[place->second].push_back(asked);
+    }
+    const std::string section = rights_file({rank, "_"}).section;
+    for (const std::string& user : present) {
+        if (!places.contains(user)) {
+            users.push_back({{.section = section, .key = std::nullopt, .value = {}, .user = user}});
+        }
+    }
+    return users;
+}
+
+// The same for many users of a role, under one lock.
+int apply_to_users(const Options& options, const RightsOf& role, const Request& request) {
+    Subject subject = subject_of(options, true);
+    if (subject.status == WrongCall) {
+        return subject.status;
+    }
+    if (subject.status != Good) {
+        return refuse(options, subject.errors, subject.status, options.file);
+    }
+    Patience patience(options.wait);
+    Held lock;
+    if (subject.wish.lock) {
+        lock = options.dry_run ? lock_for_reading(*subject.wish.lock, patience)
+                               : lock_for_writing(*subject.wish.lock, options.file, patience);
+        if (!lock.error.empty()) {
+            return refuse(options, {because("locked", options.file, lock.error)}, NotOpened,
+                          options.file);
+        }
+        subject.wish.lock.reset();
+    }
+    std::optional<std::vector<std::string>> present(std::in_place);
+    if (options.purge && !(present = users_of(role.rank))) {
+        const std::string files = rights_file({role.rank, "*"}).path;
+        return refuse(options, {because("cannot-open", files, std::strerror(errno))}, NotOpened,
+                      files);
+    }
+    subject.wish.create = true;
+    subject.wish.only_look = options.dry_run;
+    const std::string pattern = rights_file({role.rank, "*"}).path;
+    int status = Good;
+    for (const std::vector<Asked>& asked : by_user(request.asked, role.rank, *present)) {
+        subject.whose = RightsOf{role.rank, asked[0].user};
+        subject.wish.path = std::string(pattern).replace(pattern.rfind('*'), 1, asked[0].user);
+        status = std::max(status, apply_to(subject, asked, options));
+    }
+    return status;
+}
+
 } // namespace
 
 int apply(const Options& options) {
-    if (options.operands.empty() && options.deleted.empty()) {
+    const bool has_file_alone = options.rights && (options.create || options.purge);
+    if (options.operands.empty() && options.deleted.empty() && !has_file_alone) {
         return wrong_call("apply takes NAME=VALUE, a fragment, or --delete");
     }
-    const auto whose = options.rights ? rights_of(*options.rights) : std::nullopt;
+    const auto role = options.rights ? role_of(*options.rights) : std::nullopt;
+    const auto whose = options.rights && !role ? rights_of(*options.rights) : role;
     if (options.rights && !whose) {
         return wrong_call(WrongRights);
     }
-    const Request request = read_request(options, whose);
+    if (options.purge && !role) {
+        return wrong_call("--purge takes --rights ROLE, without a user");
+    }
+    Request request = read_request(options, whose);
     if (request.status != Good) {
-        return refuse(options, options.file, request.complaints, request.status);
+        return refuse(options, request.complaints, request.status, options.file);
+    }
+    if (role) {
+        return apply_to_users(options, *role, request);
+    }
+    if (options.rights && options.create) {
+        request.asked.push_back(
+            {.section = "", .key = std::nullopt, .value = {}, .file_only = true});
     }
     Subject subject = subject_of(options);
     if (subject.status == WrongCall) {
         return subject.status;
     }
     if (subject.status != Good) {
-        return refuse(options, options.file, subject.errors, subject.status);
+        return refuse(options, subject.errors, subject.status, options.file);
     }
     Wish& wish = subject.wish;
     wish.create = options.create || options.rights;
     wish.may_be_empty = options.create;
     wish.only_look = options.dry_run;
-    Opened opened = open_target(wish);
-    if (!opened.target) {
-        const char* code = opened.is_locked ? "locked" : "cannot-open";
-        return refuse(options, wish.path, {because(code, wish.path, opened.error)}, NotOpened);
-    }
-    Target& target = *opened.target;
-    return carry_out(
-        planned({target.path, target.text}, request.asked, subject.whose, subject.main), target,
-        options);
+    return apply_to(subject, request.asked, options);
 }
 
 } // namespace ov::ctl

@@ -1,6 +1,6 @@
 #include "ctl/audit.h"
 
-#include "ctl/text.h"
+#include "reference/text.h"
 #include "util/text.h"
 
 #include <algorithm>
@@ -38,7 +38,7 @@ std::string named(const std::string& name) {
 std::string in_words(const Difference& change) {
     std::string text = '[' + named(change.section) + ']';
     if (!change.key) {
-        return text + " deleted";
+        return text + (change.after ? " made" : " deleted");
     }
     return text + ' ' + named(*change.key) + " from " + value_of(change.before, change.secret) +
            " to " + value_of(change.after, change.secret);

@@ -1,10 +1,10 @@
 #include "catalogue/reset.h"
 #include "ctl/json.h"
-#include "ctl/names.h"
 #include "ctl/options.h"
-#include "ctl/text.h"
 #include "kinds/written.h"
 #include "reference/key_reference.h"
+#include "reference/names.h"
+#include "reference/text.h"
 
 #include <algorithm>
 #include <cstdio>

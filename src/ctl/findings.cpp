@@ -1,6 +1,6 @@
 #include "ctl/findings.h"
 
-#include "ctl/text.h"
+#include "reference/text.h"
 
 namespace ov::ctl {
 

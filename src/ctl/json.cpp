@@ -126,6 +126,14 @@ Json json(const ShownKey& key, bool with_secrets) {
     return object;
 }
 
+Json json(const std::vector<ShownKey>& keys, bool with_secrets) {
+    Json list = Json::array();
+    for (const ShownKey& key : keys) {
+        list.push_back(json(key, with_secrets));
+    }
+    return list;
+}
+
 Json json(const std::vector<Difference>& changed) {
     Json list = Json::array();
     for (const Difference& key : changed) {
@@ -188,23 +196,28 @@ Typed typed_in(const Json& json, const std::string& place) {
 }
 
 JsonEntry entry_in(const Json& json, const std::string& place) {
-    if (!json.is_object() || !json.contains("key") || !json.contains("value")) {
+    const bool user_alone = json.is_object() && json.size() == 1 && json.contains("user");
+    if (!user_alone && (!json.is_object() || !json.contains("key") || !json.contains("value"))) {
         throw Unusable{place + R"( is no object with "section", "key" and "value")"};
     }
-    JsonEntry entry;
+    JsonEntry entry{.user_alone = user_alone};
     for (const auto& [name, value] : json.items()) {
         if (name == "value") {
             entry.value = typed_in(value, place);
             continue;
         }
-        if (name != "section" && name != "key") {
+        if (name == "secret" && value.is_boolean()) {
+            entry.secret = value.get<bool>();
+            continue;
+        }
+        if (name != "section" && name != "key" && name != "user") {
             throw Unusable{place + ": unknown field \"" + name + '"'};
         }
         std::optional<std::string> text = text_in(value);
         if (!text && !value.is_null()) {
             throw Unusable{place + ": \"" + name + "\" is no text"};
         }
-        (name == "key" ? entry.key : entry.section) = std::move(text);
+        (name == "key" ? entry.key : name == "user" ? entry.user : entry.section) = std::move(text);
     }
     return entry;
 }
@@ -242,11 +255,13 @@ std::string json_of(const Findings& findings) {
 }
 
 std::string json_of(const std::vector<ShownKey>& keys, bool with_secrets) {
-    Json list = Json::array();
-    for (const ShownKey& key : keys) {
-        list.push_back(json(key, with_secrets));
-    }
-    return line(list);
+    return line(json(keys, with_secrets));
+}
+
+std::string json_of(const UserRights& rights) {
+    return line({{"user", rights.user},
+                 {"file", text(rights.file)},
+                 {"rights", json(rights.rights, false)}});
 }
 
 std::string json_of(const std::vector<Difference>& changed) {
@@ -257,14 +272,19 @@ std::string json_of(const Applied& applied) {
     const auto text_or_null = [](const std::string& value) {
         return value.empty() ? Json() : text(value);
     };
-    return line({{"file", text(applied.file)},
-                 {"changed", json(applied.changed)},
-                 {"written", applied.written},
-                 {"how", text_or_null(applied.how)},
-                 {"note", text_or_null(applied.note)},
-                 {"backup", text_or_null(applied.backup)},
-                 {"errors", json(applied.errors)},
-                 {"warnings", json(applied.warnings)}});
+    Json object = Json::object();
+    if (!applied.user.empty()) {
+        object["user"] = applied.user;
+    }
+    object.update(Json{{"file", text(applied.file)},
+                       {"changed", json(applied.changed)},
+                       {"written", applied.written},
+                       {"how", text_or_null(applied.how)},
+                       {"note", text_or_null(applied.note)},
+                       {"backup", text_or_null(applied.backup)},
+                       {"errors", json(applied.errors)},
+                       {"warnings", json(applied.warnings)}});
+    return line(object);
 }
 
 std::string json_of(const std::vector<Explanation>& explained) {

@@ -3,9 +3,9 @@
 #include "catalogue/catalogue.h"
 #include "catalogue/right_names.h"
 #include "catalogue/rights.h"
-#include "ctl/names.h"
-#include "ctl/text.h"
 #include "load/roles.h"
+#include "reference/names.h"
+#include "reference/text.h"
 
 #include <algorithm>
 

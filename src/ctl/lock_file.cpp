@@ -1,6 +1,6 @@
 #include "ctl/lock_file.h"
 
-#include "ctl/text.h"
+#include "reference/text.h"
 
 #include <cerrno>
 #include <cstdio>

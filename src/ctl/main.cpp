@@ -1,6 +1,6 @@
 #include "ctl/document.h"
 #include "ctl/options.h"
-#include "ctl/text.h"
+#include "reference/text.h"
 #include "util/log.h"
 #include "value/convert.h"
 
@@ -66,7 +66,7 @@ constexpr Command commands[] = {
     {"show", show, "cdoxr",
      "usage: ov_confctl [-f FILE] show [--changed] [--defaults] [--origin] [--secrets] [--json]\n"
      "                  [NAME...]\n"
-     "       ov_confctl [-f FILE] show --rights ROLE:USER [--changed] [--origin] [--json]\n"
+     "       ov_confctl [-f FILE] show --rights ROLE[:USER] [--changed] [--origin] [--json]\n"
      "\n"
      "Shows all keys, or those that are named: SMTP, SMTP.SmtpPort, '*.DirectoryLimitSize'. What "
      "a\n"
@@ -76,8 +76,8 @@ constexpr Command commands[] = {
      "  --defaults   the defaults\n"
      "  --origin     the file and the line of each value\n"
      "  --secrets    passwords, too\n"
-     "  --rights     the rights of a user; ROLE is admin, manager, sysadm, search_admin,\n"
-     "               search_manager or search_sysadm\n"},
+     "  --rights     the rights of a user, or of all who have a rights file; ROLE is admin,\n"
+     "               manager, sysadm, search_admin, search_manager or search_sysadm\n"},
     {"diff", diff, "dx",
      "usage: ov_confctl [-f FILE] diff [--secrets] [--json] OTHER\n"
      "       ov_confctl [-f FILE] diff [--secrets] [--json] --defaults\n"
@@ -90,9 +90,9 @@ constexpr Command commands[] = {
      "Says what the manual says of a key (SMTP.SmtpPort, SmtpPort), a section, a kind of value or "
      "a\n"
      "right. Without a name: the sections.\n"},
-    {"apply", apply, "nDbCurXlwL",
+    {"apply", apply, "nDbCuePUrXlwL",
      "usage: ov_confctl [-f FILE] apply [OPTION...] [NAME=VALUE|FRAGMENT|-]... [--delete NAME]...\n"
-     "       ov_confctl [-f FILE] --rights ROLE:USER apply [OPTION...] ...\n"
+     "       ov_confctl [-f FILE] --rights ROLE[:USER] apply [OPTION...] ...\n"
      "\n"
      "Makes all changes at once, or none of them. NAME is Section.Key; FRAGMENT is a file that "
      "has\n"
@@ -105,7 +105,11 @@ constexpr Command commands[] = {
      "  --backup       keeps the old text beside the file\n"
      "  --create       makes the file when it is missing\n"
      "  --unknown      takes names that the gateway does not know\n"
-     "  --rights       changes the rights of a user; names are keys alone\n"
+     "  --exact        deletes what is not named from each section that is\n"
+     "  --prune        deletes a section that has no entry left\n"
+     "  --rights       changes the rights of a user; names are keys alone. Without a USER,\n"
+     "                 those of many users: NAME is User.Right, and a User is like a section\n"
+     "  --purge        removes the users of the role who are not named\n"
      "  --lock FILE    the lock file (FILE with .lock for .conf)\n"
      "  --wait SECONDS waits so long for locks (30)\n"
      "  --locked       the caller holds the lock file\n"
@@ -144,6 +148,9 @@ constexpr KnownOption known_options[] = {
     {"backup", 'b', &Options::backup},
     {"create", 'C', &Options::create},
     {"unknown", 'u', &Options::unknown},
+    {"exact", 'e', &Options::exact},
+    {"prune", 'P', &Options::prune},
+    {"purge", 'U', &Options::purge},
     {"delete", 'X', &Options::deleted},
     {"lock", 'l', &Options::lock},
     {"wait", 'w', {}, true},

@@ -32,12 +32,15 @@ struct Options {
     bool backup = false;
     bool create = false;
     bool unknown = false;
+    bool exact = false;
+    bool prune = false;
+    bool purge = false;
     bool locked = false;
     int wait = LongWait; // for locks, in seconds
     std::optional<std::string> lock;
     std::optional<std::string> put_back;
     std::optional<std::string> remove;
-    std::optional<std::string> rights; // ROLE:USER
+    std::optional<std::string> rights; // ROLE:USER, or ROLE for all its users
     std::vector<std::string> deleted;  // names of what is to go
     std::vector<std::string> operands; // behind the command
 };

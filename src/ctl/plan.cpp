@@ -51,6 +51,12 @@ bool is_named(const std::vector<Asked>& asked, const Finding& finding) {
                        [&finding](const Asked& one) { return names(one, finding); });
 }
 
+// Whether only the caller knows that the value is a secret.
+bool is_told_secret(const std::vector<Asked>& asked, const Finding& finding) {
+    return std::any_of(asked.begin(), asked.end(),
+                       [&finding](const Asked& one) { return one.secret && names(one, finding); });
+}
+
 // Tells errors from warnings. New lines have no number yet.
 Examined weighed(const std::vector<Asked>& asked, const Examined& before, Examined after) {
     const auto id_of = [](const Finding& error) {
@@ -64,6 +70,9 @@ Examined weighed(const std::vector<Asked>& asked, const Examined& before, Examin
     for (Finding& error : after.errors) {
         const bool is_old = old.contains(id_of(error)) && !is_named(asked, error);
         error.line = 0;
+        if (is_told_secret(asked, error)) {
+            error.value.clear();
+        }
         (is_old ? weighed.warnings : weighed.errors).push_back(std::move(error));
     }
     for (Finding& warning : after.warnings) {

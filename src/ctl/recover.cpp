@@ -4,7 +4,7 @@
 #include "ctl/options.h"
 #include "ctl/replace.h"
 #include "ctl/subject.h"
-#include "ctl/text.h"
+#include "reference/text.h"
 #include "util/process.h"
 
 #include <algorithm>

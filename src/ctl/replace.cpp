@@ -362,4 +362,24 @@ Replaced replace(Target& target, std::string_view text, bool backup) {
     return result;
 }
 
+Replaced remove(Target& target, bool backup) {
+    const HeldSignals held;
+    tidy(target);
+    Beside kept;
+    Replaced result{.how = How::Removed, .error = backup ? keep_backup(target, kept) : ""};
+    const auto written = Place::of(target.path.c_str(), target.kind); // a link goes itself
+    if (result.error.empty() && written && !is_untouched(target)) {
+        result.error = target.path + Changed;
+    } else if (result.error.empty() && (!written || written->remove() != 0)) {
+        result.error = not_written(target, "it cannot be removed", errno);
+    }
+    if (result.error.empty()) {
+        result.backup = kept.file ? path_of(target, kept.place.name) : "";
+        result.note = sync_names(*written) == 0 ? "" : NotSafe;
+    } else if (kept.file) {
+        kept.place.remove();
+    }
+    return result;
+}
+
 } // namespace ov::ctl

@@ -14,6 +14,7 @@ enum class How : std::uint8_t {
     InPlace, // the file was written over, because a new one cannot have what it has
     Created, // the file was made: 0640, a rights file 0644 with the owner and group of its
              // directory
+    Removed, // there is no such file any more
 };
 
 struct Replaced {
@@ -29,6 +30,9 @@ struct Replaced {
 // wait. With `backup` the old text stays beside the file as NAME.DATE-TIME.bak. What killed runs
 // have left is removed, unless the file is in pieces. To be called once.
 Replaced replace(Target& target, std::string_view text, bool backup = false);
+
+// Removes the file, or the link to it. Else as replace.
+Replaced remove(Target& target, bool backup = false);
 
 // Removes what killed runs of this program have left beside the file, but for the whole text of one
 // that is in pieces.

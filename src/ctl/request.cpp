@@ -7,6 +7,7 @@
 #include "ctl/document.h"
 #include "ctl/json.h"
 #include "ctl/shown.h"
+#include "load/roles.h"
 #include "util/place.h"
 #include "util/source.h"
 
@@ -29,6 +30,12 @@ bool has_control(std::string_view text) {
 
 constexpr const char* NoControl = "control characters are refused";
 
+// What may be asked for once.
+std::string id_of(const Asked& asked) {
+    return asked.user + '\n' +
+           folded(asked.section, asked.key.value_or(asked.file_only ? "\n\n" : "\n"));
+}
+
 } // namespace
 
 // An entry before anything is known of its name. `typed` is for a value that a program has given;
@@ -40,6 +47,8 @@ struct RequestReader::Raw {
     std::optional<std::string> key = {};
     Typed typed = {};
     const Entry* entry = nullptr; // of a fragment: the value is as the key reads it
+    bool secret = false;
+    bool file_only = false;
 
     Finding because(const char* code, std::string message) const {
         return {.code = code,
@@ -96,7 +105,19 @@ bool RequestReader::find_value(const Raw& raw, Asked& asked) {
 }
 
 void RequestReader::add(const Raw& raw) {
-    Asked asked{.section = raw.section, .key = raw.key, .value = {}};
+    Asked asked{.section = raw.section,
+                .key = raw.key,
+                .value = {},
+                .secret = raw.secret,
+                .file_only = raw.file_only};
+    if (by_user_) {
+        asked.user = raw.section;
+        asked.section = known_.role_section();
+        if (!isvalid_username(asked.user)) {
+            complain(WrongCall, raw.because("invalid-name", "no user may have this name"));
+            return;
+        }
+    }
     if (has_control(asked.section) || has_control(asked.key.value_or(""))) {
         complain(NotGood, raw.because("control-character", NoControl));
         return;
@@ -120,8 +141,7 @@ void RequestReader::add(const Raw& raw) {
                                          known_.no_such(asked.section, asked.key)));
         return;
     }
-    const std::string name = folded(asked.section, asked.key.value_or("\n"));
-    if (!named_.insert(name).second) {
+    if (!named_.insert(id_of(asked)).second && !asked.file_only) {
         complain(WrongCall, raw.because("named-twice", "is named twice"));
         return;
     }
@@ -134,12 +154,12 @@ void RequestReader::add_operand(const std::string& operand) {
     const std::size_t equal = operand.find('=');
     const std::string name = operand.substr(0, equal);
     const std::size_t dot = name.find('.');
-    if (const char* section = known_.role_section()) {
+    if (const char* section = known_.role_section(); section && !by_user_) {
         add({.section = section, .key = name, .typed = operand.substr(equal + 1)});
     } else if (dot == name.npos) {
-        complain(WrongCall,
-                 {.code = "invalid-name",
-                  .message = '"' + name + "\" is no name of an entry: Section.Key is wanted"});
+        complain(WrongCall, {.code = "invalid-name",
+                             .message = '"' + name + "\" is no name of an entry: " +
+                                        (by_user_ ? "User.Right" : "Section.Key") + " is wanted"});
     } else {
         add({.section = name.substr(0, dot),
              .key = name.substr(dot + 1),
@@ -149,7 +169,7 @@ void RequestReader::add_operand(const std::string& operand) {
 
 void RequestReader::add_deletion(const std::string& name) {
     const std::size_t dot = name.find('.');
-    if (const char* section = known_.role_section()) {
+    if (const char* section = known_.role_section(); section && !by_user_) {
         add({.section = section, .key = name});
     } else if (dot == name.npos) {
         add({.section = name, .key = std::nullopt});
@@ -160,7 +180,7 @@ void RequestReader::add_deletion(const std::string& name) {
 
 void RequestReader::add_fragment(const std::string& source, const std::string& text) {
     // A rights file has one section.
-    const char* section = known_.role_section();
+    const char* section = by_user_ ? nullptr : known_.role_section();
     const std::string whole = section ? '[' + std::string(section) + "]\n" + text : text;
     Layout layout(whole);
     while (const std::optional<LaidOut> piece = layout.next()) {
@@ -178,6 +198,10 @@ void RequestReader::add_fragment(const std::string& source, const std::string& t
                          ? raw.because("byte-order-mark",
                                        "begins with a byte order mark, which hides its header")
                          : raw.because("before-section", "stands in front of the first header"));
+        } else if (piece->piece == Piece::Header && by_user_) {
+            raw.section = piece->section;
+            raw.file_only = true;
+            add(raw);
         } else if (piece->piece != Piece::Header) {
             complain(NotGood,
                      raw.because("skipped-line", "is neither an entry (Key = value) nor a header"));
@@ -194,13 +218,20 @@ void RequestReader::add_json(const std::string& source, const std::string& text)
     }
     std::size_t number = 0;
     for (const JsonEntry& entry : *entries) {
-        const char* section = entry.section ? entry.section->c_str() : known_.role_section();
+        const std::optional<std::string>& other = by_user_ ? entry.section : entry.user;
+        const std::optional<std::string>& where = by_user_ ? entry.user : entry.section;
+        const char* section = where ? where->c_str() : by_user_ ? nullptr : known_.role_section();
         const Raw raw{.source = source + ": entry " + std::to_string(++number),
                       .section = section ? section : "",
                       .key = entry.key,
-                      .typed = entry.value};
-        if (!section) {
-            complain(NotGood, raw.because("invalid-json", "lacks \"section\""));
+                      .typed = entry.value,
+                      .secret = entry.secret,
+                      .file_only = entry.user_alone};
+        if (other || !section) {
+            complain(NotGood, raw.because("invalid-json",
+                                          std::string(other ? "has" : "lacks") +
+                                              (by_user_ == other.has_value() ? " \"section\""
+                                                                             : " \"user\"")));
         } else if (!entry.key && !std::holds_alternative<std::monostate>(entry.value)) {
             complain(NotGood, raw.because("invalid-json",
                                           "a section has no value: it can be deleted by null"));
@@ -215,19 +246,22 @@ Request RequestReader::take() {
     const RightRow& excluded = row_of(Right::ExcludeGroup);
     for (std::size_t i = 0; i < request_.asked.size(); ++i) {
         Asked older = request_.asked[i];
-        if (older.known && older.known->rules == &excluded && !older.value &&
-            named_.insert(folded(older.section, OldExcludeGroup)).second) {
+        if (older.known && older.known->rules == &excluded && !older.value) {
             older.key = OldExcludeGroup;
-            request_.asked.push_back(std::move(older));
+            if (named_.insert(id_of(older)).second) {
+                request_.asked.push_back(std::move(older));
+            }
         }
     }
     // A section that goes as a whole leaves nothing to be said of its keys.
     for (const Asked& asked : request_.asked) {
-        if (asked.key && named_.contains(folded(asked.section, "\n"))) {
+        if ((asked.key || asked.file_only) &&
+            named_.contains(id_of({.section = asked.section, .user = asked.user}))) {
             complain(WrongCall, {.code = "named-twice",
-                                 .section = asked.section,
-                                 .key = *asked.key,
-                                 .message = "is named, and its whole section, too"});
+                                 .section = by_user_ ? asked.user : asked.section,
+                                 .key = asked.key.value_or(""),
+                                 .message = by_user_ ? "is to be removed, and to have rights"
+                                                     : "is named, and its whole section, too"});
             break;
         }
     }

@@ -16,13 +16,16 @@ namespace ov::ctl {
 // One thing that is asked for. Names are spelled as the catalogue spells them, where it knows them.
 struct Asked {
     std::string section;
-    std::optional<std::string> key;   // nothing: the whole section
-    std::optional<std::string> value; // as a lookup shall give it; nothing: it goes
+    std::optional<std::string> key = {};   // nothing: the whole section, or the user
+    std::optional<std::string> value = {}; // as a lookup shall give it; nothing: it goes
     std::optional<KnownKey> known = {};
+    std::string user = {};  // whose rights are meant, where that is not said for all
+    bool secret = false;    // the caller says so
+    bool file_only = false; // the rights file is to be there, whatever is in it
 
-    bool is_secret() const { return known && known->is_secret(); }
+    bool is_secret() const { return secret || (known && known->is_secret()); }
     // What nobody knows may be a password as well.
-    bool is_masked() const { return !known || known->is_secret(); }
+    bool is_masked() const { return !known || is_secret(); }
     // How a lookup reads the value.
     int mode() const;
 };
@@ -34,11 +37,12 @@ struct Request {
 };
 
 // What a call asks for, collected bit by bit. The names are those of the main file, or, with
-// `whose`, of a rights file. With `unknown` others are taken, too.
+// `whose`, of a rights file; if that is no single user, each name has a user in the place of the
+// section. With `unknown` others are taken, too.
 class RequestReader {
   public:
     RequestReader(const std::optional<RightsOf>& whose, bool unknown)
-        : known_(whose), unknown_(unknown) {}
+        : known_(whose), by_user_(whose && whose->user.empty()), unknown_(unknown) {}
 
     // An argument "NAME=VALUE", and the name of what is to be deleted: "Section.Key" or "Section";
     // of a right, its key alone.
@@ -60,6 +64,7 @@ class RequestReader {
     bool find_value(const Raw& raw, Asked& asked);
 
     KnownKeys known_;
+    bool by_user_;
     bool unknown_;
     std::set<std::string> named_; // keys, and sections that go as a whole
     Request request_;

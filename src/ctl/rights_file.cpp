@@ -3,6 +3,8 @@
 #include "load/roles.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <filesystem>
 #include <iterator>
 #include <string_view>
 
@@ -27,6 +29,14 @@ std::optional<RightsOf> rights_of(const std::string& text) {
     return RightsOf{static_cast<int>(name - std::begin(role_names)), std::move(user)};
 }
 
+std::optional<RightsOf> role_of(const std::string& text) {
+    std::optional<RightsOf> role = rights_of(text + ":_");
+    if (role) {
+        role->user.clear();
+    }
+    return role;
+}
+
 RightsFile rights_file(const RightsOf& rights) {
     RightsFile file;
     access_cffile(rights.rank, rights.user.c_str(), file.path, &file.section);
@@ -34,6 +44,26 @@ RightsFile rights_file(const RightsOf& rights) {
         file.path.erase(slashes, 1); // as people write it
     }
     return file;
+}
+
+std::optional<std::vector<std::string>> users_of(int rank) {
+    namespace fs = std::filesystem;
+    std::vector<std::string> users;
+    std::error_code error;
+    const fs::path directory = fs::path(rights_file({rank, "_"}).path).parent_path();
+    for (fs::directory_iterator at(directory, error), end; !error && at != end;
+         at.increment(error)) {
+        const fs::path name = at->path().filename();
+        if (name.extension() == ".conf" && isvalid_username(name.stem().string())) {
+            users.push_back(name.stem().string());
+        }
+    }
+    if (error) {
+        errno = error.value();
+        return std::nullopt;
+    }
+    std::sort(users.begin(), users.end());
+    return users;
 }
 
 } // namespace ov::ctl

@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace ov::ctl {
 
@@ -13,6 +14,8 @@ struct RightsOf {
 };
 // Those of "ROLE:USER"; nothing when it is no such text: see WrongRights.
 std::optional<RightsOf> rights_of(const std::string& text);
+// Those of "ROLE", for all its users: the user is empty.
+std::optional<RightsOf> role_of(const std::string& text);
 inline constexpr const char* WrongRights =
     "--rights takes ROLE:USER, and ROLE is admin, manager, sysadm, "
     "search_admin, search_manager or search_sysadm";
@@ -23,5 +26,9 @@ struct RightsFile {
     std::string section;
 };
 RightsFile rights_file(const RightsOf& rights);
+
+// The users of the role who have a rights file, sorted. Nothing, with errno set, when the directory
+// cannot be read.
+std::optional<std::vector<std::string>> users_of(int rank);
 
 } // namespace ov::ctl

@@ -3,8 +3,8 @@
 #include "ctl/options.h"
 #include "ctl/rights_file.h"
 #include "ctl/shown.h"
-#include "ctl/text.h"
 #include "ctl/trial.h"
+#include "reference/text.h"
 #include "reference/vocabulary.h"
 
 #include <algorithm>
@@ -126,27 +126,21 @@ int show_keys(const Options& options, Wanted wanted) {
     return std::max(tell(found.errors), wanted.status);
 }
 
-// The rights of one user: of his file, of the main file, or the defaults.
-int show_rights(const Options& options) {
-    const std::optional<RightsOf> whose = rights_of(*options.rights);
-    if (!whose) {
-        return wrong_call(WrongRights);
-    }
-    const int rank = whose->rank;
-    const auto document = read_document(options.file);
-    if (!document) {
-        return not_opened(options.file);
-    }
-    const Survey found = survey(*document, Host::IsLeftAlone);
-    std::vector<Finding> errors = found.errors;
+// The rights of one user: of his file, of the main file, or the defaults. One of many has a head
+// of his own, and the errors of the main file have been told.
+int show_user(const Options& options, const RightsOf& whose, const Document& document,
+              bool is_one_of_many) {
+    const int rank = whose.rank;
+    const Survey found = survey(document, Host::IsLeftAlone);
+    std::vector<Finding> errors = is_one_of_many ? std::vector<Finding>() : found.errors;
     std::vector<FileLine> origins(rights().size());
     if (rank < 2) {
         const auto& of_section = found.rights[static_cast<std::size_t>(rank)];
         for (std::size_t i = 0; i < origins.size(); ++i) {
-            origins[i] = place_of(of_section[i], *document, found);
+            origins[i] = place_of(of_section[i], document, found);
         }
     }
-    const auto [path, section] = rights_file(*whose);
+    const auto [path, section] = rights_file(whose);
     const auto file = read_installed(path);
     if (!file && errno != ENOENT) {
         return not_opened(path);
@@ -156,8 +150,39 @@ int show_rights(const Options& options) {
     }
     std::vector<ShownKey> keys = shown_rights(section.c_str(), rank, origins, audience(options));
     std::erase_if(keys, [&](const ShownKey& key) { return options.changed && !key.is_changed(); });
+    if (is_one_of_many && options.json) {
+        std::fputs(json_of(UserRights{whose.user, path, keys}).c_str(), stdout);
+        return tell(errors);
+    }
+    if (is_one_of_many) {
+        std::printf("# %s: %s\n", whose.user.c_str(), printable(path).c_str());
+    }
     print(keys, options);
     return tell(errors);
+}
+
+int show_rights(const Options& options) {
+    const auto role = role_of(*options.rights);
+    const auto whose = role ? role : rights_of(*options.rights);
+    if (!whose) {
+        return wrong_call(WrongRights);
+    }
+    const auto document = read_document(options.file);
+    if (!document) {
+        return not_opened(options.file);
+    }
+    if (!role) {
+        return show_user(options, *whose, *document, false);
+    }
+    int status = tell(survey(*document, Host::IsLeftAlone).errors);
+    const auto users = users_of(role->rank);
+    if (!users) {
+        return not_opened(rights_file({role->rank, "*"}).path);
+    }
+    for (const std::string& user : *users) {
+        status = std::max(status, show_user(options, {role->rank, user}, *document, true));
+    }
+    return status;
 }
 
 } // namespace

@@ -1,8 +1,8 @@
 // The keys of a configuration, with what is in force.
 #pragma once
 
-#include "ctl/names.h"
 #include "ctl/survey.h"
+#include "reference/names.h"
 
 #include <cstdint>
 #include <optional>

@@ -4,7 +4,7 @@
 
 namespace ov::ctl {
 
-Subject subject_of(const Options& options) {
+Subject subject_of(const Options& options, bool takes_role) {
     Subject subject;
     if (options.lock && options.locked) {
         subject.status = wrong_call("--lock and --locked exclude each other");
@@ -20,7 +20,8 @@ Subject subject_of(const Options& options) {
     if (!options.rights) {
         return subject;
     }
-    subject.whose = rights_of(*options.rights);
+    const auto role = takes_role ? role_of(*options.rights) : std::nullopt;
+    subject.whose = role ? role : rights_of(*options.rights);
     if (!subject.whose) {
         subject.status = wrong_call(WrongRights);
         return subject;
@@ -39,7 +40,9 @@ Subject subject_of(const Options& options) {
         subject.status = NotGood;
         return subject;
     }
-    wish.path = rights_file(*subject.whose).path;
+    if (!role) {
+        wish.path = rights_file(*subject.whose).path;
+    }
     wish.kind = FileKind::Installed;
     return subject;
 }

@@ -21,7 +21,8 @@ struct Subject {
     std::vector<Finding> errors = {}; // why there is none; a wrong call has been told
 };
 // For a rights file the main file is read and loaded. Where that has an error in a directory, it
-// does not say where the rights are.
-Subject subject_of(const Options& options);
+// does not say where the rights are. With `takes_role` they may be those of a role, without a user,
+// and the file is not known yet.
+Subject subject_of(const Options& options, bool takes_role = false);
 
 } // namespace ov::ctl

@@ -3,9 +3,9 @@
 #include "catalogue/rights.h"
 #include "catalogue/settings.h"
 #include "conf/layout.h"
-#include "ctl/names.h"
-#include "ctl/text.h"
 #include "ctl/trial.h"
+#include "reference/names.h"
+#include "reference/text.h"
 #include "util/paths.h"
 
 #include <algorithm>

@@ -113,9 +113,6 @@ const Row& directory(const char* key) {
 std::string default_of(const Row& directory) {
     return std::get<Text*>(variable_of(directory))->c_str();
 }
-std::string with_default(const Row& directory) {
-    return std::string(key_of(directory)) + " " + default_of(directory);
-}
 
 const Row& directory_of(const Role& role) {
     const auto rows = catalogue();
@@ -295,12 +292,9 @@ std::string completion_data() {
     text += offers("_ov_conf_checked_values", &KeyReference::offered_to_check);
     text += "declare -gA _ov_conf_directories=(\n";
     for (const Role& role : AllRoles) {
-        text +=
-            std::string("    [") + role.command + "]='" + with_default(directory_of(role)) + "'\n";
+        text += std::string("    [") + role.command + "]=" + key_of(directory_of(role)) + "\n";
     }
-    text += ")\n_ov_conf_groups='" + with_default(directory("Group_Dir")) + "'\n";
-    text += "_ov_conf_etc='" + with_default(directory("EtcDirectory")) + "'\n";
-    text += "_ov_conf_root='" + with_default(directory("RootDirectory")) + "'\n";
+    text += std::string(")\n_ov_conf_groups=") + key_of(directory("Group_Dir")) + "\n";
     text += shell_list("_ov_conf_queries", combined_queries(),
                        [](const CombinedQuery& query) { return std::string(query.name); });
     text += shell_list("_ov_conf_rights", rights(), [](const RightRow& right) {

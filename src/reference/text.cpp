@@ -1,4 +1,4 @@
-#include "ctl/text.h"
+#include "reference/text.h"
 
 #include "util/text.h"
 
@@ -6,7 +6,7 @@
 #include <array>
 #include <vector>
 
-namespace ov::ctl {
+namespace ov {
 
 namespace {
 
@@ -70,4 +70,4 @@ std::size_t distance(std::string_view a, std::string_view b) {
     return far[a.size()][b.size()];
 }
 
-} // namespace ov::ctl
+} // namespace ov

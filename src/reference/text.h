@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace ov::ctl {
+namespace ov {
 
 // The text with "?" for what a terminal would obey.
 std::string printable(std::string_view text);
@@ -37,4 +37,4 @@ std::string_view nearest(std::string_view name, const Names& names) {
     return best;
 }
 
-} // namespace ov::ctl
+} // namespace ov

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-namespace ov::ctl {
+namespace ov {
 
 // The sections of the main file: those of the catalogue and that of the managers' rights.
 const std::vector<std::string_view>& section_names();
@@ -34,4 +34,4 @@ std::vector<KeyName> keys_named(std::string_view name);
 // What to say of such a name.
 std::string no_such_name(std::string_view name);
 
-} // namespace ov::ctl
+} // namespace ov

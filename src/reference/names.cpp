@@ -1,13 +1,13 @@
-#include "ctl/names.h"
+#include "reference/names.h"
 
 #include "catalogue/catalogue.h"
 #include "catalogue/rights.h"
-#include "ctl/text.h"
+#include "reference/text.h"
 
 #include <algorithm>
 #include <fnmatch.h>
 
-namespace ov::ctl {
+namespace ov {
 
 namespace {
 
@@ -132,4 +132,4 @@ std::string no_such_name(std::string_view name) {
            did_you_mean(nearest(section, likely));
 }
 
-} // namespace ov::ctl
+} // namespace ov
