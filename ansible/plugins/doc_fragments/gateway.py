@@ -10,25 +10,48 @@ options:
     default: /etc/Tessary.conf
   command_path:
     description:
-      - The directory of the commands.
-      - Without it they are looked for in the C(PATH), in C(/usr/local/sbin) and in C(/usr/sbin).
+      - The directory of C(ov_confctl).
+      - Without it that is looked for in the C(PATH), in C(/usr/local/sbin) and in C(/usr/sbin).
     type: path
-  keys:
-    description:
-      - The list of the keys that the commands know.
-      - Without it, it is C(../share/ov-conf/keys) beside the directory of the commands.
-    type: path
+requirements:
+  - ov_confctl on the gateway
+seealso:
+  - module: ov.gateway.ov_conf
+  - module: ov.gateway.ov_conf_info
+  - module: ov.gateway.ov_rights
+  - module: ov.gateway.ov_rights_info
+author: The ov_conf maintainers (@ov)
+"""
+
+    LOCK = r"""
+options:
   lock:
     description:
       - The file that all who use the configuration lock with C(flock), so that they take turns.
-      - The default is I(path) with C(.lock) in the place of C(.conf), which is C(/etc/Tessary.lock)
-        for C(/etc/Tessary.conf). It is made with mode 0600 when it is missing, but not in check mode.
-      - Two names of one configuration file need one lock.
+      - The default is I(path) with C(.lock) in the place of C(.conf). It is made when it is missing,
+        but not in check mode.
     type: path
   lock_timeout:
-    description: How many seconds to wait for the lock.
+    description: How many seconds to wait for locks.
     type: int
     default: 30
-requirements:
-  - ov_conf on the gateway
+  backup: {description: "Keep the old text beside the file, with its owner and mode.", type: bool, default: false}
+attributes:
+  check_mode: {support: full, description: "Can tell what would be changed, and changes nothing."}
+  diff_mode: {support: full, description: "Shows the entries that change, and no secrets."}
+"""
+
+    INFO = r"""
+attributes:
+  check_mode: {support: full, description: "Changes nothing."}
+  diff_mode: {support: none, description: "Shows no differences."}
+"""
+
+    ROLE = r"""
+options:
+  role:
+    description: The role. The last three are those of the search side.
+    type: str
+    required: true
+    choices: [admin, manager, sysadm, search_admin, search_manager, search_sysadm]
 """
