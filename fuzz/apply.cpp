@@ -34,10 +34,12 @@ static Request request_of(bool is_json, const std::string& text) {
 static void require_applied(const std::string& text, const Difference& change) {
     Source source{std::string_view(text)};
     std::string value;
-    const int line = line_of_entry(source, change.section.c_str(), change.key.c_str(), value,
-                                   MaxText + 1, LineMode);
-    require(change.key.empty() || (line != 0) == change.after.has_value(), "an entry is there");
-    require_equal(value, change.after.value_or(""), "its value");
+    if (change.key) {
+        const int line = line_of_entry(source, change.section.c_str(), change.key->c_str(), value,
+                                       MaxText + 1, LineMode);
+        require((line != 0) == change.after.has_value(), "an entry is there");
+        require_equal(value, change.after.value_or(""), "its value");
+    }
 }
 
 // Applied to the file, what is shown of it changes nothing.
@@ -56,9 +58,9 @@ static void require_shown(const Document& file) {
         text += !is_own ? "" : "[" + std::string(key.section) + "]\n" + line_of(key, true);
     }
     const Request request = request_of(false, text);
-    for (const std::string& complaint : request.complaints) {
+    for (const Finding& complaint : request.complaints) {
         // A file may have what is not taken from a person.
-        require(complaint.find("control characters") != complaint.npos, complaint);
+        require(std::string_view(complaint.code) == "control-character", in_words(complaint, ""));
     }
     if (request.status == Good) {
         const Plan plan = planned(file, request.asked);
@@ -82,8 +84,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const Plan plan = planned(file, request.asked);
     require(plan.errors.empty() || (plan.text == file.text && plan.changed.empty()),
             "refused, and yet");
-    const std::string answer =
-        json_of(Applied{file.path, plan.changed, false, "", "", plan.errors, plan.warnings});
+    const std::string answer = json_of(Applied{.file = file.path,
+                                               .changed = plan.changed,
+                                               .errors = plan.errors,
+                                               .warnings = plan.warnings});
     require(answer.find('\n') == answer.size() - 1, "an answer for programs");
     if (!plan.errors.empty()) {
         return 0;
