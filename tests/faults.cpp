@@ -283,7 +283,8 @@ bool allocation_fails() {
         return false;
     }
     if (behind == 0) {
-        ::syscall(SYS_close, ::syscall(SYS_creat, std::getenv("OV_FAULT_FILE"), 0666));
+        ::syscall(SYS_close, ::syscall(SYS_openat, AT_FDCWD, std::getenv("OV_FAULT_FILE"),
+                                       O_WRONLY | O_CREAT | O_TRUNC, 0666));
     }
     errno = ENOMEM;
     return true;
