@@ -211,11 +211,11 @@ JsonEntry entry_in(const Json& json, const std::string& place) {
             continue;
         }
         if (name != "section" && name != "key" && name != "user") {
-            throw Unusable{place + ": unknown field \"" + name + '"'};
+            throw Unusable{std::string(place).append(": unknown field \"").append(name) += '"'};
         }
         std::optional<std::string> text = text_in(value);
         if (!text && !value.is_null()) {
-            throw Unusable{place + ": \"" + name + "\" is no text"};
+            throw Unusable{std::string(place).append(": \"").append(name) += "\" is no text"};
         }
         (name == "key" ? entry.key : name == "user" ? entry.user : entry.section) = std::move(text);
     }

@@ -146,6 +146,7 @@ void drop_what_is_there(std::vector<Asked>& asked, const Present& present) {
 
 std::vector<Change> changes_of(const std::vector<Asked>& asked) {
     std::vector<Change> changes;
+    changes.reserve(asked.size());
     for (const Asked& one : asked) {
         changes.push_back({one.section, one.key, one.value, one.mode()});
     }
