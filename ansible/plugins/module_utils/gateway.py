@@ -74,10 +74,6 @@ def in_words(finding):
     return ': '.join(part for part in parts if part)
 
 
-def all_in_words(findings):
-    return '; '.join(in_words(finding) for finding in findings)
-
-
 def difference(answer, wanted=None):
     """What changes, for --diff. Of a secret only `wanted`, by section and key, tells whether it stays."""
     sides = dict(before='', after='')

@@ -97,7 +97,7 @@ def work(module):
         entries.append(entry)
     (answer,) = module.apply(entries)
     if answer['errors']:
-        raise ov.Failure(ov.all_in_words(answer['errors']), errors=answer['errors'])
+        raise ov.Failure('; '.join(map(ov.in_words, answer['errors'])), errors=answer['errors'])
     result = dict(
         changed=bool(answer['changed']),
         changed_entries=[dict(section=ov.shown(change['section']), key=ov.shown(change['key']))

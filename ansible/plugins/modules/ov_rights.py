@@ -88,14 +88,14 @@ def work(module):
                for entry in entries_of(user, rights, params['state'] == 'absent')]
     answers = module.apply(entries, '--rights=' + params['role'])
     if answers and 'user' not in answers[0]:  # nothing has been done for anybody
-        raise ov.Failure(ov.all_in_words(answers[0]['errors']), errors=dict(role=answers[0]['errors']))
+        raise ov.Failure('; '.join(map(ov.in_words, answers[0]['errors'])), errors=dict(role=answers[0]['errors']))
     changed = [answer['user'] for answer in answers if answer['changed'] and not answer['errors']]
     result = dict(
         changed=bool(changed), changed_users=changed,
         files={answer['user']: ov.shown(answer['file']) for answer in answers})
     errors = {answer['user']: answer['errors'] for answer in answers if answer['errors']}
     if errors:
-        raise ov.Failure(ov.all_in_words(sum(errors.values(), [])), errors=errors, **result)
+        raise ov.Failure('; '.join(map(ov.in_words, sum(errors.values(), []))), errors=errors, **result)
     return dict(result, diff=[ov.difference(answer) for answer in answers if answer['changed']])
 
 
