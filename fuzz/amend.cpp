@@ -3,7 +3,7 @@
 //
 // Input: the changes, a line each ("Section.Key=value", in token mode with ":="; without a value it
 // is deleted), an empty line, and the file.
-#include "conf/amend.h"
+#include "../tests/changes.h"
 #include "conf/layout.h"
 #include "support.h"
 #include "util/text.h"
@@ -14,23 +14,11 @@ using namespace ov;
 using namespace ov::fuzz;
 
 static std::vector<Change> changes_of(Input& input) {
-    std::vector<Change> changes;
-    for (std::string text = input.line(); !text.empty(); text = input.line()) {
-        const std::size_t equal = text.find('=');
-        const std::string name = text.substr(0, equal);
-        const std::size_t dot = name.find('.');
-        const bool by_token = name.ends_with(':');
-        Change change{.section = name.substr(0, dot), .key = {}, .value = {}};
-        if (dot != name.npos) {
-            change.key = name.substr(dot + 1, name.size() - dot - 1 - by_token);
-        }
-        if (equal != text.npos) {
-            change.value = text.substr(equal + 1);
-        }
-        change.mode = by_token ? TokenMode : LineMode;
-        changes.push_back(change);
+    std::vector<std::string> lines;
+    for (std::string line = input.line(); !line.empty(); line = input.line()) {
+        lines.push_back(line);
     }
-    return changes;
+    return test::changes_of(lines);
 }
 
 static bool is_named(const std::vector<Change>& changes, const LaidOut& piece) {

@@ -1,5 +1,5 @@
 // Many changes of a text at once, byte for byte.
-#include "conf/amend.h"
+#include "changes.h"
 #include "util/text.h"
 
 #include <gtest/gtest.h>
@@ -8,27 +8,7 @@ namespace ov {
 namespace {
 
 using namespace std::string_literals;
-
-// Of "Section.Key=value", in token mode with ":="; without a value it is deleted.
-std::vector<Change> changes_of(const std::vector<std::string>& texts) {
-    std::vector<Change> changes;
-    for (const std::string& text : texts) {
-        const std::size_t equal = text.find('=');
-        const std::string name = text.substr(0, equal);
-        const std::size_t dot = name.find('.');
-        const bool by_token = name.ends_with(':');
-        Change change{.section = name.substr(0, dot), .key = {}, .value = {}};
-        if (dot != name.npos) {
-            change.key = name.substr(dot + 1, name.size() - dot - 1 - by_token);
-        }
-        if (equal != text.npos) {
-            change.value = text.substr(equal + 1);
-        }
-        change.mode = by_token ? TokenMode : LineMode;
-        changes.push_back(change);
-    }
-    return changes;
-}
+using test::changes_of;
 
 TEST(Amend, EveryOtherByteStays) {
     struct Case {

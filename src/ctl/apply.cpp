@@ -125,7 +125,7 @@ Finding because(const char* code, const std::string& file, const std::string& se
             .message = sentence.starts_with(front) ? sentence.substr(front.size()) : sentence};
 }
 
-// Whether the file is to go, or only to be there.
+// Whether the file of one of many users is to go.
 bool is_removal(const std::vector<Asked>& asked) {
     return asked.size() == 1 && !asked[0].key && !asked[0].user.empty() && !asked[0].file_only;
 }
@@ -144,13 +144,12 @@ Plan plan_of(const Target& target, std::vector<Asked> asked, const Subject& subj
         }
         return plan;
     }
-    const std::size_t all = asked.size();
-    std::erase_if(asked, [](const Asked& one) { return one.file_only; });
-    const bool is_wanted = asked.size() != all;
     const KnownKeys known(subject.whose);
     if (options.exact) {
         add_others(asked, target.text, known);
     }
+    const bool is_wanted =
+        std::erase_if(asked, [](const Asked& one) { return one.file_only; }) != 0;
     if (options.prune) {
         widen_to_sections(asked, target.text);
     }
@@ -289,8 +288,7 @@ int apply(const Options& options) {
         return apply_to_users(options, *role, request);
     }
     if (options.rights && options.create) {
-        request.asked.push_back(
-            {.section = "", .key = std::nullopt, .value = {}, .file_only = true});
+        request.asked.push_back({.section = KnownKeys(whose).role_section(), .file_only = true});
     }
     Subject subject = subject_of(options);
     if (subject.status == WrongCall) {

@@ -14,11 +14,12 @@ std::string folded_section(const std::string& section) {
     return folded(section, "");
 }
 
-// The keys that are asked for, by the folded names of the sections.
+// The folded names of the sections of what is asked for. Of a rights file the section is meant,
+// too, where no right is named.
 std::set<std::string> sections_of(const std::vector<Asked>& asked) {
     std::set<std::string> sections;
     for (const Asked& one : asked) {
-        if (one.key) {
+        if (one.key || one.file_only) {
             sections.insert(folded_section(one.section));
         }
     }
